@@ -1,0 +1,87 @@
+// Load and save of a data file with 10,000 jobs and 10,000 triggers.
+
+#include <benchmark/benchmark.h>
+#include <cstdlib>
+
+#include <wx/filename.h>
+
+#include "core/scheduler.h"
+
+namespace {
+
+constexpr int kCount = 10000;
+
+// A folder holding a saved data file of kCount jobs and kCount triggers.
+class LargeDataFile {
+public:
+    LargeDataFile()
+    {
+        char pattern[] = "/tmp/cadrelle-bench-XXXXXX";
+        m_dir = wxString::FromUTF8(::mkdtemp(pattern));
+        Scheduler s(m_dir);
+        Fill(s);
+        s.SaveSchedulerData(false);
+    }
+    ~LargeDataFile() { wxFileName::Rmdir(m_dir, wxPATH_RMDIR_RECURSIVE); }
+    const wxString& Dir() const { return m_dir; }
+
+    static void Fill(Scheduler& s)
+    {
+        const char* const conditions[] = {"0 0 8 * * ?", "0/30 * * * * ?", "0 30 8 ? * 1-5", "0 0 9 24 11 ? 2030"};
+        const std::uint32_t kinds[] = {NTriggerTypeEveryDay, NTriggerTypeInterval, NTriggerTypeEveryWeek,
+                                       NTriggerTypeSpecTime};
+        for (int i = 0; i < kCount; ++i) {
+            std::unique_ptr<Trigger> trigger = CreateTrigger(kinds[i % 4]);
+            TriggerParam tp;
+            tp.tid = i;
+            tp.type = kinds[i % 4];
+            tp.condition = conditions[i % 4];
+            tp.prevFire = "0 0 8 20 11 * 2026";
+            tp.nextFire = "0 0 8 23 11 * 2026";
+            tp.start = "0 0 0 1 1 * 1999";
+            tp.end = "59 59 23 31 12 * 2999";
+            trigger->Load(tp);
+            s.AddTrigger(std::move(trigger), false);
+
+            std::unique_ptr<Job> job = CreateJob(static_cast<std::uint32_t>(i % NJobTypeCount));
+            JobParam jp;
+            jp.id = i;
+            jp.type = job->GetType();
+            jp.description = wxString::Format("Job number %d: back up the photos & notes", i);
+            jp.params = {"/home/user/Pictures", "/mnt/backup/pictures", "1"};
+            jp.triggerIds = {i};
+            job->SetParam(jp);
+            s.AddJob(std::move(job), false);
+        }
+    }
+
+private:
+    wxString m_dir;
+};
+
+void BM_LoadDataFile(benchmark::State& state)
+{
+    LargeDataFile file;
+    for (auto _ : state) {
+        Scheduler s(file.Dir());
+        s.LoadSchedulerData(false);
+        if (s.Jobs().size() != kCount || s.Triggers().size() != kCount)
+            state.SkipWithError("wrong count");
+        benchmark::DoNotOptimize(s.Jobs().data());
+    }
+}
+BENCHMARK(BM_LoadDataFile)->Unit(benchmark::kMillisecond);
+
+void BM_SaveDataFile(benchmark::State& state)
+{
+    LargeDataFile file;
+    Scheduler s(file.Dir());
+    s.LoadSchedulerData(false);
+    for (auto _ : state) {
+        s.SetDataChanged(true);
+        s.SaveSchedulerData(false);  // both copies, each fsynced
+    }
+}
+BENCHMARK(BM_SaveDataFile)->Unit(benchmark::kMillisecond);
+
+}  // namespace

@@ -1,0 +1,16 @@
+#pragma once
+// What the user asked for on the command line.
+
+#include <string>
+#include <vector>
+
+struct CommandLine {
+    enum class Mode { Gui, List, CronNext, Help, Version, Error };
+    Mode mode = Mode::Gui;
+    std::string appDir;                  // --app-dir DIR
+    std::vector<std::string> cronArgs;   // everything after --cron-next
+    std::string error;                   // for Mode::Error
+};
+
+CommandLine ParseCommandLine(int argc, char** argv);
+const char* UsageText();

@@ -1,0 +1,68 @@
+// Entry point: the command-line modes run with wxBase only and need no
+// display; everything else starts the window.
+
+#include <iostream>
+
+#include <wx/app.h>
+#include <wx/init.h>
+#include <wx/log.h>
+
+#include "app/command_line.h"
+#include "core/app_dir.h"
+#include "core/clock.h"
+#include "core/list_command.h"
+#include "gui/cadrelle_app.h"
+
+namespace {
+
+// Assertion failures are logged, never shown as dialogs from worker threads.
+void LogAssert(const wxString& file, int line, const wxString& func, const wxString& cond, const wxString& msg)
+{
+    std::cerr << "assertion failed: " << file << ":" << line << " " << func << ": " << cond << " " << msg << "\n";
+}
+
+// Runs `body` with wxBase initialised but without any GUI toolkit.
+template <typename Body>
+int RunConsole(int argc, char** argv, Body body)
+{
+    wxApp::SetInstance(new wxAppConsole);
+    wxInitializer init(argc, argv);
+    if (!init.IsOk()) {
+        std::cerr << "cadrelle: cannot initialise\n";
+        return 1;
+    }
+    return body();
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    wxSetAssertHandler(LogAssert);
+    const CommandLine cl = ParseCommandLine(argc, argv);
+    switch (cl.mode) {
+    case CommandLine::Mode::Error:
+        std::cerr << "cadrelle: " << cl.error << "\n" << UsageText();
+        return 2;
+    case CommandLine::Mode::Help:
+        std::cout << UsageText();
+        return 0;
+    case CommandLine::Mode::Version:
+        std::cout << "Cadrelle " << CADRELLE_VERSION << "\n";
+        return 0;
+    case CommandLine::Mode::CronNext:
+        std::cerr << "cadrelle: --cron-next is not available yet\n";
+        return 2;
+    case CommandLine::Mode::List:
+        return RunConsole(argc, argv, [&] {
+            return RunListCommand(ChooseAppDir(wxString::FromUTF8(cl.appDir), ExecutableDir()), std::cout, std::cerr);
+        });
+    case CommandLine::Mode::Gui:
+        break;
+    }
+    // The toolkit gets no arguments of ours: it would reject them.
+    CadrelleApp::SetAppDirOverride(wxString::FromUTF8(cl.appDir));
+    int toolkitArgc = 1;
+    char* toolkitArgv[] = {argv[0], nullptr};
+    return wxEntry(toolkitArgc, toolkitArgv);
+}

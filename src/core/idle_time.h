@@ -1,0 +1,15 @@
+#pragma once
+// Whole seconds since the user's last keyboard or mouse input, as the Idle
+// Timeout trigger needs it. The desktop layer supplies the real source; the
+// default answers 0 (no display, or not known).
+
+class IdleTimeSource {
+public:
+    virtual ~IdleTimeSource() = default;
+    // May be called from checker threads; 0 when the query fails.
+    virtual long IdleSeconds() = 0;
+};
+
+IdleTimeSource& GetIdleTimeSource();
+// Installs `source` (not owned); nullptr restores the default (always 0).
+void SetIdleTimeSource(IdleTimeSource* source);

@@ -1,0 +1,142 @@
+#include "core/jobs/job.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include <wx/intl.h>
+
+wxString JobTypeName(std::uint32_t type)
+{
+    // Marked for the catalogue; the misspellings are the catalogue keys.
+    static const char* const names[NJobTypeCount] = {
+        wxTRANSLATE("Reminder"),         wxTRANSLATE("Open URL"),
+        wxTRANSLATE("Open File"),        wxTRANSLATE("Open Folder"),
+        wxTRANSLATE("Backup Folder"),    wxTRANSLATE("Exec DOS Command"),
+        wxTRANSLATE("Exec Script File"), wxTRANSLATE("Auto Screenshot"),
+        wxTRANSLATE("Refresh URL"),      wxTRANSLATE("Close App"),
+        wxTRANSLATE("Send UDP MSG"),     wxTRANSLATE("Send TCP MSG"),
+        wxTRANSLATE("Wake On Lan"),      wxTRANSLATE("Send Key"),
+        wxTRANSLATE("Key Typing"),       wxTRANSLATE("Mouse Click"),
+        wxTRANSLATE("Lock Workstation"), wxTRANSLATE("Shutoff Display"),
+        wxTRANSLATE("Empty Recyclebin"), wxTRANSLATE("Suspend"),
+        wxTRANSLATE("Hibernates"),       wxTRANSLATE("Shutdown"),
+        wxTRANSLATE("Reboot"),           wxTRANSLATE("Logoff"),
+    };
+    if (type >= NJobTypeCount)
+        return wxString();
+    return wxGetTranslation(names[type]);
+}
+
+wxString Job::GetTypeName() const
+{
+    return JobTypeName(m_nType);
+}
+
+namespace {
+
+void CopyIds(const IdList& from, IdList& to)
+{
+    if (to.empty())
+        to.reserve(std::max<std::size_t>(16, from.size()));
+    to.assign(from.begin(), from.end());
+}
+
+}  // namespace
+
+void Job::SetParam(const JobParam& param)
+{
+    m_nId = param.id;
+    m_nType = param.type;
+    m_strDescription = param.description;
+    m_bEnable = param.enable;
+    CopyIds(param.associatedJids, m_associatedJids);
+    m_nJobInterval = param.jobInterval;
+    m_params = param.params;
+    CopyIds(param.triggerIds, m_triggerIds);
+}
+
+void Job::GetParam(JobParam& param) const
+{
+    param.id = m_nId;
+    param.type = m_nType;
+    param.description = m_strDescription;
+    param.enable = m_bEnable;
+    CopyIds(m_associatedJids, param.associatedJids);
+    param.jobInterval = m_nJobInterval;
+    param.params = m_params;
+    CopyIds(m_triggerIds, param.triggerIds);
+}
+
+wxString Job::GetParamText() const
+{
+    return JoinJobParams(m_params);
+}
+
+wxString Job::GetSummary() const
+{
+    return m_strDescription + " | " + GetParamText();
+}
+
+wxString Job::GetParamAt(std::size_t index) const
+{
+    return index < m_params.size() ? m_params[index] : wxString();
+}
+
+wxString JoinJobParams(const ParamList& params)
+{
+    wxString line;
+    for (std::size_t i = 0; i < params.size(); ++i) {
+        if (i > 0)
+            line += " $ ";
+        line += params[i];
+    }
+    return line;
+}
+
+ParamList SplitJobParams(const wxString& info)
+{
+    ParamList params;
+    std::size_t begin = 0;
+    while (begin <= info.length()) {
+        std::size_t end = info.find('$', begin);
+        if (end == wxString::npos)
+            end = info.length();
+        wxString piece = info.Mid(begin, end - begin);
+        piece.Trim(true).Trim(false);
+        if (!piece.empty())
+            params.push_back(piece);
+        begin = end + 1;
+    }
+    return params;
+}
+
+wxString JoinIdList(const IdList& ids)
+{
+    wxString text;
+    for (std::size_t i = 0; i < ids.size(); ++i) {
+        if (i > 0)
+            text += ",";
+        text << ids[i];
+    }
+    return text;
+}
+
+IdList SplitIdList(const wxString& text)
+{
+    IdList ids;
+    std::size_t begin = 0;
+    while (begin <= text.length()) {
+        std::size_t end = text.find(',', begin);
+        if (end == wxString::npos)
+            end = text.length();
+        wxString piece = text.Mid(begin, end - begin);
+        piece.Trim(true).Trim(false);
+        if (!piece.empty()) {
+            // Leading decimal digits, as strtol reads them; junk reads as 0.
+            const long value = std::strtol(piece.utf8_str(), nullptr, 10);
+            ids.push_back(static_cast<std::int32_t>(value));
+        }
+        begin = end + 1;
+    }
+    return ids;
+}

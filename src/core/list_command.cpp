@@ -1,0 +1,53 @@
+#include "core/list_command.h"
+
+#include <wx/filefn.h>
+#include <wx/log.h>
+
+#include "core/scheduler.h"
+
+namespace {
+
+std::string Utf8(const wxString& text)
+{
+    const wxScopedCharBuffer buffer = text.utf8_str();
+    return std::string(buffer.data(), buffer.length());
+}
+
+std::string FormatMoment(const wxDateTime& dt)
+{
+    return dt.IsValid() ? Utf8(dt.Format("%Y-%m-%d %H:%M:%S")) : std::string("-");
+}
+
+}  // namespace
+
+int RunListCommand(const wxString& appDir, std::ostream& out, std::ostream& err)
+{
+    Scheduler scheduler(appDir);
+    DataLoadReport report;
+    {
+        wxLogNull quiet;  // problems are reported below in plain words
+        report = scheduler.LoadSchedulerData(false);
+    }
+    if (report.source == DataLoadReport::Source::Fallback)
+        err << "warning: " << Utf8(scheduler.Paths().working) << " is not readable (" << Utf8(report.workingProblem)
+            << "); listing the fallback copy " << Utf8(scheduler.Paths().fallback) << "\n";
+    else if (report.source == DataLoadReport::Source::None && wxFileExists(scheduler.Paths().working))
+        err << "warning: " << Utf8(scheduler.Paths().working) << " could not be read (" << Utf8(report.workingProblem)
+            << ") and there is no usable fallback copy\n";
+
+    out << "Jobs: " << scheduler.Jobs().size() << "\n";
+    out << "JID\tKIND\tENABLED\tDESCRIPTION\tPARAMETERS\tTRIGGERS\tASSOCIATED\n";
+    for (const Scheduler::JobPtr& job : scheduler.Jobs()) {
+        out << job->GetId() << '\t' << Utf8(job->GetTypeName()) << '\t' << (job->IsEnabled() ? "yes" : "no") << '\t'
+            << Utf8(job->GetDescription()) << '\t' << Utf8(job->GetParamText()) << '\t'
+            << Utf8(JoinIdList(job->GetTriggerIds())) << '\t' << Utf8(JoinIdList(job->GetAssociatedJids())) << "\n";
+    }
+    out << "Triggers: " << scheduler.Triggers().size() << "\n";
+    out << "TID\tKIND\tSTATUS\tCONDITION\tPREVIOUS\tNEXT\n";
+    for (const Scheduler::TriggerPtr& trigger : scheduler.Triggers()) {
+        out << trigger->GetTid() << '\t' << Utf8(TriggerTypeName(trigger->GetType())) << '\t'
+            << Utf8(TriggerStatusName(trigger->GetStatus())) << '\t' << Utf8(trigger->GetCondition()) << '\t'
+            << FormatMoment(trigger->GetPrevFire()) << '\t' << FormatMoment(trigger->GetNextFire()) << "\n";
+    }
+    return 0;
+}

@@ -1,0 +1,328 @@
+#include "core/scheduler.h"
+
+#include <algorithm>
+
+#include "core/shared_lock.h"
+
+Scheduler::Scheduler(const wxString& appDir) : m_paths(MakeDataFilePaths(appDir)) {}
+
+Scheduler::~Scheduler() = default;
+
+wxCriticalSection& Scheduler::Lock() const
+{
+    return SharedLock();
+}
+
+void Scheduler::NotifyJobs()
+{
+    if (m_pJobObserver)
+        m_pJobObserver->Changed();
+}
+
+void Scheduler::NotifyTriggers()
+{
+    if (m_pTriggerObserver)
+        m_pTriggerObserver->Changed();
+}
+
+void Scheduler::ClearJobChangedMarks()
+{
+    for (const JobPtr& job : m_jobs)
+        job->SetChanged(false);
+}
+
+void Scheduler::ClearTriggerChangedMarks()
+{
+    for (const TriggerPtr& trigger : m_triggers)
+        trigger->SetChanged(false);
+}
+
+std::size_t Scheduler::AddJob(std::unique_ptr<Job> job, bool notify)
+{
+    ClearJobChangedMarks();
+    Job* added = job.get();
+    m_jobs.emplace_back(std::move(job));
+    for (std::int32_t tid : added->GetTriggerIds())
+        m_triggerOwners[tid] = added;
+    SetDataChanged(true);
+    added->SetChanged(true);
+    if (notify)
+        NotifyJobs();
+    return m_jobs.size() - 1;
+}
+
+void Scheduler::UpdateJob(Job* job, bool notify)
+{
+    ClearJobChangedMarks();
+    job->SetChanged(true);
+    // The job's trigger list may have changed in the dialog.
+    for (auto it = m_triggerOwners.begin(); it != m_triggerOwners.end();)
+        it = it->second == job ? m_triggerOwners.erase(it) : std::next(it);
+    for (std::int32_t tid : job->GetTriggerIds())
+        m_triggerOwners[tid] = job;
+    SetDataChanged(true);
+    if (notify)
+        NotifyJobs();
+}
+
+void Scheduler::ApplyJobStateToTriggers(Job& job, bool runCheck)
+{
+    for (std::int32_t tid : job.GetTriggerIds()) {
+        Trigger* trigger = GetTriggerById(tid);
+        if (!trigger)
+            continue;
+        trigger->SetEnable(job.IsEnabled());
+        trigger->SetStatus(job.IsEnabled() ? NTriggerStatusWaiting : NTriggerStatusDisable);
+        if (runCheck)
+            trigger->CheckAndAdvance();
+    }
+}
+
+void Scheduler::SetJobEnable(Job* job, bool enable, bool notify)
+{
+    ClearJobChangedMarks();
+    job->SetEnable(enable);
+    job->SetChanged(true);
+    ApplyJobStateToTriggers(*job, true);
+    SetDataChanged(true);
+    if (notify)
+        NotifyJobs();
+}
+
+void Scheduler::EnableAllJobs(bool enable)
+{
+    for (const JobPtr& job : m_jobs) {
+        if (job->IsEnabled() != enable)
+            SetJobEnable(job.get(), enable, true);
+    }
+    NotifyJobs();
+    SetDataChanged(true);
+}
+
+void Scheduler::RemoveTrigger(Trigger* trigger)
+{
+    auto it = std::find_if(m_triggers.begin(), m_triggers.end(),
+                           [trigger](const TriggerPtr& t) { return t.get() == trigger; });
+    if (it != m_triggers.end())
+        m_triggers.erase(it);
+}
+
+void Scheduler::DeleteJob(Job* job, bool notify)
+{
+    for (std::int32_t tid : job->GetTriggerIds()) {
+        auto owner = m_triggerOwners.find(tid);
+        if (owner != m_triggerOwners.end() && owner->second == job)
+            m_triggerOwners.erase(owner);
+        if (Trigger* trigger = GetTriggerById(tid))
+            DeleteTrigger(trigger, false);
+    }
+    auto it = std::find_if(m_jobs.begin(), m_jobs.end(), [job](const JobPtr& j) { return j.get() == job; });
+    if (it != m_jobs.end())
+        m_jobs.erase(it);
+    SetDataChanged(true);
+    if (notify)
+        NotifyJobs();
+}
+
+void Scheduler::DeleteTrigger(Trigger* trigger, bool notify)
+{
+    trigger->SetEnable(false);
+    trigger->SetStatus(NTriggerStatusDisable);
+    ClearTriggerChangedMarks();
+    RemoveTrigger(trigger);
+    SetDataChanged(true);
+    if (notify)
+        NotifyTriggers();
+}
+
+void Scheduler::AddTrigger(std::unique_ptr<Trigger> trigger, bool notify)
+{
+    ClearTriggerChangedMarks();
+    Trigger* added = trigger.get();
+    m_triggers.emplace_back(std::move(trigger));
+    SetDataChanged(true);
+    added->SetChanged(true);
+    added->SetFinished(false);
+    added->SetStatus(NTriggerStatusFired);
+    if (notify)
+        NotifyTriggers();
+}
+
+void Scheduler::UpdateTrigger(Trigger* trigger, bool notify)
+{
+    ClearTriggerChangedMarks();
+    trigger->SetStatus(NTriggerStatusFired);
+    trigger->SetChanged(true);
+    trigger->SetFinished(false);
+    SetDataChanged(true);
+    if (notify)
+        NotifyTriggers();
+}
+
+Job* Scheduler::FindJob(std::int32_t jid) const
+{
+    if (m_jobs.empty())
+        return nullptr;
+    for (const JobPtr& job : m_jobs) {
+        if (job->GetId() == jid)
+            return job.get();
+    }
+    return m_jobs.back().get();
+}
+
+Trigger* Scheduler::FindTrigger(std::int64_t tid) const
+{
+    if (m_triggers.empty())
+        return nullptr;
+    for (const TriggerPtr& trigger : m_triggers) {
+        if (trigger->GetTid() == tid)
+            return trigger.get();
+    }
+    return m_triggers.back().get();
+}
+
+Scheduler::JobPtr Scheduler::GetJobById(std::int32_t jid) const
+{
+    for (const JobPtr& job : m_jobs) {
+        if (job->GetId() == jid)
+            return job;
+    }
+    return nullptr;
+}
+
+Trigger* Scheduler::GetTriggerById(std::int64_t tid) const
+{
+    for (const TriggerPtr& trigger : m_triggers) {
+        if (trigger->GetTid() == tid)
+            return trigger.get();
+    }
+    return nullptr;
+}
+
+Job* Scheduler::GetTriggerOwner(std::int64_t tid) const
+{
+    auto it = m_triggerOwners.find(static_cast<std::int32_t>(tid));
+    return it == m_triggerOwners.end() ? nullptr : it->second;
+}
+
+std::int32_t Scheduler::NewJID() const
+{
+    std::int32_t candidate = 0;
+    bool clash = true;
+    while (clash) {
+        clash = false;
+        for (const JobPtr& job : m_jobs) {
+            if (job->GetId() == candidate) {
+                ++candidate;
+                clash = true;
+                break;
+            }
+        }
+    }
+    return candidate;
+}
+
+std::int32_t Scheduler::MaxJID() const
+{
+    std::int32_t maxJid = 0;
+    for (const JobPtr& job : m_jobs)
+        maxJid = std::max(maxJid, job->GetId());
+    return maxJid;
+}
+
+std::int64_t Scheduler::MaxTID() const
+{
+    std::int64_t maxTid = 0;
+    for (const TriggerPtr& trigger : m_triggers)
+        maxTid = std::max(maxTid, trigger->GetTid());
+    return maxTid;
+}
+
+bool Scheduler::IsTIDFree(std::int64_t tid) const
+{
+    return GetTriggerById(tid) == nullptr;
+}
+
+void Scheduler::CountTriggers(std::size_t& total, std::size_t& active) const
+{
+    total = m_triggers.size();
+    active = static_cast<std::size_t>(std::count_if(m_triggers.begin(), m_triggers.end(), [](const TriggerPtr& t) {
+        return t->IsEnabled() && !t->IsFinished() && t->GetStatus() != NTriggerStatusTimeout;
+    }));
+}
+
+const std::vector<Job*>& Scheduler::JobsByStatus(bool enable)
+{
+    m_jobsByStatus.clear();
+    for (const JobPtr& job : m_jobs) {
+        if (job->IsEnabled() == enable)
+            m_jobsByStatus.push_back(job.get());
+    }
+    return m_jobsByStatus;
+}
+
+const std::vector<Job*>& Scheduler::JobsByJobType(std::uint32_t type)
+{
+    m_jobsByJobType.clear();
+    for (const JobPtr& job : m_jobs) {
+        if (job->GetType() == type)
+            m_jobsByJobType.push_back(job.get());
+    }
+    return m_jobsByJobType;
+}
+
+const std::vector<Job*>& Scheduler::JobsByTriggerType(std::uint32_t type)
+{
+    m_jobsByTriggerType.clear();
+    std::unordered_map<std::int64_t, std::uint32_t> typeByTid;
+    typeByTid.reserve(m_triggers.size());
+    for (const TriggerPtr& trigger : m_triggers)
+        typeByTid.emplace(trigger->GetTid(), trigger->GetType());
+    for (const JobPtr& job : m_jobs) {
+        const IdList& tids = job->GetTriggerIds();
+        const bool hasKind = std::any_of(tids.begin(), tids.end(), [&](std::int32_t tid) {
+            auto it = typeByTid.find(tid);
+            return it != typeByTid.end() && it->second == type;
+        });
+        if (hasKind)
+            m_jobsByTriggerType.push_back(job.get());
+    }
+    return m_jobsByTriggerType;
+}
+
+bool Scheduler::RunJobByNumber(std::int32_t jid)
+{
+    if (jid > 99)
+        return false;
+    Job* job = FindJob(jid);
+    if (!job || !m_pRunRequests)
+        return false;
+    m_pRunRequests->PostJobRun(*job, 128);
+    return true;
+}
+
+void Scheduler::MarkChangedByFiring(const wxDateTime& now)
+{
+    wxCriticalSectionLocker lock(Lock());
+    if (!m_bDataChanged.load())
+        m_dtDataChanged = now;
+    m_bDataChanged.store(true);
+}
+
+wxDateTime Scheduler::GetDataChangedTime() const
+{
+    wxCriticalSectionLocker lock(Lock());
+    return m_dtDataChanged;
+}
+
+int Scheduler::GetStopCheck() const
+{
+    wxCriticalSectionLocker lock(Lock());
+    return m_nStopCheck;
+}
+
+void Scheduler::SetStopCheck(int value)
+{
+    wxCriticalSectionLocker lock(Lock());
+    m_nStopCheck = value;
+}

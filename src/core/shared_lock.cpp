@@ -1,0 +1,7 @@
+#include "core/shared_lock.h"
+
+wxCriticalSection& SharedLock()
+{
+    static wxCriticalSection lock;
+    return lock;
+}

@@ -1,0 +1,105 @@
+#include "core/triggers/trigger.h"
+
+#include <wx/log.h>
+
+#include "core/clock.h"
+#include "core/core_log.h"
+#include "core/datetime_text.h"
+
+namespace {
+
+const char* const kTypeNames[NTriggerTypeCount] = {
+    "Count Down",    "With Start",  "Interval",  "Idle Timeout", "Specical Time", "Every Minute",
+    "Every Hour",    "Every Day",   "Every Week", "Every Month", "Every Year",    "Cron",
+};
+
+const char* const kStatusNames[NTriggerStatusCount] = {
+    "Wait Start", "Waiting", "Fired", "Timeout", "Disable", "Editing",
+};
+
+}  // namespace
+
+wxString TriggerTypeName(std::uint32_t type)
+{
+    return type < NTriggerTypeCount ? wxString(kTypeNames[type]) : wxString();
+}
+
+wxString TriggerStatusName(std::uint32_t status)
+{
+    return status < NTriggerStatusCount ? wxString(kStatusNames[status]) : wxString();
+}
+
+bool IsCronDrivenType(std::uint32_t type)
+{
+    return type == NTriggerTypeInterval || (type >= NTriggerTypeEveryMinute && type <= NTriggerTypeCron);
+}
+
+Trigger::Trigger(std::uint32_t type)
+    : m_dtStart(DefaultPeriodStart()), m_dtEnd(DefaultPeriodEnd()), m_nType(type)
+{
+    const wxDateTime neverFired = NeverFiredAt(GetClock().Now());
+    m_dtPrevFire = neverFired;
+    m_dtRecordedNextFire = neverFired;
+    m_dtNextFire = neverFired;
+}
+
+wxString Trigger::GetTypeText() const
+{
+    return TriggerTypeName(m_nType);
+}
+
+void Trigger::LoadCommon(const TriggerParam& param)
+{
+    m_nTid = param.tid;
+    SetEnable(param.enable);
+    SetEditing(param.editing);
+    m_bChanged = param.changed;
+    SetFinished(param.finished);
+    m_bFirePending = param.firePending;
+    SetNoticeGiven(param.noticeGiven);
+    m_strCondition = param.condition;
+    ReadDateTimeText(param.prevFire, m_dtPrevFire);
+    ReadDateTimeText(param.nextFire, m_dtRecordedNextFire);
+    ReadDateTimeText(param.start, m_dtStart);
+    ReadDateTimeText(param.end, m_dtEnd);
+}
+
+void Trigger::Load(const TriggerParam& param)
+{
+    LoadCommon(param);
+    m_dtNextFire = m_dtRecordedNextFire;
+}
+
+void Trigger::MakeParam(TriggerParam& param) const
+{
+    param.tid = static_cast<std::int32_t>(m_nTid);
+    param.type = m_nType;
+    param.enable = IsEnabled();
+    param.editing = IsEditing();
+    param.changed = m_bChanged;
+    param.finished = IsFinished();
+    param.firePending = m_bFirePending;
+    param.noticeGiven = IsNoticeGiven();
+    param.condition = GetCondition();
+    param.prevFire = FormatDateTimeText(m_dtPrevFire);
+    param.nextFire = FormatDateTimeText(m_dtNextFire);
+    param.start = FormatDateTimeText(m_dtStart);
+    param.end = FormatDateTimeText(m_dtEnd);
+}
+
+bool Trigger::CheckAndAdvance()
+{
+    // A kind without its own rule never fires; say so once, not every 50 ms.
+    if (!m_bUnavailableLogged.exchange(true))
+        wxLogMessage("%d ### [TID_%lld] %s triggers are not available yet; this trigger will not fire",
+                     LogMs(), static_cast<long long>(m_nTid), GetTypeText());
+    return false;
+}
+
+bool Trigger::IsDue(int toleranceSec) const
+{
+    if (!IsEnabled() || !m_dtNextFire.IsValid())
+        return false;
+    const wxDateTime now = GetClock().Now();
+    return m_dtNextFire >= now && now >= m_dtNextFire - wxTimeSpan::Seconds(toleranceSec);
+}

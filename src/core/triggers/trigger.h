@@ -1,0 +1,147 @@
+#pragma once
+// The abstract base of the twelve trigger kinds, its flat record
+// TriggerParam, and the kind and status names.
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+#include <wx/datetime.h>
+#include <wx/string.h>
+
+enum TriggerType : std::uint32_t {
+    NTriggerTypeCountDown = 0,
+    NTriggerTypeWithStart = 1,
+    NTriggerTypeInterval = 2,
+    NTriggerTypeIdleTimeout = 3,
+    NTriggerTypeSpecTime = 4,
+    NTriggerTypeEveryMinute = 5,
+    NTriggerTypeEveryHour = 6,
+    NTriggerTypeEveryDay = 7,
+    NTriggerTypeEveryWeek = 8,
+    NTriggerTypeEveryMonth = 9,
+    NTriggerTypeEveryYear = 10,
+    NTriggerTypeCron = 11,
+    NTriggerTypeCount = 12
+};
+
+enum TriggerStatus : std::uint32_t {
+    NTriggerStatusWaitStart = 0,
+    NTriggerStatusWaiting = 1,
+    NTriggerStatusFired = 2,
+    NTriggerStatusTimeout = 3,
+    NTriggerStatusDisable = 4,
+    NTriggerStatusEditing = 5,
+    NTriggerStatusCount = 6
+};
+
+// Display name of a kind ("Specical Time" is spelt so on purpose); empty above 11.
+wxString TriggerTypeName(std::uint32_t type);
+// Display name of a status; empty above 5.
+wxString TriggerStatusName(std::uint32_t status);
+// True for the kinds whose condition is a cron expression (2 and 5 to 11).
+bool IsCronDrivenType(std::uint32_t type);
+
+// The flat form of a trigger, through which it is loaded, saved and copied.
+// Date-times travel as date-time text (see datetime_text.h).
+class TriggerParam {
+public:
+    virtual ~TriggerParam() = default;
+
+    std::int32_t tid = -1;
+    std::uint32_t type = 0;
+    bool enable = true;
+    bool editing = false;
+    bool changed = false;
+    bool finished = false;
+    bool firePending = false;
+    bool noticeGiven = false;
+    wxString condition;
+    wxString prevFire;
+    wxString nextFire;
+    wxString start;
+    wxString end;
+};
+
+class Trigger {
+public:
+    explicit Trigger(std::uint32_t type);
+    virtual ~Trigger() = default;
+    Trigger(const Trigger&) = delete;
+    Trigger& operator=(const Trigger&) = delete;
+
+    // The kind's fixed text.
+    virtual wxString GetTypeText() const;
+    // Takes the common fields; kinds also parse CONDITION and compute the
+    // next fire time.
+    virtual void Load(const TriggerParam& param);
+    // Fills the record from the fields (dates as date-time text).
+    virtual void MakeParam(TriggerParam& param) const;
+    // Updates the status, decides whether to fire now and advances the fire
+    // times; true means fire now. Called by one checker thread only.
+    virtual bool CheckAndAdvance();
+    // True when the next fire time lies within `toleranceSec` ahead of now.
+    virtual bool IsDue(int toleranceSec) const;
+    // The condition as the dialog and the data file see it.
+    virtual wxString GetCondition() const { return m_strCondition; }
+
+    std::int64_t GetTid() const { return m_nTid; }
+    void SetTid(std::int64_t tid) { m_nTid = tid; }
+    std::uint32_t GetType() const { return m_nType; }
+    void SetCondition(const wxString& condition) { m_strCondition = condition; }
+
+    bool IsEnabled() const { return m_bEnable.load(std::memory_order_relaxed); }
+    void SetEnable(bool enable) { m_bEnable.store(enable, std::memory_order_relaxed); }
+    bool IsEditing() const { return m_bEditing.load(std::memory_order_relaxed); }
+    void SetEditing(bool editing) { m_bEditing.store(editing, std::memory_order_relaxed); }
+    bool IsChanged() const { return m_bChanged; }
+    void SetChanged(bool changed) { m_bChanged = changed; }
+    bool IsFinished() const { return m_bFinished.load(std::memory_order_relaxed); }
+    void SetFinished(bool finished) { m_bFinished.store(finished, std::memory_order_relaxed); }
+    bool IsFirePending() const { return m_bFirePending; }
+    void SetFirePending(bool pending) { m_bFirePending = pending; }
+    bool IsNoticeGiven() const { return m_bNoticeGiven.load(std::memory_order_relaxed); }
+    void SetNoticeGiven(bool given) { m_bNoticeGiven.store(given, std::memory_order_relaxed); }
+    std::uint32_t GetStatus() const { return m_nStatus.load(std::memory_order_relaxed); }
+    void SetStatus(std::uint32_t status) { m_nStatus.store(status, std::memory_order_relaxed); }
+
+    const wxDateTime& GetPrevFire() const { return m_dtPrevFire; }
+    void SetPrevFire(const wxDateTime& dt) { m_dtPrevFire = dt; }
+    // The next fire time as saved in the data file (miss-fire detection).
+    const wxDateTime& GetRecordedNextFire() const { return m_dtRecordedNextFire; }
+    // The working next fire time computed by the kind.
+    const wxDateTime& GetNextFire() const { return m_dtNextFire; }
+    void SetNextFire(const wxDateTime& dt) { m_dtNextFire = dt; }
+    const wxDateTime& GetStart() const { return m_dtStart; }
+    void SetStart(const wxDateTime& dt) { m_dtStart = dt; }
+    const wxDateTime& GetEnd() const { return m_dtEnd; }
+    void SetEnd(const wxDateTime& dt) { m_dtEnd = dt; }
+
+protected:
+    // Copies TID, flags, CONDITION and the four dates of the record.
+    void LoadCommon(const TriggerParam& param);
+
+    wxDateTime m_dtPrevFire;
+    wxDateTime m_dtRecordedNextFire;
+    wxDateTime m_dtNextFire;
+    wxDateTime m_dtStart;
+    wxDateTime m_dtEnd;
+    std::int64_t m_nTid = -1;
+    std::uint32_t m_nType;
+    wxString m_strCondition;
+    std::atomic<bool> m_bEnable{true};
+    std::atomic<bool> m_bEditing{false};
+    bool m_bChanged = false;
+    std::atomic<bool> m_bFinished{false};
+    bool m_bFirePending = false;
+    std::atomic<bool> m_bNoticeGiven{false};
+    std::atomic<std::uint32_t> m_nStatus{NTriggerStatusWaiting};
+
+private:
+    std::atomic<bool> m_bUnavailableLogged{false};
+};
+
+// A new trigger of the kind, or null above 11.
+std::unique_ptr<Trigger> CreateTrigger(std::uint32_t type);
+// A new trigger of the source's kind loaded from the source's record.
+std::unique_ptr<Trigger> CopyTrigger(const Trigger& source);

@@ -1,0 +1,30 @@
+#include "core/user_messages.h"
+
+#include <atomic>
+#include <cstdio>
+
+#include <wx/log.h>
+
+#include "core/core_log.h"
+
+void LogUserMessages::ShowMessage(const wxString& text, const wxString& caption)
+{
+    wxLogMessage("%d ### [%s] %s", LogMs(), caption, text);
+    std::fprintf(stderr, "%s: %s\n", static_cast<const char*>(caption.utf8_str()),
+                 static_cast<const char*>(text.utf8_str()));
+}
+
+namespace {
+LogUserMessages g_logMessages;
+std::atomic<UserMessages*> g_messages{&g_logMessages};
+}  // namespace
+
+UserMessages& GetUserMessages()
+{
+    return *g_messages.load(std::memory_order_acquire);
+}
+
+void SetUserMessages(UserMessages* messages)
+{
+    g_messages.store(messages ? messages : &g_logMessages, std::memory_order_release);
+}

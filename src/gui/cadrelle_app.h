@@ -1,0 +1,13 @@
+#pragma once
+
+#include <wx/app.h>
+
+class CadrelleApp : public wxApp {
+public:
+    // The --app-dir given on the command line (empty when none).
+    static void SetAppDirOverride(const wxString& appDir);
+
+    bool OnInit() override;
+};
+
+wxDECLARE_APP(CadrelleApp);

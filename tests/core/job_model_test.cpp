@@ -1,0 +1,162 @@
+// The job model: factory, names, the INFO line with its lossy cases, id
+// lists and the parameter record.
+
+#include <gtest/gtest.h>
+
+#include "core/jobs/job.h"
+#include "core/jobs/job_actions.h"
+#include "core/jobs/job_kinds.h"
+#include "core/user_messages.h"
+
+TEST(JobFactory, MapsTwentyFourKindsOntoTheirClasses)
+{
+    struct Case {
+        std::uint32_t type;
+        const char* name;
+        bool warn;
+        bool (*isClass)(Job*);
+    };
+    auto open = [](Job* j) { return dynamic_cast<OpenJob*>(j) != nullptr; };
+    auto keys = [](Job* j) { return dynamic_cast<KeyMouseSimulatorJob*>(j) != nullptr; };
+    auto system = [](Job* j) { return dynamic_cast<SystemJob*>(j) != nullptr; };
+    const Case cases[] = {
+        {0, "Reminder", false, [](Job* j) { return dynamic_cast<ReminderJob*>(j) != nullptr; }},
+        {1, "Open URL", false, open},
+        {2, "Open File", false, open},
+        {3, "Open Folder", false, open},
+        {4, "Backup Folder", false, [](Job* j) { return dynamic_cast<BackupJob*>(j) != nullptr; }},
+        {5, "Exec DOS Command", false, open},
+        {6, "Exec Script File", false, open},
+        {7, "Auto Screenshot", false, [](Job* j) { return dynamic_cast<ScreenShotJob*>(j) != nullptr; }},
+        {8, "Refresh URL", false, [](Job* j) { return dynamic_cast<RefreshUrlJob*>(j) != nullptr; }},
+        {9, "Close App", true, [](Job* j) { return dynamic_cast<CloseAppJob*>(j) != nullptr; }},
+        {10, "Send UDP MSG", false, [](Job* j) { return dynamic_cast<SendUdpJob*>(j) != nullptr; }},
+        {11, "Send TCP MSG", false, [](Job* j) { return dynamic_cast<SendTcpJob*>(j) != nullptr; }},
+        {12, "Wake On Lan", false, [](Job* j) { return dynamic_cast<WakeOnLanJob*>(j) != nullptr; }},
+        {13, "Send Key", false, keys},
+        {14, "Key Typing", false, keys},
+        {15, "Mouse Click", false, keys},
+        {16, "Lock Workstation", true, system},
+        {17, "Shutoff Display", true, system},
+        {18, "Empty Recyclebin", true, system},
+        {19, "Suspend", true, system},
+        {20, "Hibernates", true, system},
+        {21, "Shutdown", true, system},
+        {22, "Reboot", true, system},
+        {23, "Logoff", true, system},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.type);
+        std::unique_ptr<Job> job = CreateJob(c.type);
+        ASSERT_NE(job, nullptr);
+        EXPECT_TRUE(c.isClass(job.get()));
+        EXPECT_EQ(job->GetType(), c.type);
+        EXPECT_EQ(job->GetTypeName(), c.name);
+        EXPECT_EQ(job->IsWarnBeforeRun(), c.warn);
+        EXPECT_TRUE(job->IsEnabled());
+        EXPECT_EQ(job->GetId(), 0);
+        EXPECT_EQ(job->GetJobInterval(), 0);
+        EXPECT_TRUE(job->GetParams().empty());
+    }
+    EXPECT_EQ(CreateJob(24), nullptr);
+    EXPECT_EQ(JobTypeName(24), "");
+}
+
+TEST(JobParamLine, JoinsWithBlankDollarBlank)
+{
+    EXPECT_EQ(JoinJobParams({}), "");
+    EXPECT_EQ(JoinJobParams({"only"}), "only");
+    EXPECT_EQ(JoinJobParams({"a", "", "c"}), "a $  $ c");
+    EXPECT_EQ(JoinJobParams({"hello world", "1"}), "hello world $ 1");
+}
+
+TEST(JobParamLine, SplitIsLossyOnPurpose)
+{
+    struct Case {
+        int line;
+        ParamList stored;
+        ParamList reloaded;
+    };
+    const Case cases[] = {
+        {__LINE__, {"a", "", "c"}, {"a", "c"}},               // an empty middle one vanishes
+        {__LINE__, {"  padded  ", "x"}, {"padded", "x"}},     // blanks around are trimmed
+        {__LINE__, {"price $5", "1"}, {"price", "5", "1"}},   // a "$" inside splits
+        {__LINE__, {"", ""}, {}},
+        {__LINE__, {"ping 127.0.0.1 -t"}, {"ping 127.0.0.1 -t"}},
+        {__LINE__, {wxString::FromUTF8("日本語のメッセージ"), "1"}, {wxString::FromUTF8("日本語のメッセージ"), "1"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.line);
+        EXPECT_EQ(SplitJobParams(JoinJobParams(c.stored)), c.reloaded);
+    }
+    EXPECT_EQ(SplitJobParams(" $ $a$$ b $"), (ParamList{"a", "b"}));
+}
+
+TEST(JobIdList, JoinsWithCommasAndReadsLeniently)
+{
+    EXPECT_EQ(JoinIdList({4, 7, 9}), "4,7,9");
+    EXPECT_EQ(JoinIdList({}), "");
+    EXPECT_EQ(SplitIdList("4,7,9"), (IdList{4, 7, 9}));
+    EXPECT_EQ(SplitIdList(" 4 , ,7,"), (IdList{4, 7}));
+    EXPECT_EQ(SplitIdList("12abc,x"), (IdList{12, 0}));
+    EXPECT_TRUE(SplitIdList("").empty());
+}
+
+TEST(JobParamRecord, SetAndGetCopyEveryField)
+{
+    std::unique_ptr<Job> job = CreateJob(NJobTypeSendUdpMsg);
+    JobParam in;
+    in.id = 12;
+    in.type = NJobTypeSendUdpMsg;
+    in.description = "Ping the lab";
+    in.enable = false;
+    in.associatedJids = {3, 4};
+    in.jobInterval = 2500;
+    in.params = {"hello", "0", "1", "127.0.0.1", "7788"};
+    in.triggerIds = {8};
+    job->SetParam(in);
+    in.params[0] = "changed after the copy";
+    in.triggerIds.push_back(99);
+
+    JobParam out;
+    job->GetParam(out);
+    EXPECT_EQ(out.id, 12);
+    EXPECT_EQ(out.description, "Ping the lab");
+    EXPECT_FALSE(out.enable);
+    EXPECT_EQ(out.associatedJids, (IdList{3, 4}));
+    EXPECT_EQ(out.jobInterval, 2500);
+    EXPECT_EQ(out.params[0], "hello");
+    EXPECT_EQ(out.triggerIds, (IdList{8}));
+    EXPECT_GE(out.triggerIds.capacity(), 16u);
+    EXPECT_EQ(job->GetParamText(), "hello $ 0 $ 1 $ 127.0.0.1 $ 7788");
+    EXPECT_EQ(job->GetSummary(), "Ping the lab | hello $ 0 $ 1 $ 127.0.0.1 $ 7788");
+    EXPECT_EQ(job->GetParamAt(4), "7788");
+    EXPECT_EQ(job->GetParamAt(5), "");
+}
+
+namespace {
+struct CapturedMessages : UserMessages {
+    std::vector<wxString> texts;
+    void ShowMessage(const wxString& text, const wxString& caption) override { texts.push_back(caption + ": " + text); }
+};
+}  // namespace
+
+TEST(JobExecute, RunsTheRegisteredActionOfItsKind)
+{
+    std::unique_ptr<Job> udp = CreateJob(NJobTypeSendUdpMsg);
+    std::unique_ptr<Job> tcp = CreateJob(NJobTypeSendTcpMsg);
+    std::vector<std::uint32_t> ran;
+    SetJobAction(NJobTypeSendUdpMsg, [&](Job& job) { ran.push_back(job.GetType()); });
+    udp->Execute();
+    tcp->Execute();  // nothing registered: logged, not run
+    ClearJobActions();
+    udp->Execute();
+    EXPECT_EQ(ran, (std::vector<std::uint32_t>{NJobTypeSendUdpMsg}));
+
+    CapturedMessages messages;
+    SetUserMessages(&messages);
+    BlankJob blank(0);
+    blank.Execute();
+    SetUserMessages(nullptr);
+    EXPECT_EQ(messages.texts, (std::vector<wxString>{"Cadrelle: blank job executed."}));
+}

@@ -1,0 +1,246 @@
+// The Scheduler's rules: id lookups, id reuse, counting, the category
+// queries, the changed markers and the observers.
+
+#include <gtest/gtest.h>
+
+#include "core/scheduler.h"
+
+namespace {
+
+struct CountingObserver : JobObserver, TriggerObserver {
+    int calls = 0;
+    void Changed() override { ++calls; }
+};
+
+struct RecordingRuns : JobRunRequests {
+    std::vector<std::pair<std::int32_t, int>> posted;
+    void PostJobRun(Job& job, int value) override { posted.emplace_back(job.GetId(), value); }
+};
+
+std::unique_ptr<Job> MakeJob(std::int32_t jid, std::uint32_t type = NJobTypeReminder, IdList tids = {})
+{
+    std::unique_ptr<Job> job = CreateJob(type);
+    JobParam param;
+    param.id = jid;
+    param.type = type;
+    param.triggerIds = std::move(tids);
+    job->SetParam(param);
+    return job;
+}
+
+std::unique_ptr<Trigger> MakeTrigger(std::int64_t tid, std::uint32_t type = NTriggerTypeSpecTime)
+{
+    std::unique_ptr<Trigger> trigger = CreateTrigger(type);
+    trigger->SetTid(tid);
+    return trigger;
+}
+
+std::vector<std::int64_t> TriggerIds(const Scheduler& s)
+{
+    std::vector<std::int64_t> ids;
+    for (const auto& t : s.Triggers())
+        ids.push_back(t->GetTid());
+    return ids;
+}
+
+}  // namespace
+
+TEST(SchedulerIds, NewJidReusesTheLowestGap)
+{
+    Scheduler s;
+    EXPECT_EQ(s.NewJID(), 0);
+    EXPECT_EQ(s.MaxJID(), 0);
+    EXPECT_EQ(s.MaxTID(), 0);
+    // Out of order on purpose: the scan restarts from the front after a clash.
+    s.AddJob(MakeJob(3), false);
+    s.AddJob(MakeJob(1), false);
+    s.AddJob(MakeJob(0), false);
+    EXPECT_EQ(s.NewJID(), 2);
+    s.AddJob(MakeJob(2), false);
+    EXPECT_EQ(s.NewJID(), 4);
+    EXPECT_EQ(s.MaxJID(), 3);
+}
+
+TEST(SchedulerIds, FindReturnsLastElementForUnknownIdAndNullWhenEmpty)
+{
+    Scheduler s;
+    EXPECT_EQ(s.FindJob(7), nullptr);
+    EXPECT_EQ(s.FindTrigger(7), nullptr);
+    s.AddJob(MakeJob(5), false);
+    s.AddJob(MakeJob(9), false);
+    s.AddTrigger(MakeTrigger(11), false);
+    s.AddTrigger(MakeTrigger(4), false);
+    s.AddTrigger(MakeTrigger(11), false);  // a duplicate: the first one wins
+
+    EXPECT_EQ(s.FindJob(5)->GetId(), 5);
+    EXPECT_EQ(s.FindJob(42)->GetId(), 9);
+    EXPECT_EQ(s.FindTrigger(11), s.Triggers()[0].get());
+    EXPECT_EQ(s.FindTrigger(42), s.Triggers()[2].get());
+    EXPECT_EQ(s.GetJobById(42), nullptr);
+    EXPECT_EQ(s.GetTriggerById(42), nullptr);
+    EXPECT_FALSE(s.IsTIDFree(4));
+    EXPECT_TRUE(s.IsTIDFree(5));
+    EXPECT_EQ(s.MaxTID(), 11);
+}
+
+TEST(SchedulerEdits, ChangedMarkerFollowsTheLastTouchedElement)
+{
+    Scheduler s;
+    CountingObserver jobs, triggers;
+    s.SetJobObserver(&jobs);
+    s.SetTriggerObserver(&triggers);
+    s.AddJob(MakeJob(0), true);
+    s.AddJob(MakeJob(1), true);
+    EXPECT_FALSE(s.Jobs()[0]->IsChanged());
+    EXPECT_TRUE(s.Jobs()[1]->IsChanged());
+    s.UpdateJob(s.Jobs()[0].get(), false);
+    EXPECT_TRUE(s.Jobs()[0]->IsChanged());
+    EXPECT_FALSE(s.Jobs()[1]->IsChanged());
+    EXPECT_EQ(jobs.calls, 2);  // notify=false stays quiet
+
+    s.AddTrigger(MakeTrigger(1), true);
+    Trigger* first = s.Triggers()[0].get();
+    EXPECT_EQ(first->GetStatus(), NTriggerStatusFired);
+    EXPECT_TRUE(first->IsChanged());
+    first->SetFinished(true);
+    s.AddTrigger(MakeTrigger(2), true);
+    EXPECT_FALSE(first->IsChanged());
+    s.UpdateTrigger(first, true);
+    EXPECT_TRUE(first->IsChanged());
+    EXPECT_FALSE(first->IsFinished());
+    EXPECT_FALSE(s.Triggers()[1]->IsChanged());
+    EXPECT_EQ(triggers.calls, 3);
+    EXPECT_TRUE(s.IsDataChanged());
+}
+
+TEST(SchedulerEdits, EnableAllJobsNotifiesOnceMoreEvenWhenNothingChanges)
+{
+    Scheduler s;
+    CountingObserver jobs;
+    s.SetJobObserver(&jobs);
+    s.AddJob(MakeJob(0), false);
+    s.AddJob(MakeJob(1), false);
+    for (const auto& job : s.Jobs())
+        job->SetEnable(false);
+    s.SetDataChanged(false);
+
+    s.EnableAllJobs(false);
+    EXPECT_EQ(jobs.calls, 1);
+    EXPECT_TRUE(s.IsDataChanged());
+    EXPECT_FALSE(s.Jobs()[0]->IsChanged());
+
+    jobs.calls = 0;
+    s.EnableAllJobs(true);
+    EXPECT_EQ(jobs.calls, 3);  // one per job changed, then one more
+    EXPECT_TRUE(s.Jobs()[0]->IsEnabled());
+    EXPECT_TRUE(s.Jobs()[1]->IsEnabled());
+}
+
+TEST(SchedulerEdits, SetJobEnableCarriesTheStateToTheJobsTriggersOnly)
+{
+    Scheduler s;
+    s.AddTrigger(MakeTrigger(1), false);
+    s.AddTrigger(MakeTrigger(2), false);
+    s.AddTrigger(MakeTrigger(3), false);
+    s.AddJob(MakeJob(0, NJobTypeReminder, {1, 3, 99}), false);  // 99 names no trigger
+    s.AddJob(MakeJob(1, NJobTypeReminder, {2}), false);
+
+    s.SetJobEnable(s.Jobs()[0].get(), false, false);
+    EXPECT_FALSE(s.GetTriggerById(1)->IsEnabled());
+    EXPECT_FALSE(s.GetTriggerById(3)->IsEnabled());
+    EXPECT_EQ(s.GetTriggerById(1)->GetStatus(), NTriggerStatusDisable);
+    // The unknown TID 99 must not reach the last trigger of the list.
+    EXPECT_TRUE(s.GetTriggerById(2)->IsEnabled());
+    EXPECT_EQ(s.GetTriggerById(2)->GetStatus(), NTriggerStatusFired);
+}
+
+TEST(SchedulerEdits, DeleteJobTakesItsTriggersAndOwnersAndKeepsOthersInOrder)
+{
+    Scheduler s;
+    for (std::int64_t tid : {10, 11, 12, 13, 14})
+        s.AddTrigger(MakeTrigger(tid), false);
+    s.AddJob(MakeJob(0, NJobTypeReminder, {10, 12}), false);
+    s.AddJob(MakeJob(1, NJobTypeReminder, {11, 13, 14}), false);
+    ASSERT_EQ(s.GetTriggerOwner(12)->GetId(), 0);
+
+    Trigger* kept = s.GetTriggerById(13);
+    s.DeleteJob(s.Jobs()[0].get(), true);
+    EXPECT_EQ(TriggerIds(s), (std::vector<std::int64_t>{11, 13, 14}));
+    EXPECT_EQ(s.GetTriggerOwner(10), nullptr);
+    EXPECT_EQ(s.GetTriggerOwner(12), nullptr);
+    EXPECT_EQ(s.GetTriggerOwner(13)->GetId(), 1);
+    EXPECT_EQ(s.GetTriggerById(13), kept);
+    ASSERT_EQ(s.Jobs().size(), 1u);
+    EXPECT_EQ(s.Jobs()[0]->GetId(), 1);
+
+    s.DeleteTrigger(s.GetTriggerById(11), false);
+    EXPECT_EQ(TriggerIds(s), (std::vector<std::int64_t>{13, 14}));
+}
+
+TEST(SchedulerQueries, CountTriggersLeavesOutDisabledFinishedAndTimedOut)
+{
+    Scheduler s;
+    for (std::int64_t tid : {1, 2, 3, 4, 5})
+        s.AddTrigger(MakeTrigger(tid), false);
+    s.GetTriggerById(2)->SetEnable(false);
+    s.GetTriggerById(3)->SetFinished(true);
+    s.GetTriggerById(4)->SetStatus(NTriggerStatusTimeout);
+    std::size_t total = 0, active = 0;
+    s.CountTriggers(total, active);
+    EXPECT_EQ(total, 5u);
+    EXPECT_EQ(active, 2u);
+}
+
+TEST(SchedulerQueries, CategoryQueriesKeepListOrderAndListEachJobOnce)
+{
+    Scheduler s;
+    s.AddTrigger(MakeTrigger(1, NTriggerTypeCron), false);
+    s.AddTrigger(MakeTrigger(2, NTriggerTypeCron), false);
+    s.AddTrigger(MakeTrigger(3, NTriggerTypeIdleTimeout), false);
+    s.AddJob(MakeJob(4, NJobTypeShutdown, {1, 2}), false);
+    s.AddJob(MakeJob(2, NJobTypeReminder, {3}), false);
+    s.AddJob(MakeJob(7, NJobTypeShutdown, {2}), false);
+    s.Jobs()[1]->SetEnable(false);
+
+    auto ids = [](const std::vector<Job*>& jobs) {
+        std::vector<std::int32_t> out;
+        for (const Job* job : jobs)
+            out.push_back(job->GetId());
+        return out;
+    };
+    EXPECT_EQ(ids(s.JobsByStatus(true)), (std::vector<std::int32_t>{4, 7}));
+    EXPECT_EQ(ids(s.JobsByStatus(false)), (std::vector<std::int32_t>{2}));
+    EXPECT_EQ(ids(s.JobsByJobType(NJobTypeShutdown)), (std::vector<std::int32_t>{4, 7}));
+    EXPECT_EQ(ids(s.JobsByTriggerType(NTriggerTypeCron)), (std::vector<std::int32_t>{4, 7}));
+    EXPECT_EQ(ids(s.JobsByTriggerType(NTriggerTypeIdleTimeout)), (std::vector<std::int32_t>{2}));
+    EXPECT_TRUE(s.JobsByTriggerType(NTriggerTypeWithStart).empty());
+}
+
+TEST(SchedulerRunByNumber, RefusesAbove99AndPostsWith128)
+{
+    Scheduler s;
+    RecordingRuns runs;
+    s.SetJobRunRequests(&runs);
+    EXPECT_FALSE(s.RunJobByNumber(1));  // no jobs at all
+    s.AddJob(MakeJob(99), false);
+    s.AddJob(MakeJob(100), false);
+    EXPECT_FALSE(s.RunJobByNumber(100));
+    EXPECT_TRUE(s.RunJobByNumber(99));
+    ASSERT_EQ(runs.posted.size(), 1u);
+    EXPECT_EQ(runs.posted[0], std::make_pair(99, 128));
+}
+
+TEST(SchedulerState, DataChangedTimeIsTakenOnlyWhenTheFlagRises)
+{
+    Scheduler s;
+    const wxDateTime first(1, wxDateTime::Mar, 2026, 8, 0, 0);
+    const wxDateTime later(1, wxDateTime::Mar, 2026, 9, 0, 0);
+    s.MarkChangedByFiring(first);
+    s.MarkChangedByFiring(later);
+    EXPECT_EQ(s.GetDataChangedTime(), first);
+    s.SetDataChanged(false);
+    s.MarkChangedByFiring(later);
+    EXPECT_EQ(s.GetDataChangedTime(), later);
+    s.SetStopCheck(1);
+    EXPECT_EQ(s.GetStopCheck(), 1);
+}
