@@ -85,3 +85,32 @@ void BM_SaveDataFile(benchmark::State& state)
 BENCHMARK(BM_SaveDataFile)->Unit(benchmark::kMillisecond);
 
 }  // namespace
+
+// The two library steps of loading, measured alone: they set the floor.
+#include <wx/xml/xml.h>
+
+#include "core/data/xml_check.h"
+
+namespace {
+
+void BM_LoadStepExpatCheck(benchmark::State& state)
+{
+    LargeDataFile file;
+    const DataFilePaths paths = MakeDataFilePaths(file.Dir());
+    for (auto _ : state)
+        benchmark::DoNotOptimize(CheckXmlWellFormed(paths.working).ok);
+}
+BENCHMARK(BM_LoadStepExpatCheck)->Unit(benchmark::kMillisecond);
+
+void BM_LoadStepXmlDocument(benchmark::State& state)
+{
+    LargeDataFile file;
+    const DataFilePaths paths = MakeDataFilePaths(file.Dir());
+    for (auto _ : state) {
+        wxXmlDocument document;
+        benchmark::DoNotOptimize(document.Load(paths.working, "UTF-8"));
+    }
+}
+BENCHMARK(BM_LoadStepXmlDocument)->Unit(benchmark::kMillisecond);
+
+}  // namespace

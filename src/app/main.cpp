@@ -10,6 +10,7 @@
 #include "app/command_line.h"
 #include "core/app_dir.h"
 #include "core/clock.h"
+#include "core/cron/cron_next_command.h"
 #include "core/list_command.h"
 #include "gui/cadrelle_app.h"
 
@@ -51,8 +52,9 @@ int main(int argc, char** argv)
         std::cout << "Cadrelle " << CADRELLE_VERSION << "\n";
         return 0;
     case CommandLine::Mode::CronNext:
-        std::cerr << "cadrelle: --cron-next is not available yet\n";
-        return 2;
+        return RunConsole(argc, argv, [&] {
+            return RunCronNextCommand(cl.cronArgs, std::cout, std::cerr, GetClock().NowMs() / 1000);
+        });
     case CommandLine::Mode::List:
         return RunConsole(argc, argv, [&] {
             return RunListCommand(ChooseAppDir(wxString::FromUTF8(cl.appDir), ExecutableDir()), std::cout, std::cerr);

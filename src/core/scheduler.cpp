@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "core/clock.h"
 #include "core/shared_lock.h"
+#include "core/triggers/one_shot_triggers.h"
 
 Scheduler::Scheduler(const wxString& appDir) : m_paths(MakeDataFilePaths(appDir)) {}
 
@@ -288,6 +290,19 @@ const std::vector<Job*>& Scheduler::JobsByTriggerType(std::uint32_t type)
             m_jobsByTriggerType.push_back(job.get());
     }
     return m_jobsByTriggerType;
+}
+
+std::size_t Scheduler::PrepareWithStartTriggers()
+{
+    const wxDateTime now = GetClock().Now();
+    std::size_t reset = 0;
+    for (const TriggerPtr& trigger : m_triggers) {
+        if (trigger->GetType() != NTriggerTypeWithStart || trigger->IsFinished())
+            continue;
+        static_cast<WithStartTrigger&>(*trigger).PrepareFrom(now);
+        ++reset;
+    }
+    return reset;
 }
 
 bool Scheduler::RunJobByNumber(std::int32_t jid)

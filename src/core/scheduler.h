@@ -69,6 +69,11 @@ public:
     const std::vector<Job*>& JobsByJobType(std::uint32_t type);
     const std::vector<Job*>& JobsByTriggerType(std::uint32_t type);
 
+    // Arms every With Start trigger that has not fired again, counting from
+    // now; returns how many it reset. Run once before the checker threads
+    // start, and by the reset command.
+    std::size_t PrepareWithStartTriggers();
+
     // Hands job `jid` to execution with value 128; JIDs above 99 are refused.
     bool RunJobByNumber(std::int32_t jid);
 

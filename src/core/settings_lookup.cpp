@@ -23,3 +23,9 @@ void SetSettings(const SettingsLookup* settings)
 {
     g_settings.store(settings ? settings : &g_defaults, std::memory_order_release);
 }
+
+bool IsMissFiredRefireOn()
+{
+    static const wxString name = "execMissFiredTrigger";
+    return GetSettings().GetSetting(name) == "1";
+}

@@ -18,5 +18,7 @@ public:
 };
 
 const SettingsLookup& GetSettings();
+// True when the setting execMissFiredTrigger is exactly "1".
+bool IsMissFiredRefireOn();
 // Installs `settings` (not owned); nullptr restores the defaults.
 void SetSettings(const SettingsLookup* settings);

@@ -10,12 +10,16 @@ public:
     virtual ~UserMessages() = default;
     // May be called from any thread; must not block on the user.
     virtual void ShowMessage(const wxString& text, const wxString& caption) = 0;
+    // True when ShowMessage already writes to standard error, so callers
+    // that must also report there do not say it twice.
+    virtual bool EchoesToStderr() const { return false; }
 };
 
 // Writes the message to the log and to standard error.
 class LogUserMessages final : public UserMessages {
 public:
     void ShowMessage(const wxString& text, const wxString& caption) override;
+    bool EchoesToStderr() const override { return true; }
 };
 
 UserMessages& GetUserMessages();

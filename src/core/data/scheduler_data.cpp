@@ -1,7 +1,6 @@
 // Loading and saving the scheduler's data file (data/data1.xml with the
 // fallback copy data/data2.xml).
 
-#include <cstdlib>
 #include <string>
 
 #include <wx/filename.h>
@@ -14,14 +13,10 @@
 #include "core/data/xml_check.h"
 #include "core/data/xml_writer.h"
 #include "core/scheduler.h"
+#include "core/text_number.h"
 
 namespace {
 
-// Leading decimal digits; empty or junk gives 0.
-long ToNumber(const wxString& text)
-{
-    return std::strtol(text.utf8_str(), nullptr, 10);
-}
 
 // Moves a file we could not use out of the way before anything overwrites
 // it: data1.xml -> data1.xml.bad-20261122-143000.
@@ -39,7 +34,7 @@ wxString KeepUnreadableCopy(const wxString& path)
 
 // The texts of an element's children, by name (compared without case).
 template <std::size_t N>
-void CollectTexts(const wxXmlNode* element, const char* const (&names)[N], wxString (&texts)[N])
+void CollectTexts(const wxXmlNode* element, const wxString (&names)[N], wxString (&texts)[N])
 {
     for (const wxXmlNode* child = element->GetChildren(); child; child = child->GetNext()) {
         if (child->GetType() != wxXML_ELEMENT_NODE)
@@ -53,9 +48,12 @@ void CollectTexts(const wxXmlNode* element, const char* const (&names)[N], wxStr
     }
 }
 
-const char* const kTriggerFields[] = {"ID", "TYPE", "CONDITION", "PREVFIRE", "NEXTFIRE", "START", "END"};
+// wxString, not char*: a conversion per comparison would dominate loading.
+const wxString kTriggerFields[] = {"ID", "TYPE", "CONDITION", "PREVFIRE", "NEXTFIRE", "START", "END"};
 enum { TrId, TrType, TrCondition, TrPrevFire, TrNextFire, TrStart, TrEnd, TrCount };
-const char* const kJobFields[] = {"ID", "TYPE", "DESC", "ENABLE", "JINTERVAL", "TID", "JID", "INFO"};
+const wxString kJobFields[] = {"ID", "TYPE", "DESC", "ENABLE", "JINTERVAL", "TID", "JID", "INFO"};
+const wxString kTriggerElement = "TRIGGER";
+const wxString kJobElement = "JOB";
 enum { JbId, JbType, JbDesc, JbEnable, JbInterval, JbTid, JbJid, JbInfo, JbCount };
 
 }  // namespace
@@ -109,17 +107,17 @@ DataLoadReport Scheduler::LoadSchedulerData(bool keepUnreadableCopies)
     for (const wxXmlNode* node = root->GetChildren(); node; node = node->GetNext()) {
         if (node->GetType() != wxXML_ELEMENT_NODE)
             continue;
-        if (node->GetName().IsSameAs("TRIGGER", false)) {
+        if (node->GetName().IsSameAs(kTriggerElement, false)) {
             wxString texts[TrCount];
             CollectTexts(node, kTriggerFields, texts);
-            const long type = ToNumber(texts[TrType]);
+            const long type = LeadingLong(texts[TrType]);
             std::unique_ptr<Trigger> trigger = type < 0 ? nullptr : CreateTrigger(static_cast<std::uint32_t>(type));
             if (!trigger) {
                 ++report.skippedTriggers;
                 continue;
             }
             TriggerParam param;
-            param.tid = static_cast<std::int32_t>(ToNumber(texts[TrId]));
+            param.tid = static_cast<std::int32_t>(LeadingLong(texts[TrId]));
             param.type = static_cast<std::uint32_t>(type);
             param.firePending = trigger->IsFirePending();
             param.condition = texts[TrCondition];
@@ -129,21 +127,21 @@ DataLoadReport Scheduler::LoadSchedulerData(bool keepUnreadableCopies)
             param.end = texts[TrEnd];
             trigger->Load(param);
             m_triggers.emplace_back(std::move(trigger));
-        } else if (node->GetName().IsSameAs("JOB", false)) {
+        } else if (node->GetName().IsSameAs(kJobElement, false)) {
             wxString texts[JbCount];
             CollectTexts(node, kJobFields, texts);
-            const long type = ToNumber(texts[JbType]);
+            const long type = LeadingLong(texts[JbType]);
             std::unique_ptr<Job> job = type < 0 ? nullptr : CreateJob(static_cast<std::uint32_t>(type));
             if (!job) {
                 ++report.skippedJobs;
                 continue;
             }
             JobParam param;
-            param.id = static_cast<std::int32_t>(ToNumber(texts[JbId]));
+            param.id = static_cast<std::int32_t>(LeadingLong(texts[JbId]));
             param.type = static_cast<std::uint32_t>(type);
             param.description = texts[JbDesc];
             param.enable = texts[JbEnable] == "1";
-            param.jobInterval = static_cast<std::int32_t>(ToNumber(texts[JbInterval]));
+            param.jobInterval = static_cast<std::int32_t>(LeadingLong(texts[JbInterval]));
             param.triggerIds = SplitIdList(texts[JbTid]);
             param.associatedJids = SplitIdList(texts[JbJid]);
             param.params = SplitJobParams(texts[JbInfo]);

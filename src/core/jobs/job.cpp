@@ -1,7 +1,8 @@
 #include "core/jobs/job.h"
 
+#include "core/text_number.h"
+
 #include <algorithm>
-#include <cstdlib>
 
 #include <wx/intl.h>
 
@@ -132,9 +133,7 @@ IdList SplitIdList(const wxString& text)
         wxString piece = text.Mid(begin, end - begin);
         piece.Trim(true).Trim(false);
         if (!piece.empty()) {
-            // Leading decimal digits, as strtol reads them; junk reads as 0.
-            const long value = std::strtol(piece.utf8_str(), nullptr, 10);
-            ids.push_back(static_cast<std::int32_t>(value));
+            ids.push_back(static_cast<std::int32_t>(LeadingLong(piece)));
         }
         begin = end + 1;
     }

@@ -1,10 +1,10 @@
 #include "core/triggers/trigger.h"
 
-#include <wx/log.h>
-
 #include "core/clock.h"
-#include "core/core_log.h"
 #include "core/datetime_text.h"
+#include "core/settings_lookup.h"
+#include "core/shared_lock.h"
+#include "core/triggers/trigger_time.h"
 
 namespace {
 
@@ -50,6 +50,7 @@ wxString Trigger::GetTypeText() const
 
 void Trigger::LoadCommon(const TriggerParam& param)
 {
+    ++m_nConditionVersion;
     m_nTid = param.tid;
     SetEnable(param.enable);
     SetEditing(param.editing);
@@ -87,19 +88,47 @@ void Trigger::MakeParam(TriggerParam& param) const
     param.end = FormatDateTimeText(m_dtEnd);
 }
 
-bool Trigger::CheckAndAdvance()
-{
-    // A kind without its own rule never fires; say so once, not every 50 ms.
-    if (!m_bUnavailableLogged.exchange(true))
-        wxLogMessage("%d ### [TID_%lld] %s triggers are not available yet; this trigger will not fire",
-                     LogMs(), static_cast<long long>(m_nTid), GetTypeText());
-    return false;
-}
-
 bool Trigger::IsDue(int toleranceSec) const
 {
-    if (!IsEnabled() || !m_dtNextFire.IsValid())
+    return IsEnabled() && NextFireWithin(toleranceSec);
+}
+
+bool Trigger::NextFireWithin(int toleranceSec) const
+{
+    if (!m_dtNextFire.IsValid())
         return false;
-    const wxDateTime now = GetClock().Now();
-    return m_dtNextFire >= now && now >= m_dtNextFire - wxTimeSpan::Seconds(toleranceSec);
+    const std::int64_t now = GetClock().NowMs();
+    const std::int64_t next = ToMs(m_dtNextFire);
+    return next >= now && now >= next - static_cast<std::int64_t>(toleranceSec) * 1000;
+}
+
+bool Trigger::CheckOneShot(bool mayRefireMissed)
+{
+    if (!IsEnabled()) {
+        SetStatus(NTriggerStatusDisable);
+        return false;
+    }
+    if (!m_dtNextFire.IsValid())
+        return false;
+    const std::int64_t now = GetClock().NowMs();
+    const std::int64_t next = ToMs(m_dtNextFire);
+    if (next < now) {
+        // The moment passed: made up once when the user asked for it and
+        // the trigger never fired, otherwise missed for good.
+        const bool refire = mayRefireMissed && IsInYear1999(m_dtPrevFire) && IsMissFiredRefireOn();
+        if (refire) {
+            wxCriticalSectionLocker lock(SharedLock());
+            m_dtPrevFire = FromMs(now);
+        }
+        SetFinished(true);
+        SetStatus(NTriggerStatusFired);
+        return refire;
+    }
+    if (now >= next - kFireWindowMs) {
+        m_dtPrevFire = m_dtNextFire;
+        SetFinished(true);
+        SetStatus(NTriggerStatusFired);
+        return true;
+    }
+    return false;
 }

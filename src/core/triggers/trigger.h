@@ -1,6 +1,7 @@
 #pragma once
 // The abstract base of the twelve trigger kinds, its flat record
-// TriggerParam, and the kind and status names.
+// TriggerParam, and the kind and status names. Every time a kind reads is
+// taken from GetClock().
 
 #include <atomic>
 #include <cstdint>
@@ -79,7 +80,7 @@ public:
     virtual void MakeParam(TriggerParam& param) const;
     // Updates the status, decides whether to fire now and advances the fire
     // times; true means fire now. Called by one checker thread only.
-    virtual bool CheckAndAdvance();
+    virtual bool CheckAndAdvance() = 0;
     // True when the next fire time lies within `toleranceSec` ahead of now.
     virtual bool IsDue(int toleranceSec) const;
     // The condition as the dialog and the data file see it.
@@ -88,7 +89,11 @@ public:
     std::int64_t GetTid() const { return m_nTid; }
     void SetTid(std::int64_t tid) { m_nTid = tid; }
     std::uint32_t GetType() const { return m_nType; }
-    void SetCondition(const wxString& condition) { m_strCondition = condition; }
+    void SetCondition(const wxString& condition)
+    {
+        m_strCondition = condition;
+        ++m_nConditionVersion;
+    }
 
     bool IsEnabled() const { return m_bEnable.load(std::memory_order_relaxed); }
     void SetEnable(bool enable) { m_bEnable.store(enable, std::memory_order_relaxed); }
@@ -120,6 +125,15 @@ public:
 protected:
     // Copies TID, flags, CONDITION and the four dates of the record.
     void LoadCommon(const TriggerParam& param);
+    // The one-shot rule of Special Time, Count Down and With Start; the
+    // first two may also make up a firing missed while the program was not
+    // running.
+    bool CheckOneShot(bool mayRefireMissed);
+    // Whether the next fire time lies within `toleranceSec` ahead of now.
+    bool NextFireWithin(int toleranceSec) const;
+    // Changes whenever CONDITION may have changed, so kinds can cache what
+    // they derive from it.
+    unsigned ConditionVersion() const { return m_nConditionVersion; }
 
     wxDateTime m_dtPrevFire;
     wxDateTime m_dtRecordedNextFire;
@@ -138,7 +152,7 @@ protected:
     std::atomic<std::uint32_t> m_nStatus{NTriggerStatusWaiting};
 
 private:
-    std::atomic<bool> m_bUnavailableLogged{false};
+    unsigned m_nConditionVersion = 0;
 };
 
 // A new trigger of the kind, or null above 11.

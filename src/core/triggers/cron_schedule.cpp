@@ -1,0 +1,88 @@
+#include "core/triggers/cron_schedule.h"
+
+#include <iostream>
+
+#include "core/user_messages.h"
+
+namespace {
+
+// The first second of the local year after the one holding `sec`.
+std::int64_t StartOfNextLocalYear(std::int64_t sec)
+{
+    std::time_t t = static_cast<std::time_t>(sec);
+    std::tm tm{};
+    if (!localtime_r(&t, &tm))
+        return sec + 1;
+    std::tm next{};
+    next.tm_year = tm.tm_year + 1;
+    next.tm_mon = 0;
+    next.tm_mday = 1;
+    next.tm_isdst = -1;
+    const std::time_t start = std::mktime(&next);
+    return start == static_cast<std::time_t>(-1) ? sec + 1 : static_cast<std::int64_t>(start);
+}
+
+CronMoments Search(const CronExpr& expr, std::int64_t nowSec)
+{
+    CronMoments m;
+    const std::time_t next1 = CronNext(expr, static_cast<std::time_t>(nowSec));
+    if (next1 == static_cast<std::time_t>(-1))
+        return m;
+    m.next1Ms = static_cast<std::int64_t>(next1) * 1000;
+    const std::time_t next2 = CronNext(expr, next1);
+    if (next2 != static_cast<std::time_t>(-1))
+        m.next2Ms = static_cast<std::int64_t>(next2) * 1000;
+    return m;
+}
+
+}  // namespace
+
+CronMoments ComputeCronMoments(const std::string& condition, std::int64_t nowSec)
+{
+    return Search(ParseCronExpr(condition), nowSec);
+}
+
+void CronSchedule::Parse(const wxString& condition, bool report)
+{
+    m_bParsed = true;
+    m_bValid = false;
+    m_expr.reset();
+    try {
+        // Wide text to 8-bit characters in the current locale.
+        m_expr = ParseCronExpr(condition.ToStdString());
+    } catch (const cron::bad_cronexpr& e) {
+        if (report) {
+            if (!GetUserMessages().EchoesToStderr())
+                std::cerr << e.what() << std::endl;
+            // The toolkit's default message-box caption.
+            GetUserMessages().ShowMessage(wxString(e.what()), "Message");
+        }
+    }
+}
+
+void CronSchedule::Compute(std::int64_t nowSec)
+{
+    m_moments = Search(*m_expr, nowSec);
+    m_bValid = true;
+    m_validFrom = nowSec;
+    m_validUntil = m_moments.next1Ms >= 0 ? m_moments.next1Ms / 1000 : StartOfNextLocalYear(nowSec);
+}
+
+CronMoments CronSchedule::Lookup(const wxString& condition, unsigned version, std::int64_t nowSec)
+{
+    const bool changed = !m_bParsed || version != m_nVersion;
+    if (changed || !m_bCaching) {
+        // A malformed condition is reported once, not twenty times a second.
+        Parse(condition, changed);
+        m_nVersion = version;
+    }
+    if (!m_expr) {
+        CronMoments now;
+        now.next1Ms = nowSec * 1000;
+        now.next2Ms = nowSec * 1000;
+        return now;
+    }
+    if (!m_bValid || nowSec < m_validFrom || nowSec >= m_validUntil)
+        Compute(nowSec);
+    return m_moments;
+}

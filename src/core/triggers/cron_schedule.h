@@ -1,0 +1,56 @@
+#pragma once
+// The next two moments of a trigger's cron CONDITION, as the recurring kinds
+// need them on every check.
+//
+// Computing them means a parse and two searches: several microseconds, twenty
+// times a second for every recurring trigger. The answer only changes when
+// the CONDITION changes or the clock leaves the span in which it holds, so it
+// is kept: "the first match strictly after t" is the same for every t from
+// the second it was computed at up to (not including) that match, and
+// "no match" holds until the year of t changes (the search looks four years
+// ahead of the year it starts in). A clock that jumps backwards falls before
+// the span and recomputes.
+
+#include <cstdint>
+#include <ctime>
+#include <optional>
+#include <string>
+
+#include <wx/string.h>
+
+#include "core/cron/cron_expr.h"
+
+struct CronMoments {
+    std::int64_t next1Ms = -1;  // first match strictly after now; -1 for none
+    std::int64_t next2Ms = -1;  // first match strictly after next1; -1 for none
+};
+
+class CronSchedule {
+public:
+    // The moments after `nowSec` for `condition`; `version` tells whether the
+    // condition changed since the last call. A malformed condition is
+    // reported once per version (message box and stderr), and its moments
+    // are "now", as the recurring kinds require.
+    CronMoments Lookup(const wxString& condition, unsigned version, std::int64_t nowSec);
+
+    // Always recompute (the straightforward rule): for the equivalence test
+    // and the benchmark that compares the two.
+    void SetCaching(bool caching) { m_bCaching = caching; }
+
+private:
+    void Parse(const wxString& condition, bool report);
+    void Compute(std::int64_t nowSec);
+
+    bool m_bCaching = true;
+    bool m_bParsed = false;
+    unsigned m_nVersion = 0;
+    std::optional<CronExpr> m_expr;
+    bool m_bValid = false;        // the span below holds a computed answer
+    std::int64_t m_validFrom = 0;  // seconds
+    std::int64_t m_validUntil = 0; // seconds, exclusive
+    CronMoments m_moments;
+};
+
+// The straightforward rule, without any cache: parse, then two searches.
+// Throws cron::bad_cronexpr.
+CronMoments ComputeCronMoments(const std::string& condition, std::int64_t nowSec);

@@ -1,0 +1,94 @@
+#include "core/triggers/idle_timeout_trigger.h"
+
+#include "core/clock.h"
+#include "core/idle_time.h"
+#include "core/shared_lock.h"
+#include "core/text_number.h"
+#include "core/triggers/trigger_time.h"
+
+void IdleTimeoutTrigger::Load(const TriggerParam& param)
+{
+    LoadCommon(param);
+    // The next fire time carries no meaning here: 1 January 00:00:00.000.
+    if (m_dtRecordedNextFire.IsValid())
+        m_dtNextFire = wxDateTime(1, wxDateTime::Jan, m_dtRecordedNextFire.GetYear(), 0, 0, 0, 0);
+    // Positions 0, 1 and 2; a later one overrides an earlier one.
+    std::size_t begin = 0;
+    for (int position = 0; position < 3; ++position) {
+        const wxString text = m_strCondition;
+        while (begin < text.length() && text[begin] == ' ')
+            ++begin;
+        if (begin >= text.length())
+            break;
+        std::size_t end = text.find(' ', begin);
+        if (end == wxString::npos)
+            end = text.length();
+        const wxString token = text.Mid(begin, end - begin);
+        if (token != "-") {
+            m_nUnit = position;
+            m_nAmount = static_cast<int>(LeadingLong(token));
+        }
+        begin = end;
+    }
+}
+
+wxString IdleTimeoutTrigger::GetCondition() const
+{
+    switch (m_nUnit) {
+    case UnitSeconds: return wxString::Format("%d - - - - -", m_nAmount);
+    case UnitMinutes: return wxString::Format("- %d - - - -", m_nAmount);
+    case UnitHours: return wxString::Format("- - %d - - -", m_nAmount);
+    default: return m_strCondition;
+    }
+}
+
+bool IdleTimeoutTrigger::CheckAndAdvance()
+{
+    if (!IsEnabled()) {
+        SetStatus(NTriggerStatusDisable);
+        return false;
+    }
+    if (m_nAmount <= 0)
+        return false;
+    if (m_nAfterFire == 0) {
+        const long idle = GetIdleTimeSource().IdleSeconds();
+        wxCriticalSectionLocker lock(SharedLock());
+        m_nIdleSeconds = idle;
+    }
+    if (m_nAfterFire > kQuietChecks - 1) {
+        wxCriticalSectionLocker lock(SharedLock());
+        m_nAfterFire = 0;
+        return false;
+    }
+    if (m_nAfterFire > 0) {
+        wxCriticalSectionLocker lock(SharedLock());
+        ++m_nAfterFire;
+        return false;
+    }
+    const wxDateTime now = GetClock().Now();
+    // Never twice in one second.
+    if (m_dtPrevFire.GetHour() == now.GetHour() && m_dtPrevFire.GetMinute() == now.GetMinute() &&
+        m_dtPrevFire.GetSecond() == now.GetSecond())
+        return false;
+    long threshold = 0;
+    switch (m_nUnit) {
+    case UnitSeconds: threshold = m_nAmount; break;
+    case UnitMinutes: threshold = static_cast<long>(m_nAmount) * 60; break;
+    case UnitHours: threshold = static_cast<long>(m_nAmount) * 3600; break;
+    default: return false;
+    }
+    // Exactly the threshold: a longer idle period must not fire again.
+    if (m_nIdleSeconds != threshold)
+        return false;
+    wxCriticalSectionLocker lock(SharedLock());
+    m_nAfterFire = 1;
+    m_dtPrevFire = now;
+    m_dtPrevFire.SetMillisecond(0);
+    m_bFirePending = true;
+    return true;
+}
+
+bool IdleTimeoutTrigger::IsDue(int toleranceSec) const
+{
+    return IsEnabled() && NextFireWithin(toleranceSec);
+}
