@@ -1,11 +1,17 @@
 #include "gui/cadrelle_app.h"
 
+#include <wx/log.h>
+
 #include "core/app_dir.h"
+#include "desktop/platform/idle_time_platform.h"
+#include "gui/gui_user_messages.h"
 #include "gui/main_frame.h"
 
 namespace {
 wxString g_appDirOverride;
-}
+GuiUserMessages g_userMessages;
+std::unique_ptr<IdleTimeSource> g_idleTime;
+}  // namespace
 
 wxIMPLEMENT_APP_NO_MAIN(CadrelleApp);
 
@@ -18,7 +24,20 @@ bool CadrelleApp::OnInit()
 {
     SetVendorName("Vantrel");
     SetAppName("Cadrelle");
+    // Log lines go to standard error, never into dialogs.
+    delete wxLog::SetActiveTarget(new wxLogStderr);
+    SetUserMessages(&g_userMessages);
+    g_idleTime = CreatePlatformIdleTimeSource();
+    SetIdleTimeSource(g_idleTime.get());
     auto* frame = new CadrelleFrame(ChooseAppDir(g_appDirOverride, ExecutableDir()));
     frame->Show();
     return true;
+}
+
+int CadrelleApp::OnExit()
+{
+    SetIdleTimeSource(nullptr);
+    g_idleTime.reset();
+    SetUserMessages(nullptr);
+    return wxApp::OnExit();
 }

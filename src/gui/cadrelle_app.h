@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include <wx/app.h>
 
 class CadrelleApp : public wxApp {
@@ -8,6 +10,7 @@ public:
     static void SetAppDirOverride(const wxString& appDir);
 
     bool OnInit() override;
+    int OnExit() override;
 };
 
 wxDECLARE_APP(CadrelleApp);

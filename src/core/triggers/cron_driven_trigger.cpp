@@ -18,7 +18,7 @@ void CronDrivenTrigger::Load(const TriggerParam& param)
 {
     LoadCommon(param);
     const std::int64_t nowSec = FloorSeconds(GetClock().NowMs());
-    const CronMoments moments = m_schedule.Lookup(m_strCondition, ConditionVersion(), nowSec);
+    const CronMoments moments = m_schedule.Lookup(m_strCondition, ConditionVersion(), nowSec, GetTid());
     m_dtNextFire = MomentOrInvalid(moments.next1Ms);
     if (m_dtNextFire.IsValid())
         m_dtNextFire.SetSecond(0).SetMillisecond(0);
@@ -46,7 +46,7 @@ bool CronDrivenTrigger::CheckAndAdvance()
     }
     SetStatus(NTriggerStatusWaiting);
 
-    const CronMoments moments = m_schedule.Lookup(m_strCondition, ConditionVersion(), FloorSeconds(now));
+    const CronMoments moments = m_schedule.Lookup(m_strCondition, ConditionVersion(), FloorSeconds(now), GetTid());
     if (moments.next1Ms < 0) {
         m_dtNextFire = wxDateTime();
         return false;

@@ -2,6 +2,9 @@
 
 #include <iostream>
 
+#include <wx/log.h>
+
+#include "core/core_log.h"
 #include "core/user_messages.h"
 
 namespace {
@@ -42,7 +45,7 @@ CronMoments ComputeCronMoments(const std::string& condition, std::int64_t nowSec
     return Search(ParseCronExpr(condition), nowSec);
 }
 
-void CronSchedule::Parse(const wxString& condition, bool report)
+void CronSchedule::Parse(const wxString& condition, bool report, std::int64_t tid)
 {
     m_bParsed = true;
     m_bValid = false;
@@ -52,6 +55,8 @@ void CronSchedule::Parse(const wxString& condition, bool report)
         m_expr = ParseCronExpr(condition.ToStdString());
     } catch (const cron::bad_cronexpr& e) {
         if (report) {
+            wxLogMessage("%d ### [TID_%lld] cron condition \"%s\": %s", LogMs(), static_cast<long long>(tid),
+                         condition, wxString(e.what()));
             if (!GetUserMessages().EchoesToStderr())
                 std::cerr << e.what() << std::endl;
             // The toolkit's default message-box caption.
@@ -68,12 +73,12 @@ void CronSchedule::Compute(std::int64_t nowSec)
     m_validUntil = m_moments.next1Ms >= 0 ? m_moments.next1Ms / 1000 : StartOfNextLocalYear(nowSec);
 }
 
-CronMoments CronSchedule::Lookup(const wxString& condition, unsigned version, std::int64_t nowSec)
+CronMoments CronSchedule::Lookup(const wxString& condition, unsigned version, std::int64_t nowSec, std::int64_t tid)
 {
     const bool changed = !m_bParsed || version != m_nVersion;
     if (changed || !m_bCaching) {
         // A malformed condition is reported once, not twenty times a second.
-        Parse(condition, changed);
+        Parse(condition, changed, tid);
         m_nVersion = version;
     }
     if (!m_expr) {

@@ -31,14 +31,14 @@ public:
     // condition changed since the last call. A malformed condition is
     // reported once per version (message box and stderr), and its moments
     // are "now", as the recurring kinds require.
-    CronMoments Lookup(const wxString& condition, unsigned version, std::int64_t nowSec);
+    CronMoments Lookup(const wxString& condition, unsigned version, std::int64_t nowSec, std::int64_t tid);
 
     // Always recompute (the straightforward rule): for the equivalence test
     // and the benchmark that compares the two.
     void SetCaching(bool caching) { m_bCaching = caching; }
 
 private:
-    void Parse(const wxString& condition, bool report);
+    void Parse(const wxString& condition, bool report, std::int64_t tid);
     void Compute(std::int64_t nowSec);
 
     bool m_bCaching = true;
