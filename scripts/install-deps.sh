@@ -10,7 +10,7 @@ PACKAGES=(
   libx11-dev libxss-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev
-  tzdata xvfb xauth
+  tzdata xvfb xauth xdotool xprintidle
 )
 
 missing=()

@@ -1,38 +1,12 @@
-// `cadrelle --list` as a user runs it: the real program, no display.
-
-#include <cstdio>
-#include <string>
+// `cadrelle --list` and `--cron-next` as a user runs them: the real program,
+// no display.
 
 #include <gtest/gtest.h>
 
 #include "core/scheduler.h"
+#include "program_run.h"
 #include "test_support.h"
 
-namespace {
-
-struct ProgramRun {
-    int status = -1;
-    std::string out;
-};
-
-ProgramRun RunProgram(const std::string& args)
-{
-    // No DISPLAY: the command must not need one.
-    const std::string command = "env -u DISPLAY -u WAYLAND_DISPLAY " CADRELLE_BINARY " " + args + " 2>&1";
-    ProgramRun run;
-    FILE* pipe = ::popen(command.c_str(), "r");
-    if (!pipe)
-        return run;
-    char buffer[4096];
-    std::size_t got = 0;
-    while ((got = std::fread(buffer, 1, sizeof buffer, pipe)) > 0)
-        run.out.append(buffer, got);
-    const int status = ::pclose(pipe);
-    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return run;
-}
-
-}  // namespace
 
 TEST(ListCommand, PrintsJobsAndTriggersOfTheDataFile)
 {
@@ -62,7 +36,7 @@ TEST(ListCommand, EmptyFolderGivesEmptyListsAndAMalformedFileIsLeftAlone)
     WriteFileBytes(dir.File("data/data1.xml"), "<SCHEDULER><JOB>");
     const ProgramRun broken = RunProgram("--list --app-dir " + std::string(dir.Path().utf8_str()));
     EXPECT_EQ(broken.status, 0);
-    EXPECT_NE(broken.out.find("could not be read"), std::string::npos) << broken.out;
+    EXPECT_NE(broken.err.find("could not be read"), std::string::npos) << broken.err;
     // Listing changes nothing on disk.
     EXPECT_EQ(ReadFileBytes(dir.File("data/data1.xml")), "<SCHEDULER><JOB>");
 }
@@ -71,6 +45,26 @@ TEST(ListCommand, UnknownOptionIsAUsageError)
 {
     const ProgramRun run = RunProgram("--frobnicate");
     EXPECT_EQ(run.status, 2);
-    EXPECT_NE(run.out.find("unknown option: --frobnicate"), std::string::npos);
-    EXPECT_NE(run.out.find("Usage:"), std::string::npos);
+    EXPECT_NE(run.err.find("unknown option: --frobnicate"), std::string::npos);
+    EXPECT_NE(run.err.find("Usage:"), std::string::npos);
+}
+
+TEST(CronNextCommand, PrintsTheNextMomentsInLocalTime)
+{
+    const ProgramRun run = RunProgram("--cron-next '0 30 8 ? * MON-FRI' --count 3 --from '2026-11-21 12:00:00'");
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.out, "2026-11-23 08:30:00\n2026-11-24 08:30:00\n2026-11-25 08:30:00\n");
+    EXPECT_EQ(run.err, "");
+}
+
+TEST(CronNextCommand, MalformedExpressionGivesTheParserMessageAloneOnStderr)
+{
+    const ProgramRun run = RunProgram("--cron-next '0 0 0 5-3 * ?'");
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "Specified range start exceeds range end\n");
+
+    const ProgramRun never = RunProgram("--cron-next '0 0 0 30 2 ?' --from '2026-01-01 00:00:00'");
+    EXPECT_EQ(never.status, 0);
+    EXPECT_EQ(never.out, "");
 }

@@ -16,9 +16,10 @@ TEST(CronCorpus, EveryFilePassesTheFuzzChecks) {
     for (const auto& entry : std::filesystem::directory_iterator(CADRELLE_CRON_CORPUS_DIR)) {
         if (!entry.is_regular_file()) continue;
         std::ifstream in(entry.path(), std::ios::binary);
-        const std::string data((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        const std::string data((std::istreambuf_iterator<char>(in)), {});
         SCOPED_TRACE(entry.path().filename().string() + ": " + data);
-        EXPECT_EQ(cron_check::Problem(reinterpret_cast<const std::uint8_t*>(data.data()), data.size()), "");
+        const auto* bytes = reinterpret_cast<const std::uint8_t*>(data.data());
+        EXPECT_EQ(cron_check::Problem(bytes, data.size()), "");
         ++files;
     }
     EXPECT_GT(files, 10);

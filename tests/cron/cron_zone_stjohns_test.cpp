@@ -14,12 +14,7 @@ TEST(CronStJohns, GapAndFold) {
     localtime_r(&julyFirst, &july);
     ASSERT_EQ(july.tm_gmtoff, -9000) << "this test needs TZ=America/St_Johns";
 
-    const struct {
-        const char* expr;
-        std::time_t after;
-        std::time_t want;
-        const char* note;
-    } cases[] = {
+    const struct { const char* expr; std::time_t after, want; const char* note; } cases[] = {
         {"0 30 2 * * *", 1710041400, 1710133200, "10 March has no 02:30: 11 March 02:30 NDT"},
         {"0 30 1 * * *", 1730601000, 1730606400, "3 November 00:00 -> 01:30 NDT"},
         {"0 30 1 * * *", 1730606400, 1730696400, "01:30 NDT -> 4 November 01:30 NST"},
