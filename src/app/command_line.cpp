@@ -12,6 +12,8 @@ CommandLine ParseCommandLine(int argc, char** argv)
                 return cl;
             }
             cl.appDir = argv[++i];
+        } else if (arg == "--headless") {
+            cl.mode = CommandLine::Mode::Headless;
         } else if (arg == "--list") {
             cl.mode = CommandLine::Mode::List;
         } else if (arg == "--cron-next") {
@@ -35,6 +37,7 @@ CommandLine ParseCommandLine(int argc, char** argv)
 const char* UsageText()
 {
     return "Usage: cadrelle [--app-dir DIR]            start the scheduler window\n"
+           "       cadrelle --headless [--app-dir DIR] run the scheduler without a window (until SIGINT/SIGTERM)\n"
            "       cadrelle --list [--app-dir DIR]     print the jobs and triggers of the data file\n"
            "       cadrelle --cron-next \"EXPR\" [--count N] [--from \"YYYY-MM-DD HH:MM:SS\"]\n"
            "                                           print the next moments of a cron expression\n"

@@ -5,7 +5,7 @@
 #include <vector>
 
 struct CommandLine {
-    enum class Mode { Gui, List, CronNext, Help, Version, Error };
+    enum class Mode { Gui, List, CronNext, Headless, Help, Version, Error };
     Mode mode = Mode::Gui;
     std::string appDir;                  // --app-dir DIR
     std::vector<std::string> cronArgs;   // everything after --cron-next

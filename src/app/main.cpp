@@ -8,6 +8,7 @@
 #include <wx/log.h>
 
 #include "app/command_line.h"
+#include "app/headless_runner.h"
 #include "core/app_dir.h"
 #include "core/clock.h"
 #include "core/cron/cron_next_command.h"
@@ -58,6 +59,10 @@ int main(int argc, char** argv)
     case CommandLine::Mode::List:
         return RunConsole(argc, argv, [&] {
             return RunListCommand(ChooseAppDir(wxString::FromUTF8(cl.appDir), ExecutableDir()), std::cout, std::cerr);
+        });
+    case CommandLine::Mode::Headless:
+        return RunConsole(argc, argv, [&] {
+            return RunHeadless(ChooseAppDir(wxString::FromUTF8(cl.appDir), ExecutableDir()));
         });
     case CommandLine::Mode::Gui:
         break;

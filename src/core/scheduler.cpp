@@ -41,28 +41,47 @@ void Scheduler::ClearTriggerChangedMarks()
 
 std::size_t Scheduler::AddJob(std::unique_ptr<Job> job, bool notify)
 {
-    ClearJobChangedMarks();
-    Job* added = job.get();
-    m_jobs.emplace_back(std::move(job));
-    for (std::int32_t tid : added->GetTriggerIds())
-        m_triggerOwners[tid] = added;
-    SetDataChanged(true);
-    added->SetChanged(true);
+    std::size_t index = 0;
+    {
+        auto lock = EditLock();
+        ClearJobChangedMarks();
+        JobPtr added(std::move(job));
+        for (std::int32_t tid : added->GetTriggerIds())
+            m_triggerOwners[tid] = added;
+        added->SetChanged(true);
+        m_jobs.push_back(std::move(added));
+        index = m_jobs.size() - 1;
+        SetDataChanged(true);
+    }
     if (notify)
         NotifyJobs();
-    return m_jobs.size() - 1;
+    return index;
 }
 
 void Scheduler::UpdateJob(Job* job, bool notify)
 {
-    ClearJobChangedMarks();
-    job->SetChanged(true);
-    // The job's trigger list may have changed in the dialog.
-    for (auto it = m_triggerOwners.begin(); it != m_triggerOwners.end();)
-        it = it->second == job ? m_triggerOwners.erase(it) : std::next(it);
-    for (std::int32_t tid : job->GetTriggerIds())
-        m_triggerOwners[tid] = job;
-    SetDataChanged(true);
+    {
+        auto lock = EditLock();
+        ClearJobChangedMarks();
+        job->SetChanged(true);
+        // The job's trigger list may have changed in the dialog.
+        JobPtr owner;
+        for (auto it = m_triggerOwners.begin(); it != m_triggerOwners.end();) {
+            if (it->second.get() == job) {
+                owner = it->second;
+                it = m_triggerOwners.erase(it);
+            } else {
+                ++it;
+            }
+        }
+        if (!owner)
+            owner = GetJobById(job->GetId());
+        if (owner.get() == job) {
+            for (std::int32_t tid : job->GetTriggerIds())
+                m_triggerOwners[tid] = owner;
+        }
+        SetDataChanged(true);
+    }
     if (notify)
         NotifyJobs();
 }
@@ -80,22 +99,38 @@ void Scheduler::ApplyJobStateToTriggers(Job& job, bool runCheck)
     }
 }
 
-void Scheduler::SetJobEnable(Job* job, bool enable, bool notify)
+void Scheduler::SetJobEnableLocked(Job* job, bool enable)
 {
     ClearJobChangedMarks();
     job->SetEnable(enable);
     job->SetChanged(true);
+    // Runs each trigger's check once so its status and next time are
+    // current; the exclusive lock keeps the checker threads out meanwhile.
     ApplyJobStateToTriggers(*job, true);
     SetDataChanged(true);
+}
+
+void Scheduler::SetJobEnable(Job* job, bool enable, bool notify)
+{
+    {
+        auto lock = EditLock();
+        SetJobEnableLocked(job, enable);
+    }
     if (notify)
         NotifyJobs();
 }
 
 void Scheduler::EnableAllJobs(bool enable)
 {
-    for (const JobPtr& job : m_jobs) {
-        if (job->IsEnabled() != enable)
-            SetJobEnable(job.get(), enable, true);
+    for (std::size_t i = 0; i < m_jobs.size(); ++i) {
+        Job* job = m_jobs[i].get();
+        if (job->IsEnabled() == enable)
+            continue;
+        {
+            auto lock = EditLock();
+            SetJobEnableLocked(job, enable);
+        }
+        NotifyJobs();
     }
     NotifyJobs();
     SetDataChanged(true);
@@ -109,56 +144,99 @@ void Scheduler::RemoveTrigger(Trigger* trigger)
         m_triggers.erase(it);
 }
 
-void Scheduler::DeleteJob(Job* job, bool notify)
-{
-    for (std::int32_t tid : job->GetTriggerIds()) {
-        auto owner = m_triggerOwners.find(tid);
-        if (owner != m_triggerOwners.end() && owner->second == job)
-            m_triggerOwners.erase(owner);
-        if (Trigger* trigger = GetTriggerById(tid))
-            DeleteTrigger(trigger, false);
-    }
-    auto it = std::find_if(m_jobs.begin(), m_jobs.end(), [job](const JobPtr& j) { return j.get() == job; });
-    if (it != m_jobs.end())
-        m_jobs.erase(it);
-    SetDataChanged(true);
-    if (notify)
-        NotifyJobs();
-}
-
-void Scheduler::DeleteTrigger(Trigger* trigger, bool notify)
+void Scheduler::DeleteTriggerLocked(Trigger* trigger)
 {
     trigger->SetEnable(false);
     trigger->SetStatus(NTriggerStatusDisable);
     ClearTriggerChangedMarks();
     RemoveTrigger(trigger);
     SetDataChanged(true);
+}
+
+void Scheduler::DeleteJob(Job* job, bool notify)
+{
+    {
+        auto lock = EditLock();
+        for (std::int32_t tid : job->GetTriggerIds()) {
+            auto owner = m_triggerOwners.find(tid);
+            if (owner != m_triggerOwners.end() && owner->second.get() == job)
+                m_triggerOwners.erase(owner);
+            if (Trigger* trigger = GetTriggerById(tid))
+                DeleteTriggerLocked(trigger);
+        }
+        // A job thread running this job works on its own copy, so the job
+        // can go at once.
+        auto it = std::find_if(m_jobs.begin(), m_jobs.end(), [job](const JobPtr& j) { return j.get() == job; });
+        if (it != m_jobs.end())
+            m_jobs.erase(it);
+        SetDataChanged(true);
+    }
+    if (notify)
+        NotifyJobs();
+}
+
+void Scheduler::DeleteTrigger(Trigger* trigger, bool notify)
+{
+    {
+        auto lock = EditLock();
+        DeleteTriggerLocked(trigger);
+    }
     if (notify)
         NotifyTriggers();
 }
 
 void Scheduler::AddTrigger(std::unique_ptr<Trigger> trigger, bool notify)
 {
-    ClearTriggerChangedMarks();
-    Trigger* added = trigger.get();
-    m_triggers.emplace_back(std::move(trigger));
-    SetDataChanged(true);
-    added->SetChanged(true);
-    added->SetFinished(false);
-    added->SetStatus(NTriggerStatusFired);
+    {
+        auto lock = EditLock();
+        ClearTriggerChangedMarks();
+        TriggerPtr added(std::move(trigger));
+        added->SetChanged(true);
+        added->SetFinished(false);
+        added->SetStatus(NTriggerStatusFired);
+        m_triggers.push_back(std::move(added));
+        SetDataChanged(true);
+    }
     if (notify)
         NotifyTriggers();
 }
 
 void Scheduler::UpdateTrigger(Trigger* trigger, bool notify)
 {
-    ClearTriggerChangedMarks();
-    trigger->SetStatus(NTriggerStatusFired);
-    trigger->SetChanged(true);
-    trigger->SetFinished(false);
-    SetDataChanged(true);
+    {
+        auto lock = EditLock();
+        ClearTriggerChangedMarks();
+        trigger->SetStatus(NTriggerStatusFired);
+        trigger->SetChanged(true);
+        trigger->SetFinished(false);
+        trigger->SetNoticeGiven(false);
+        SetDataChanged(true);
+    }
     if (notify)
         NotifyTriggers();
+}
+
+void Scheduler::CheckTriggerShare(std::size_t count, std::size_t index, TriggerCheckSink& sink)
+{
+    auto lock = ReadLock();
+    for (const TriggerPtr& trigger : m_triggers) {
+        if (static_cast<std::uint64_t>(trigger->GetTid()) % count != index)
+            continue;
+        if (!trigger->IsEnabled() || trigger->IsFinished() || trigger->IsEditing())
+            continue;
+        if (trigger->CheckAndAdvance()) {
+            auto owner = m_triggerOwners.find(static_cast<std::int32_t>(trigger->GetTid()));
+            if (owner != m_triggerOwners.end() && owner->second->IsEnabled() && sink.RunJob(owner->second)) {
+                // The advanced PREVFIRE must reach the data file.
+                MarkChangedByFiring(GetClock().Now());
+            }
+        } else if (!trigger->IsNoticeGiven() && trigger->IsDue(300)) {
+            auto owner = m_triggerOwners.find(static_cast<std::int32_t>(trigger->GetTid()));
+            if (owner != m_triggerOwners.end() && owner->second->IsEnabled() && owner->second->IsWarnBeforeRun())
+                sink.AdvanceNotice(owner->second);
+            trigger->SetNoticeGiven(true);
+        }
+    }
 }
 
 Job* Scheduler::FindJob(std::int32_t jid) const
@@ -204,7 +282,7 @@ Trigger* Scheduler::GetTriggerById(std::int64_t tid) const
 Job* Scheduler::GetTriggerOwner(std::int64_t tid) const
 {
     auto it = m_triggerOwners.find(static_cast<std::int32_t>(tid));
-    return it == m_triggerOwners.end() ? nullptr : it->second;
+    return it == m_triggerOwners.end() ? nullptr : it->second.get();
 }
 
 std::int32_t Scheduler::NewJID() const

@@ -5,6 +5,8 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <mutex>
+#include <shared_mutex>
 #include <unordered_map>
 #include <vector>
 
@@ -27,6 +29,17 @@ struct DataLoadReport {
     std::size_t skippedTriggers = 0;  // kinds above 11
     std::size_t skippedJobs = 0;      // kinds above 23
     bool stoppedAtUnknownElement = false;
+};
+
+// Where a checker pass sends what it found. Called while the pass holds the
+// list lock shared: implementations only queue.
+class TriggerCheckSink {
+public:
+    virtual ~TriggerCheckSink() = default;
+    // A firing trigger's enabled job; true when the request was queued.
+    virtual bool RunJob(const std::shared_ptr<Job>& job) = 0;
+    // The job of a trigger due within the notice period (warn-before-run set).
+    virtual void AdvanceNotice(const std::shared_ptr<Job>& job) = 0;
 };
 
 class Scheduler {
@@ -69,6 +82,17 @@ public:
     const std::vector<Job*>& JobsByJobType(std::uint32_t type);
     const std::vector<Job*>& JobsByTriggerType(std::uint32_t type);
 
+    // One checker pass over the triggers whose TID modulo `count` is
+    // `index`: check-and-advance each enabled, unfinished trigger that is not
+    // being edited; report firings and advance notices to `sink`.
+    void CheckTriggerShare(std::size_t count, std::size_t index, TriggerCheckSink& sink);
+
+    // Held exclusively by every change of the lists, the owner map and a
+    // trigger's or job's own settings; checker passes hold it shared. Code
+    // that edits a trigger or job in place (a dialog) takes EditLock().
+    std::unique_lock<std::shared_mutex> EditLock() const { return std::unique_lock<std::shared_mutex>(m_listMutex); }
+    std::shared_lock<std::shared_mutex> ReadLock() const { return std::shared_lock<std::shared_mutex>(m_listMutex); }
+
     // Arms every With Start trigger that has not fired again, counting from
     // now; returns how many it reset. Run once before the checker threads
     // start, and by the reset command.
@@ -106,6 +130,8 @@ public:
 
 private:
     void ApplyJobStateToTriggers(Job& job, bool runCheck);
+    void SetJobEnableLocked(Job* job, bool enable);
+    void DeleteTriggerLocked(Trigger* trigger);
     void ClearJobChangedMarks();
     void ClearTriggerChangedMarks();
     void NotifyJobs();
@@ -118,7 +144,8 @@ private:
     std::vector<Job*> m_jobsByJobType;
     std::vector<Job*> m_jobsByStatus;
     std::vector<TriggerPtr> m_triggers;
-    std::unordered_map<std::int32_t, Job*> m_triggerOwners;
+    std::unordered_map<std::int32_t, JobPtr> m_triggerOwners;
+    mutable std::shared_mutex m_listMutex;
     JobObserver* m_pJobObserver = nullptr;
     TriggerObserver* m_pTriggerObserver = nullptr;
     JobRunRequests* m_pRunRequests = nullptr;

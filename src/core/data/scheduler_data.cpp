@@ -60,6 +60,7 @@ enum { JbId, JbType, JbDesc, JbEnable, JbInterval, JbTid, JbJid, JbInfo, JbCount
 
 DataLoadReport Scheduler::LoadSchedulerData(bool keepUnreadableCopies)
 {
+    auto lock = EditLock();
     DataLoadReport report;
     auto keep = [&](const wxString& path) {
         const wxString kept = keepUnreadableCopies ? KeepUnreadableCopy(path) : wxString();
@@ -146,9 +147,10 @@ DataLoadReport Scheduler::LoadSchedulerData(bool keepUnreadableCopies)
             param.associatedJids = SplitIdList(texts[JbJid]);
             param.params = SplitJobParams(texts[JbInfo]);
             job->SetParam(param);
-            for (std::int32_t tid : job->GetTriggerIds())
-                m_triggerOwners[tid] = job.get();
-            m_jobs.emplace_back(std::move(job));
+            JobPtr loaded(std::move(job));
+            for (std::int32_t tid : loaded->GetTriggerIds())
+                m_triggerOwners[tid] = loaded;
+            m_jobs.push_back(std::move(loaded));
         } else {
             // Anything else ends the walk; later elements are ignored.
             report.stoppedAtUnknownElement = true;
@@ -227,7 +229,13 @@ bool Scheduler::SaveSchedulerData(bool workingOnly)
 {
     if (!m_bDataChanged.exchange(false))
         return false;
-    const std::string content = BuildDocument(m_jobs, m_triggers);
+    std::string content;
+    {
+        // Checker threads keep running: they only change trigger times,
+        // which are read atomically. The writing below happens unlocked.
+        auto lock = ReadLock();
+        content = BuildDocument(m_jobs, m_triggers);
+    }
     WriteCopy(m_paths.working, content);
     if (!workingOnly)
         WriteCopy(m_paths.fallback, content);

@@ -49,7 +49,7 @@ void Job::SetParam(const JobParam& param)
     m_nId = param.id;
     m_nType = param.type;
     m_strDescription = param.description;
-    m_bEnable = param.enable;
+    SetEnable(param.enable);
     CopyIds(param.associatedJids, m_associatedJids);
     m_nJobInterval = param.jobInterval;
     m_params = param.params;
@@ -61,7 +61,7 @@ void Job::GetParam(JobParam& param) const
     param.id = m_nId;
     param.type = m_nType;
     param.description = m_strDescription;
-    param.enable = m_bEnable;
+    param.enable = IsEnabled();
     CopyIds(m_associatedJids, param.associatedJids);
     param.jobInterval = m_nJobInterval;
     param.params = m_params;

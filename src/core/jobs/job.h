@@ -2,6 +2,7 @@
 // The job base class, its editable record JobParam, the 24 kinds and the
 // single-line parameter text (INFO) of the data file.
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -80,8 +81,9 @@ public:
     std::uint32_t GetType() const { return m_nType; }
     const wxString& GetDescription() const { return m_strDescription; }
     void SetDescription(const wxString& text) { m_strDescription = text; }
-    bool IsEnabled() const { return m_bEnable; }
-    void SetEnable(bool enable) { m_bEnable = enable; }
+    // Read by checker threads while the main thread may change it.
+    bool IsEnabled() const { return m_bEnable.load(std::memory_order_relaxed); }
+    void SetEnable(bool enable) { m_bEnable.store(enable, std::memory_order_relaxed); }
     std::int32_t GetJobInterval() const { return m_nJobInterval; }
     const ParamList& GetParams() const { return m_params; }
     // The parameter at `index`, or an empty text when the list is shorter.
@@ -93,21 +95,21 @@ public:
     void SetChanged(bool changed) { m_bChanged = changed; }
     bool IsRunning() const { return m_bRunning; }
     void SetRunning(bool running) { m_bRunning = running; }
-    bool IsWarnBeforeRun() const { return m_bWarnBeforeRun; }
-    void SetWarnBeforeRun(bool warn) { m_bWarnBeforeRun = warn; }
+    bool IsWarnBeforeRun() const { return m_bWarnBeforeRun.load(std::memory_order_relaxed); }
+    void SetWarnBeforeRun(bool warn) { m_bWarnBeforeRun.store(warn, std::memory_order_relaxed); }
 
 private:
     std::int32_t m_nId = 0;
     std::uint32_t m_nType;
     wxString m_strDescription;
-    bool m_bEnable = true;
+    std::atomic<bool> m_bEnable{true};
     std::int32_t m_nJobInterval = 0;
     ParamList m_params;
     IdList m_triggerIds;
     IdList m_associatedJids;
     bool m_bChanged = false;
     bool m_bRunning = false;
-    bool m_bWarnBeforeRun = false;
+    std::atomic<bool> m_bWarnBeforeRun{false};
 };
 
 // INFO: the first parameter as it is, each further one after " $ ".

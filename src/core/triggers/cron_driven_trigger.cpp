@@ -19,15 +19,16 @@ void CronDrivenTrigger::Load(const TriggerParam& param)
     LoadCommon(param);
     const std::int64_t nowSec = FloorSeconds(GetClock().NowMs());
     const CronMoments moments = m_schedule.Lookup(m_strCondition, ConditionVersion(), nowSec, GetTid());
-    m_dtNextFire = MomentOrInvalid(moments.next1Ms);
-    if (m_dtNextFire.IsValid())
-        m_dtNextFire.SetSecond(0).SetMillisecond(0);
+    wxDateTime shown = MomentOrInvalid(moments.next1Ms);
+    if (shown.IsValid())
+        shown.SetSecond(0).SetMillisecond(0);
+    m_dtNextFire = shown;
 }
 
 bool CronDrivenTrigger::InActivePeriod(std::int64_t nowMs) const
 {
-    const std::int64_t start = ToMs(m_dtStart);
-    const std::int64_t end = ToMs(m_dtEnd);
+    const std::int64_t start = m_dtStart.Ms();
+    const std::int64_t end = m_dtEnd.Ms();
     return nowMs == start || nowMs == end || (start < nowMs && nowMs < end);
 }
 
@@ -39,8 +40,8 @@ bool CronDrivenTrigger::CheckAndAdvance()
     }
     const std::int64_t now = GetClock().NowMs();
     if (!InActivePeriod(now)) {
-        SetStatus(now < ToMs(m_dtStart) ? NTriggerStatusWaitStart : NTriggerStatusWaiting);
-        if (ToMs(m_dtEnd) < now)
+        SetStatus(now < m_dtStart.Ms() ? NTriggerStatusWaitStart : NTriggerStatusWaiting);
+        if (m_dtEnd.Ms() < now)
             SetStatus(NTriggerStatusTimeout);
         return false;
     }
@@ -48,25 +49,25 @@ bool CronDrivenTrigger::CheckAndAdvance()
 
     const CronMoments moments = m_schedule.Lookup(m_strCondition, ConditionVersion(), FloorSeconds(now), GetTid());
     if (moments.next1Ms < 0) {
-        m_dtNextFire = wxDateTime();
+        m_dtNextFire.SetMs(AtomicMoment::kInvalid);
         return false;
     }
     const std::int64_t next = moments.next1Ms;
-    if (!m_dtNextFire.IsValid() || ToMs(m_dtNextFire) != next)
-        m_dtNextFire = FromMs(next);
+    m_dtNextFire.SetMs(next);
 
     // Never twice for one match.
-    if (next - ToMs(m_dtPrevFire) < kDoubleFireGuardMs)
+    const std::int64_t prev = m_dtPrevFire.Ms();
+    if (prev != AtomicMoment::kInvalid && next - prev < kDoubleFireGuardMs)
         return false;
 
     // A firing missed while the program was not running is made up once,
     // when the user asked for it. The setting is read last: it is the only
     // costly test.
     if (IsAfter1999(m_dtRecordedNextFire)) {
-        const std::int64_t recorded = ToMs(m_dtRecordedNextFire);
-        if (recorded < next && recorded > ToMs(m_dtPrevFire) && IsMissFiredRefireOn()) {
+        const std::int64_t recorded = m_dtRecordedNextFire.Ms();
+        if (recorded < next && recorded > prev && IsMissFiredRefireOn()) {
             wxCriticalSectionLocker lock(SharedLock());
-            m_dtPrevFire = FromMs(now);
+            m_dtPrevFire.SetMs(now);
             m_bFirePending = true;
             m_dtRecordedNextFire = m_dtNextFire;
             return true;
@@ -75,7 +76,7 @@ bool CronDrivenTrigger::CheckAndAdvance()
 
     if (now >= next - kFireWindowMs && now <= next) {
         m_dtPrevFire = m_dtNextFire;
-        m_dtNextFire = MomentOrInvalid(moments.next2Ms);
+        m_dtNextFire.SetMs(moments.next2Ms >= 0 ? moments.next2Ms : AtomicMoment::kInvalid);
         m_bFirePending = true;
         return true;
     }

@@ -11,7 +11,7 @@ void IdleTimeoutTrigger::Load(const TriggerParam& param)
     LoadCommon(param);
     // The next fire time carries no meaning here: 1 January 00:00:00.000.
     if (m_dtRecordedNextFire.IsValid())
-        m_dtNextFire = wxDateTime(1, wxDateTime::Jan, m_dtRecordedNextFire.GetYear(), 0, 0, 0, 0);
+        m_dtNextFire = wxDateTime(1, wxDateTime::Jan, m_dtRecordedNextFire.Get().GetYear(), 0, 0, 0, 0);
     // Positions 0, 1 and 2; a later one overrides an earlier one.
     std::size_t begin = 0;
     for (int position = 0; position < 3; ++position) {
@@ -67,8 +67,8 @@ bool IdleTimeoutTrigger::CheckAndAdvance()
     }
     const wxDateTime now = GetClock().Now();
     // Never twice in one second.
-    if (m_dtPrevFire.GetHour() == now.GetHour() && m_dtPrevFire.GetMinute() == now.GetMinute() &&
-        m_dtPrevFire.GetSecond() == now.GetSecond())
+    const wxDateTime prev = m_dtPrevFire.Get();
+    if (prev.GetHour() == now.GetHour() && prev.GetMinute() == now.GetMinute() && prev.GetSecond() == now.GetSecond())
         return false;
     long threshold = 0;
     switch (m_nUnit) {
@@ -82,8 +82,8 @@ bool IdleTimeoutTrigger::CheckAndAdvance()
         return false;
     wxCriticalSectionLocker lock(SharedLock());
     m_nAfterFire = 1;
-    m_dtPrevFire = now;
-    m_dtPrevFire.SetMillisecond(0);
+    wxDateTime fired = now;
+    m_dtPrevFire = fired.SetMillisecond(0);
     m_bFirePending = true;
     return true;
 }

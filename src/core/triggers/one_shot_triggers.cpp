@@ -85,7 +85,7 @@ wxString CountDownTrigger::GetCondition() const
 {
     if (!m_dtNextFire.IsValid())
         return m_strCondition;
-    const wxDateTime::Tm tm = m_dtNextFire.GetTm();
+    const wxDateTime::Tm tm = m_dtNextFire.Get().GetTm();
     return wxString::Format("%d %d %d %d %d %d %d %d %d %d", tm.sec, tm.min, tm.hour, tm.mday,
                             static_cast<int>(tm.mon) + 1, tm.year, m_duration.days, m_duration.hours,
                             m_duration.minutes, m_duration.seconds);

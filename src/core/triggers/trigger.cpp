@@ -54,15 +54,20 @@ void Trigger::LoadCommon(const TriggerParam& param)
     m_nTid = param.tid;
     SetEnable(param.enable);
     SetEditing(param.editing);
-    m_bChanged = param.changed;
+    SetChanged(param.changed);
     SetFinished(param.finished);
-    m_bFirePending = param.firePending;
+    SetFirePending(param.firePending);
     SetNoticeGiven(param.noticeGiven);
     m_strCondition = param.condition;
-    ReadDateTimeText(param.prevFire, m_dtPrevFire);
-    ReadDateTimeText(param.nextFire, m_dtRecordedNextFire);
-    ReadDateTimeText(param.start, m_dtStart);
-    ReadDateTimeText(param.end, m_dtEnd);
+    const auto read = [](const wxString& text, AtomicMoment& field) {
+        wxDateTime dt = field.Get();
+        ReadDateTimeText(text, dt);
+        field = dt;
+    };
+    read(param.prevFire, m_dtPrevFire);
+    read(param.nextFire, m_dtRecordedNextFire);
+    read(param.start, m_dtStart);
+    read(param.end, m_dtEnd);
 }
 
 void Trigger::Load(const TriggerParam& param)
@@ -77,9 +82,9 @@ void Trigger::MakeParam(TriggerParam& param) const
     param.type = m_nType;
     param.enable = IsEnabled();
     param.editing = IsEditing();
-    param.changed = m_bChanged;
+    param.changed = IsChanged();
     param.finished = IsFinished();
-    param.firePending = m_bFirePending;
+    param.firePending = IsFirePending();
     param.noticeGiven = IsNoticeGiven();
     param.condition = GetCondition();
     param.prevFire = FormatDateTimeText(m_dtPrevFire);
@@ -98,7 +103,7 @@ bool Trigger::NextFireWithin(int toleranceSec) const
     if (!m_dtNextFire.IsValid())
         return false;
     const std::int64_t now = GetClock().NowMs();
-    const std::int64_t next = ToMs(m_dtNextFire);
+    const std::int64_t next = m_dtNextFire.Ms();
     return next >= now && now >= next - static_cast<std::int64_t>(toleranceSec) * 1000;
 }
 
@@ -111,14 +116,14 @@ bool Trigger::CheckOneShot(bool mayRefireMissed)
     if (!m_dtNextFire.IsValid())
         return false;
     const std::int64_t now = GetClock().NowMs();
-    const std::int64_t next = ToMs(m_dtNextFire);
+    const std::int64_t next = m_dtNextFire.Ms();
     if (next < now) {
         // The moment passed: made up once when the user asked for it and
         // the trigger never fired, otherwise missed for good.
         const bool refire = mayRefireMissed && IsInYear1999(m_dtPrevFire) && IsMissFiredRefireOn();
         if (refire) {
             wxCriticalSectionLocker lock(SharedLock());
-            m_dtPrevFire = FromMs(now);
+            m_dtPrevFire.SetMs(now);
         }
         SetFinished(true);
         SetStatus(NTriggerStatusFired);

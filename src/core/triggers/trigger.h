@@ -10,6 +10,8 @@
 #include <wx/datetime.h>
 #include <wx/string.h>
 
+#include "core/triggers/trigger_time.h"
+
 enum TriggerType : std::uint32_t {
     NTriggerTypeCountDown = 0,
     NTriggerTypeWithStart = 1,
@@ -110,16 +112,17 @@ public:
     std::uint32_t GetStatus() const { return m_nStatus.load(std::memory_order_relaxed); }
     void SetStatus(std::uint32_t status) { m_nStatus.store(status, std::memory_order_relaxed); }
 
-    const wxDateTime& GetPrevFire() const { return m_dtPrevFire; }
+    // Times are returned by value: a checker thread may be changing them.
+    wxDateTime GetPrevFire() const { return m_dtPrevFire.Get(); }
     void SetPrevFire(const wxDateTime& dt) { m_dtPrevFire = dt; }
     // The next fire time as saved in the data file (miss-fire detection).
-    const wxDateTime& GetRecordedNextFire() const { return m_dtRecordedNextFire; }
+    wxDateTime GetRecordedNextFire() const { return m_dtRecordedNextFire.Get(); }
     // The working next fire time computed by the kind.
-    const wxDateTime& GetNextFire() const { return m_dtNextFire; }
+    wxDateTime GetNextFire() const { return m_dtNextFire.Get(); }
     void SetNextFire(const wxDateTime& dt) { m_dtNextFire = dt; }
-    const wxDateTime& GetStart() const { return m_dtStart; }
+    wxDateTime GetStart() const { return m_dtStart.Get(); }
     void SetStart(const wxDateTime& dt) { m_dtStart = dt; }
-    const wxDateTime& GetEnd() const { return m_dtEnd; }
+    wxDateTime GetEnd() const { return m_dtEnd.Get(); }
     void SetEnd(const wxDateTime& dt) { m_dtEnd = dt; }
 
 protected:
@@ -135,19 +138,19 @@ protected:
     // they derive from it.
     unsigned ConditionVersion() const { return m_nConditionVersion; }
 
-    wxDateTime m_dtPrevFire;
-    wxDateTime m_dtRecordedNextFire;
-    wxDateTime m_dtNextFire;
-    wxDateTime m_dtStart;
-    wxDateTime m_dtEnd;
+    AtomicMoment m_dtPrevFire;
+    AtomicMoment m_dtRecordedNextFire;
+    AtomicMoment m_dtNextFire;
+    AtomicMoment m_dtStart;
+    AtomicMoment m_dtEnd;
     std::int64_t m_nTid = -1;
     std::uint32_t m_nType;
     wxString m_strCondition;
     std::atomic<bool> m_bEnable{true};
     std::atomic<bool> m_bEditing{false};
-    bool m_bChanged = false;
+    std::atomic<bool> m_bChanged{false};
     std::atomic<bool> m_bFinished{false};
-    bool m_bFirePending = false;
+    std::atomic<bool> m_bFirePending{false};
     std::atomic<bool> m_bNoticeGiven{false};
     std::atomic<std::uint32_t> m_nStatus{NTriggerStatusWaiting};
 

@@ -1,0 +1,72 @@
+#include "core/engine/job_thread.h"
+
+#include <chrono>
+#include <future>
+#include <system_error>
+#include <thread>
+
+#include <wx/log.h>
+#include <wx/thread.h>
+
+#include "core/core_log.h"
+#include "core/engine/checker_plan.h"
+#include "core/engine/engine_mailbox.h"
+#include "core/jobs/job.h"
+
+namespace {
+
+void RunJob(const std::shared_ptr<Job>& job, int delayMs, const std::shared_ptr<EngineMailbox>& mailbox)
+{
+    // A closing program starts no more jobs.
+    if (!mailbox->IsClosed()) {
+        const bool suppressed = mailbox->IsSilent() && IsSuppressedInSilentMode(job->GetType());
+        if (!suppressed) {
+            if (delayMs > 0)
+                std::this_thread::sleep_for(std::chrono::milliseconds(delayMs));
+            job->Execute();
+        }
+    }
+    // Chaining runs for every thread that reaches its end, a suppressed job
+    // included. The list is the copy's own, so edits cannot disturb it.
+    for (std::int32_t jid : job->GetAssociatedJids()) {
+        if (jid == job->GetId())
+            continue;  // never straight back to itself
+        EngineRequest request;
+        request.kind = EngineRequest::Kind::RunJobById;
+        request.jid = jid;
+        request.delayMs = job->GetJobInterval();
+        mailbox->Post(std::move(request));
+    }
+    wxLogMessage("%d <<- [JID_%d, ThreadID_%zu] Exit", LogMs(), job->GetId(),
+                 static_cast<std::size_t>(wxThread::GetCurrentId()));
+}
+
+}  // namespace
+
+std::shared_ptr<Job> SnapshotJob(const Job& job)
+{
+    std::shared_ptr<Job> copy = CreateJob(job.GetType());
+    if (!copy)
+        return nullptr;
+    JobParam param;
+    job.GetParam(param);
+    copy->SetParam(param);
+    copy->SetWarnBeforeRun(job.IsWarnBeforeRun());
+    return copy;
+}
+
+std::size_t StartJobThread(std::shared_ptr<Job> job, int delayMs, std::shared_ptr<EngineMailbox> mailbox)
+{
+    try {
+        std::promise<std::size_t> started;
+        std::future<std::size_t> id = started.get_future();
+        std::thread thread([job, delayMs, mailbox, &started]() {
+            started.set_value(static_cast<std::size_t>(wxThread::GetCurrentId()));
+            RunJob(job, delayMs, mailbox);
+        });
+        thread.detach();
+        return id.get();
+    } catch (const std::system_error&) {
+        return 0;
+    }
+}

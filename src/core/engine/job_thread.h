@@ -1,0 +1,17 @@
+#pragma once
+// One job run on a thread of its own: silent mode, the delay, Execute, then
+// the chained (associated) jobs.
+
+#include <cstddef>
+#include <memory>
+
+class EngineMailbox;
+class Job;
+
+// Starts a detached thread that runs `job` (a private copy: the main thread
+// may edit or delete the original meanwhile) after `delayMs`. Returns the
+// new thread's id, or 0 when the thread could not be created.
+std::size_t StartJobThread(std::shared_ptr<Job> job, int delayMs, std::shared_ptr<EngineMailbox> mailbox);
+
+// A copy of the job: same kind and values, not owned by any scheduler.
+std::shared_ptr<Job> SnapshotJob(const Job& job);

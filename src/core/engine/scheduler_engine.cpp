@@ -1,0 +1,181 @@
+#include "core/engine/scheduler_engine.h"
+
+#include <chrono>
+#include <system_error>
+
+#include <wx/log.h>
+#include <wx/thread.h>
+
+#include "core/clock.h"
+#include "core/core_log.h"
+#include "core/engine/job_thread.h"
+#include "core/user_messages.h"
+
+SchedulerEngine::SchedulerEngine(Scheduler& scheduler, EngineHost& host)
+    : m_scheduler(scheduler), m_host(host),
+      m_mailbox(std::make_shared<EngineMailbox>([&host] { host.WakeMainThread(); }))
+{
+    m_scheduler.SetJobRunRequests(this);
+}
+
+SchedulerEngine::~SchedulerEngine()
+{
+    Shutdown();
+    m_scheduler.SetJobRunRequests(nullptr);
+}
+
+void SchedulerEngine::StartChecking()
+{
+    if (m_bStarted)
+        return;
+    wxLogMessage("%d *** CadrelleFrame::Onm_timerTrigger", LogMs());
+    m_scheduler.SetStopCheck(0);
+    m_scheduler.PrepareWithStartTriggers();
+    wxLogMessage("%d *** Starting CheckTriggerFireThreadEx by thread index >>>>>>", LogMs());
+    StartCheckerThreads();
+    m_bStarted = true;
+}
+
+void SchedulerEngine::StartCheckerThreads()
+{
+    // Threads of an earlier run end within one pass of stopCheck = 1.
+    JoinCheckerThreads();
+    std::size_t total = 0;
+    std::size_t active = 0;
+    {
+        auto lock = m_scheduler.ReadLock();
+        m_scheduler.CountTriggers(total, active);
+    }
+    const CheckerPlan plan = ChooseCheckerPlan(total);
+    m_nThreadCnt = plan.threadCount;
+    m_nCheckTriggerCnt = plan.checkTriggerCnt;
+    for (std::size_t index = 0; index < plan.threadCount; ++index) {
+        try {
+            m_checkers.emplace_back([this, count = plan.threadCount, index] { CheckerLoop(count, index); });
+        } catch (const std::system_error&) {
+            GetUserMessages().ShowMessage("Can't create thread!", "Cadrelle");
+            break;
+        }
+        wxLogMessage("%d ### CheckTriggerFireThreadEx[ThreadID_%zu, nThreadCnt_%zu, nThreadIdx_%zu, "
+                     "nCheckTriggerCnt_%zu] Start >>>>>>",
+                     LogMs(), static_cast<std::size_t>(m_checkers.back().native_handle()), plan.threadCount, index,
+                     plan.checkTriggerCnt);
+    }
+}
+
+void SchedulerEngine::JoinCheckerThreads()
+{
+    for (std::thread& checker : m_checkers) {
+        if (checker.joinable())
+            checker.join();
+    }
+    m_checkers.clear();
+}
+
+void SchedulerEngine::CheckerLoop(std::size_t count, std::size_t index)
+{
+    for (;;) {
+        if (m_scheduler.GetStopCheck() == 1)
+            break;
+        m_scheduler.CheckTriggerShare(count, index, *this);
+        std::this_thread::sleep_for(std::chrono::milliseconds(kCheckPeriodMs));
+    }
+}
+
+bool SchedulerEngine::TogglePause()
+{
+    if (!m_bStarted)
+        return false;
+    if (m_scheduler.GetStopCheck() != 0) {
+        m_scheduler.SetStopCheck(0);
+        StartCheckerThreads();
+        return false;
+    }
+    m_scheduler.SetStopCheck(1);
+    return true;
+}
+
+bool SchedulerEngine::IsPaused() const
+{
+    return m_bStarted && m_scheduler.GetStopCheck() != 0;
+}
+
+void SchedulerEngine::Shutdown()
+{
+    m_scheduler.SetStopCheck(1);
+    JoinCheckerThreads();
+    m_mailbox->Close();
+}
+
+bool SchedulerEngine::RunJob(const std::shared_ptr<Job>& job)
+{
+    EngineRequest request;
+    request.kind = EngineRequest::Kind::RunJob;
+    request.job = job;
+    return m_mailbox->Post(std::move(request));
+}
+
+void SchedulerEngine::AdvanceNotice(const std::shared_ptr<Job>& job)
+{
+    EngineRequest request;
+    request.kind = EngineRequest::Kind::AdvanceNotice;
+    request.job = job;
+    m_mailbox->Post(std::move(request));
+}
+
+void SchedulerEngine::PostJobRun(Job& job, int value)
+{
+    EngineRequest request;
+    request.kind = EngineRequest::Kind::RunJobById;
+    request.jid = job.GetId();
+    request.delayMs = value;
+    m_mailbox->Post(std::move(request));
+}
+
+void SchedulerEngine::ProcessRequests()
+{
+    for (EngineRequest& request : m_mailbox->TakeAll()) {
+        std::shared_ptr<Job> job = request.job;
+        if (request.kind == EngineRequest::Kind::RunJobById) {
+            // A chained or hot-key job is looked up now; one deleted
+            // meanwhile is skipped quietly.
+            auto lock = m_scheduler.ReadLock();
+            job = m_scheduler.GetJobById(request.jid);
+        }
+        if (!job)
+            continue;
+        if (request.kind == EngineRequest::Kind::AdvanceNotice)
+            m_host.AdvanceNotice(*job);
+        else
+            StartJob(job, request.delayMs);
+    }
+}
+
+void SchedulerEngine::StartJob(const std::shared_ptr<Job>& job, int delayMs)
+{
+    std::shared_ptr<Job> snapshot;
+    {
+        auto lock = m_scheduler.ReadLock();
+        snapshot = SnapshotJob(*job);
+    }
+    if (!snapshot)
+        return;
+    const std::size_t threadId = StartJobThread(snapshot, delayMs, m_mailbox);
+    if (threadId == 0) {
+        wxLogMessage("%d *** Can't create thread!", LogMs());
+        return;
+    }
+    wxLogMessage("%d ->> [JID_%d, ThreadID_%zu] %s", LogMs(), snapshot->GetId(), threadId, snapshot->GetSummary());
+    m_host.JobStarted(*job);
+}
+
+void SchedulerEngine::HousekeepingTick()
+{
+    if (!m_scheduler.IsDataChanged())
+        return;
+    const wxDateTime changed = m_scheduler.GetDataChangedTime();
+    const std::int64_t now = GetClock().NowMs();
+    if (changed.IsValid() && now - changed.GetValue().GetValue() <= kDelayedSaveMs)
+        return;
+    m_scheduler.SaveSchedulerData(false);
+}
