@@ -1,5 +1,7 @@
 #include "core/engine/engine_mailbox.h"
 
+#include <chrono>
+
 bool EngineMailbox::Post(EngineRequest request)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
@@ -43,4 +45,23 @@ void EngineMailbox::SetSilent(bool silent)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_bSilent = silent;
+}
+
+void EngineMailbox::JobThreadStarted()
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    ++m_nJobThreads;
+}
+
+void EngineMailbox::JobThreadEnded()
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (--m_nJobThreads == 0)
+        m_jobThreadsDone.notify_all();
+}
+
+bool EngineMailbox::WaitForJobThreads(int timeoutMs)
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    return m_jobThreadsDone.wait_for(lock, std::chrono::milliseconds(timeoutMs), [this] { return m_nJobThreads == 0; });
 }

@@ -4,6 +4,7 @@
 // keep it alive by shared_ptr, so a thread that outlives the engine posts
 // into a closed mailbox instead of into freed memory.
 
+#include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -32,6 +33,13 @@ public:
     void Close();
     bool IsClosed() const;
 
+    // Job threads count themselves in and out, so that a caller can wait
+    // for the running ones to end (tests, an orderly exit).
+    void JobThreadStarted();
+    void JobThreadEnded();
+    // True when no job thread runs any more; false after `timeoutMs`.
+    bool WaitForJobThreads(int timeoutMs);
+
     // 1 normal, 0 silent: read by every job thread when it starts.
     bool IsSilent() const;
     void SetSilent(bool silent);
@@ -40,6 +48,8 @@ private:
     mutable std::mutex m_mutex;
     std::deque<EngineRequest> m_requests;
     std::function<void()> m_wake;
+    std::condition_variable m_jobThreadsDone;
+    int m_nJobThreads = 0;
     bool m_bClosed = false;
     bool m_bSilent = false;
 };

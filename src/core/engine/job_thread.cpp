@@ -1,7 +1,6 @@
 #include "core/engine/job_thread.h"
 
 #include <chrono>
-#include <future>
 #include <system_error>
 #include <thread>
 
@@ -57,16 +56,19 @@ std::shared_ptr<Job> SnapshotJob(const Job& job)
 
 std::size_t StartJobThread(std::shared_ptr<Job> job, int delayMs, std::shared_ptr<EngineMailbox> mailbox)
 {
+    mailbox->JobThreadStarted();
     try {
-        std::promise<std::size_t> started;
-        std::future<std::size_t> id = started.get_future();
-        std::thread thread([job, delayMs, mailbox, &started]() {
-            started.set_value(static_cast<std::size_t>(wxThread::GetCurrentId()));
+        std::thread thread([job, delayMs, mailbox]() {
             RunJob(job, delayMs, mailbox);
+            mailbox->JobThreadEnded();
         });
+        // The native handle is the id the thread itself logs with (no
+        // waiting for the new thread to be scheduled).
+        const auto id = static_cast<std::size_t>(thread.native_handle());
         thread.detach();
-        return id.get();
+        return id;
     } catch (const std::system_error&) {
+        mailbox->JobThreadEnded();
         return 0;
     }
 }

@@ -51,6 +51,10 @@ public:
     // further job starts. Called before the Scheduler goes away.
     void Shutdown();
 
+    // Waits up to `timeoutMs` for running job threads to end; true when none
+    // runs any more. The program itself never waits for its jobs.
+    bool WaitForJobThreads(int timeoutMs) { return m_mailbox->WaitForJobThreads(timeoutMs); }
+
     void SetSilentMode(bool silent) { m_mailbox->SetSilent(silent); }
     bool IsSilentMode() const { return m_mailbox->IsSilent(); }
     std::size_t ThreadCount() const { return m_nThreadCnt.load(); }

@@ -1,6 +1,7 @@
 #include "core/jobs/job.h"
 
 #include "core/text_number.h"
+#include "core/translate.h"
 
 #include <algorithm>
 
@@ -25,7 +26,7 @@ wxString JobTypeName(std::uint32_t type)
     };
     if (type >= NJobTypeCount)
         return wxString();
-    return wxGetTranslation(names[type]);
+    return TranslateFromAnyThread(names[type]);
 }
 
 wxString Job::GetTypeName() const

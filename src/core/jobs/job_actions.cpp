@@ -1,6 +1,7 @@
 #include "core/jobs/job_actions.h"
 
 #include <array>
+#include <mutex>
 
 #include <wx/log.h>
 
@@ -15,16 +16,27 @@ std::array<JobAction, NJobTypeCount>& Actions()
     return actions;
 }
 
+// Registration normally ends before any job thread starts, but a job thread
+// may outlive its engine (a test, a restart): the lock keeps a change of the
+// table from meeting a lookup.
+std::mutex& ActionsMutex()
+{
+    static std::mutex mutex;
+    return mutex;
+}
+
 }  // namespace
 
 void SetJobAction(std::uint32_t type, JobAction action)
 {
+    std::lock_guard<std::mutex> lock(ActionsMutex());
     if (type < NJobTypeCount)
         Actions()[type] = std::move(action);
 }
 
 void ClearJobActions()
 {
+    std::lock_guard<std::mutex> lock(ActionsMutex());
     for (JobAction& action : Actions())
         action = nullptr;
 }
@@ -32,8 +44,14 @@ void ClearJobActions()
 void RunJobAction(Job& job)
 {
     const std::uint32_t type = job.GetType();
-    if (type < NJobTypeCount && Actions()[type]) {
-        Actions()[type](job);
+    JobAction action;
+    {
+        std::lock_guard<std::mutex> lock(ActionsMutex());
+        if (type < NJobTypeCount)
+            action = Actions()[type];
+    }
+    if (action) {
+        action(job);
         return;
     }
     wxLogMessage("%d --- [JID_%d] %s jobs are not available yet; nothing was done", LogMs(),

@@ -1,0 +1,141 @@
+// The firing loop's rules: the thread-count table, the share by TID, the
+// silent-mode set, and what a checker pass posts.
+
+#include "core/engine/checker_plan.h"
+#include "core/scheduler.h"
+#include "trigger_fixture.h"
+
+TEST(CheckerPlan, ThreadCountTableIsExact)
+{
+    struct Case {
+        std::size_t triggers, threads, checks;
+    };
+    const Case cases[] = {{0, 4, 4},    {15, 4, 4},   {16, 8, 4},   {31, 8, 4},    {32, 8, 8},
+                          {63, 8, 8},   {64, 16, 8},  {127, 16, 8}, {128, 16, 16}, {200, 16, 16}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.triggers);
+        const CheckerPlan plan = ChooseCheckerPlan(c.triggers);
+        EXPECT_EQ(plan.threadCount, c.threads);
+        EXPECT_EQ(plan.checkTriggerCnt, c.checks);
+    }
+}
+
+TEST(SilentMode, SuppressesExactlyTheEightKinds)
+{
+    std::vector<std::uint32_t> suppressed;
+    for (std::uint32_t kind = 0; kind < NJobTypeCount; ++kind) {
+        if (IsSuppressedInSilentMode(kind))
+            suppressed.push_back(kind);
+    }
+    // Key Typing is held back while Open Folder runs: the notice shown to
+    // the user differs from this set on purpose.
+    EXPECT_EQ(suppressed, (std::vector<std::uint32_t>{NJobTypeReminder, NJobTypeOpenUrl, NJobTypeOpenFile,
+                                                      NJobTypeExecDosCommand, NJobTypeExecScriptFile, NJobTypeSendKey,
+                                                      NJobTypeKeyTyping, NJobTypeMouseClick}));
+    EXPECT_FALSE(IsSuppressedInSilentMode(NJobTypeOpenFolder));
+    EXPECT_FALSE(IsSuppressedInSilentMode(99));
+}
+
+namespace {
+
+struct RecordingSink : TriggerCheckSink {
+    std::vector<std::int32_t> runs;
+    std::vector<std::int32_t> notices;
+    bool RunJob(const std::shared_ptr<Job>& job) override
+    {
+        runs.push_back(job->GetId());
+        return true;
+    }
+    void AdvanceNotice(const std::shared_ptr<Job>& job) override { notices.push_back(job->GetId()); }
+};
+
+}  // namespace
+
+class CheckerPassTest : public TriggerTest {
+protected:
+    const wxDateTime moment = Local(2026, 11, 23, 8, 0, 0);
+
+    void AddJobWithTrigger(Scheduler& s, std::int32_t jid, std::uint32_t jobKind, std::int64_t tid)
+    {
+        auto trigger = Make(NTriggerTypeSpecTime, "0 0 8 23 11 ? 2026");
+        trigger->SetTid(tid);
+        s.AddTrigger(std::move(trigger), false);
+        std::unique_ptr<Job> job = CreateJob(jobKind);
+        JobParam p;
+        p.id = jid;
+        p.type = jobKind;
+        p.triggerIds = {static_cast<std::int32_t>(tid)};
+        job->SetParam(p);
+        s.AddJob(std::move(job), false);
+    }
+};
+
+TEST_F(CheckerPassTest, OnlyTheThreadWhoseIndexMatchesTheTidChecksATrigger)
+{
+    At(moment, -60000);
+    Scheduler s;
+    AddJobWithTrigger(s, 0, NJobTypeReminder, 5);
+    s.SetDataChanged(false);
+    At(moment, -100);
+    RecordingSink sink;
+    for (std::size_t index : {0u, 2u, 3u})
+        s.CheckTriggerShare(4, index, sink);
+    EXPECT_TRUE(sink.runs.empty());
+    EXPECT_FALSE(s.Triggers()[0]->IsFinished());
+    s.CheckTriggerShare(4, 1, sink);
+    EXPECT_EQ(sink.runs, (std::vector<std::int32_t>{0}));
+    EXPECT_TRUE(s.IsDataChanged());
+    EXPECT_EQ(s.GetDataChangedTime(), clock.Now());
+    // Finished: never looked at again.
+    s.CheckTriggerShare(4, 1, sink);
+    EXPECT_EQ(sink.runs.size(), 1u);
+}
+
+TEST_F(CheckerPassTest, DisabledJobPostsNothingButItsTriggerStillAdvances)
+{
+    At(moment, -60000);
+    Scheduler s;
+    AddJobWithTrigger(s, 0, NJobTypeReminder, 1);
+    s.Jobs()[0]->SetEnable(false);  // the trigger itself stays enabled
+    s.SetDataChanged(false);
+    At(moment, -100);
+    RecordingSink sink;
+    s.CheckTriggerShare(4, 1, sink);
+    EXPECT_TRUE(sink.runs.empty());
+    EXPECT_FALSE(s.IsDataChanged());
+    EXPECT_TRUE(s.Triggers()[0]->IsFinished());
+    EXPECT_EQ(s.Triggers()[0]->GetPrevFire(), moment);
+}
+
+TEST_F(CheckerPassTest, AdvanceNoticeOnceAndOnlyForWarnBeforeRunJobs)
+{
+    At(moment, -60000);
+    Scheduler s;
+    AddJobWithTrigger(s, 0, NJobTypeShutdown, 4);  // announced before it runs
+    AddJobWithTrigger(s, 1, NJobTypeReminder, 8);  // not announced
+    At(moment, -299000);
+    RecordingSink sink;
+    s.CheckTriggerShare(4, 0, sink);
+    EXPECT_EQ(sink.notices, (std::vector<std::int32_t>{0}));
+    EXPECT_TRUE(s.GetTriggerById(4)->IsNoticeGiven());
+    EXPECT_TRUE(s.GetTriggerById(8)->IsNoticeGiven());
+    clock.Advance(1000);
+    s.CheckTriggerShare(4, 0, sink);
+    EXPECT_EQ(sink.notices.size(), 1u);
+    // Editing the trigger clears the flag, so a new notice can come.
+    s.UpdateTrigger(s.GetTriggerById(4), false);
+    EXPECT_FALSE(s.GetTriggerById(4)->IsNoticeGiven());
+}
+
+TEST_F(CheckerPassTest, TriggerBeingEditedIsNeverChecked)
+{
+    At(moment, -60000);
+    Scheduler s;
+    AddJobWithTrigger(s, 0, NJobTypeReminder, 1);
+    s.Triggers()[0]->SetEditing(true);
+    At(moment, -100);
+    RecordingSink sink;
+    s.CheckTriggerShare(4, 1, sink);
+    EXPECT_TRUE(sink.runs.empty());
+    EXPECT_FALSE(s.Triggers()[0]->IsFinished());
+}

@@ -1,0 +1,130 @@
+// Main-thread edits while 16 checker threads and many job threads run. Run
+// it in the ThreadSanitizer and AddressSanitizer builds: the point is that
+// they stay silent.
+
+#include <atomic>
+#include <chrono>
+#include <random>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "core/engine/scheduler_engine.h"
+#include "core/jobs/job_actions.h"
+
+namespace {
+
+class QuietHost : public EngineHost {
+public:
+    void WakeMainThread() override {}
+};
+
+std::unique_ptr<Trigger> EverySecond(std::int64_t tid)
+{
+    std::unique_ptr<Trigger> trigger = CreateTrigger(NTriggerTypeInterval);
+    TriggerParam p;
+    p.tid = static_cast<std::int32_t>(tid);
+    p.type = NTriggerTypeInterval;
+    p.condition = "* * * * * ?";
+    p.prevFire = "0 0 0 1 1 * 1999";
+    p.nextFire = "0 0 0 1 1 * 1999";
+    p.start = "0 0 0 1 1 * 1999";
+    p.end = "59 59 23 31 12 * 2999";
+    trigger->Load(p);
+    return trigger;
+}
+
+}  // namespace
+
+TEST(EngineStress, EditsWhileCheckersAndJobsRun)
+{
+    std::atomic<int> executed{0};
+    for (std::uint32_t kind = 0; kind < NJobTypeCount; ++kind)
+        SetJobAction(kind, [&](Job& job) {
+            executed.fetch_add(1);
+            // Touch what a real action reads.
+            volatile std::size_t length = job.GetSummary().length();
+            (void)length;
+        });
+
+    Scheduler scheduler;
+    std::int64_t nextTid = 0;
+    for (std::int32_t jid = 0; jid < 150; ++jid) {
+        std::unique_ptr<Job> job = CreateJob(static_cast<std::uint32_t>(jid % NJobTypeCount));
+        JobParam p;
+        p.id = jid;
+        p.type = job->GetType();
+        p.triggerIds = {static_cast<std::int32_t>(nextTid)};
+        // Short chains that end: jobs 0..8 lead to 9, 10..18 to 19, ...
+        if (jid % 10 != 9)
+            p.associatedJids = {jid + 1};
+        p.params = {"first", "second"};
+        job->SetParam(p);
+        scheduler.AddTrigger(EverySecond(nextTid++), false);
+        scheduler.AddJob(std::move(job), false);
+    }
+
+    QuietHost host;
+    SchedulerEngine engine(scheduler, host);
+    engine.StartChecking();
+    EXPECT_EQ(engine.ThreadCount(), 16u);
+
+    std::mt19937 rng(7);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(3000);
+    int edits = 0;
+    while (std::chrono::steady_clock::now() < end) {
+        engine.ProcessRequests();
+        const auto& jobs = scheduler.Jobs();
+        Job* job = jobs[rng() % jobs.size()].get();
+        switch (rng() % 6) {
+        case 0: scheduler.SetJobEnable(job, !job->IsEnabled(), true); break;
+        case 1: {
+            // A dialog's edit: in place, under the edit lock.
+            auto lock = scheduler.EditLock();
+            JobParam p;
+            job->GetParam(p);
+            p.description = wxString::Format("edited %d", edits);
+            p.params.push_back("more");
+            job->SetParam(p);
+        } break;
+        case 2: {
+            Trigger* trigger = scheduler.Triggers()[rng() % scheduler.Triggers().size()].get();
+            {
+                auto lock = scheduler.EditLock();
+                trigger->SetCondition(rng() % 2 ? "*/2 * * * * ?" : "* * * * * ?");
+            }
+            scheduler.UpdateTrigger(trigger, true);
+        } break;
+        case 3: {
+            // Replace a job and its trigger: delete, then add anew.
+            const std::int32_t jid = job->GetId();
+            scheduler.DeleteJob(job, true);
+            std::unique_ptr<Job> fresh = CreateJob(NJobTypeSendUdpMsg);
+            JobParam p;
+            p.id = jid;
+            p.type = NJobTypeSendUdpMsg;
+            p.triggerIds = {static_cast<std::int32_t>(nextTid)};
+            if (jid % 10 != 9)
+                p.associatedJids = {jid + 1};
+            fresh->SetParam(p);
+            scheduler.AddTrigger(EverySecond(nextTid++), true);
+            scheduler.AddJob(std::move(fresh), true);
+        } break;
+        case 4: scheduler.RunJobByNumber(static_cast<std::int32_t>(rng() % 100)); break;
+        default: {
+            scheduler.SetDataChanged(true);
+            std::string ignored;
+            std::size_t total = 0, active = 0;
+            auto lock = scheduler.ReadLock();
+            scheduler.CountTriggers(total, active);
+        } break;
+        }
+        ++edits;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    engine.Shutdown();
+    EXPECT_TRUE(engine.WaitForJobThreads(10000));
+    ClearJobActions();
+    EXPECT_GT(edits, 500);
+    EXPECT_GT(executed.load(), 100);
+}
