@@ -45,6 +45,7 @@ TEST(CronNextCommand, RejectsBadInput) {
 
     const std::vector<std::vector<std::string>> usage = {
         {},
+        {"--count", "3"},
         {"* * * * * *", "--count", "0"},
         {"* * * * * *", "--count", "x"},
         {"* * * * * *", "--count"},

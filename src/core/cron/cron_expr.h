@@ -7,6 +7,7 @@
 #include <ctime>
 #include <exception>
 #include <string>
+#include <utility>
 
 namespace cron {
 

@@ -66,12 +66,17 @@ std::string FormatLocal(std::time_t t) {
 
 int RunCronNextCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
                        std::time_t now) {
-    if (args.empty()) return UsageError(err, "missing cron expression");
+    // No expression starts with "--", so that is an option given too early.
+    if (args.empty() || args[0].rfind("--", 0) == 0) {
+        return UsageError(err, "missing cron expression");
+    }
     long count = 5;
     std::time_t from = now;
     for (std::size_t i = 1; i < args.size(); ++i) {
         const std::string& opt = args[i];
-        if (opt != "--count" && opt != "--from") return UsageError(err, "unknown argument '" + opt + "'");
+        if (opt != "--count" && opt != "--from") {
+            return UsageError(err, "unknown argument '" + opt + "'");
+        }
         if (i + 1 >= args.size()) return UsageError(err, opt + " needs a value");
         const std::string& value = args[++i];
         if (opt == "--count") {
@@ -85,11 +90,12 @@ int RunCronNextCommand(const std::vector<std::string>& args, std::ostream& out, 
                 return UsageError(err, "--from needs a local time \"YYYY-MM-DD HH:MM:SS\", not '" +
                                            value + "'");
             }
-            long long offset = 0;
-            if (!cron::OffsetAt(static_cast<std::time_t>(cron::CivilSeconds(c)), offset)) offset = 0;
+            long long offset = 0;  // only a hint for the lookup
+            cron::OffsetAt(static_cast<std::time_t>(cron::CivilSeconds(c)), offset);
             // A time shown twice means its first occurrence, as for firing.
             if (cron::FirstOccurrence(c, offset, from) != cron::LocalLookup::Found) {
-                return UsageError(err, "--from names a local time that does not exist: '" + value + "'");
+                return UsageError(err, "--from names a local time that does not exist: '" +
+                                           value + "'");
             }
         }
     }

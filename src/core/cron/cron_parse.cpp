@@ -51,7 +51,9 @@ Range ReadRange(const std::string& item, unsigned min, unsigned max) {
 
 // Sets the bits of one field; bit (value - min) stands for value.
 std::uint64_t ReadField(const std::string& text, unsigned min, unsigned max) {
-    if (!text.empty() && text.back() == ',') throw cron::bad_cronexpr("Value cannot end with comma");
+    if (!text.empty() && text.back() == ',') {
+        throw cron::bad_cronexpr("Value cannot end with comma");
+    }
     const std::vector<std::string> items = cron::SplitText(text, ',');
     if (items.empty()) throw cron::bad_cronexpr("Expression parsing error");
 
