@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-std::int64_t SystemClock::NowMs() const
+std::int64_t SystemClock::ReadMs() const
 {
     using namespace std::chrono;
     return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
@@ -21,4 +21,9 @@ Clock& GetClock()
 void SetClock(Clock* clock)
 {
     g_clock.store(clock ? clock : &g_systemClock, std::memory_order_release);
+}
+
+ClockPassScope::ClockPassScope()
+{
+    t_clockPassTimeMs = GetClock().ReadMs();
 }

@@ -142,6 +142,14 @@ void Scheduler::RemoveTrigger(Trigger* trigger)
                            [trigger](const TriggerPtr& t) { return t.get() == trigger; });
     if (it != m_triggers.end())
         m_triggers.erase(it);
+    RebuildTriggerTids();
+}
+
+void Scheduler::RebuildTriggerTids()
+{
+    m_triggerTids.resize(m_triggers.size());
+    for (std::size_t i = 0; i < m_triggers.size(); ++i)
+        m_triggerTids[i] = m_triggers[i]->GetTid();
 }
 
 void Scheduler::DeleteTriggerLocked(Trigger* trigger)
@@ -195,6 +203,7 @@ void Scheduler::AddTrigger(std::unique_ptr<Trigger> trigger, bool notify)
         added->SetFinished(false);
         added->SetStatus(NTriggerStatusFired);
         m_triggers.push_back(std::move(added));
+        RebuildTriggerTids();
         SetDataChanged(true);
     }
     if (notify)
@@ -210,6 +219,7 @@ void Scheduler::UpdateTrigger(Trigger* trigger, bool notify)
         trigger->SetChanged(true);
         trigger->SetFinished(false);
         trigger->SetNoticeGiven(false);
+        RebuildTriggerTids();  // the dialog may have given it another TID
         SetDataChanged(true);
     }
     if (notify)
@@ -219,9 +229,13 @@ void Scheduler::UpdateTrigger(Trigger* trigger, bool notify)
 void Scheduler::CheckTriggerShare(std::size_t count, std::size_t index, TriggerCheckSink& sink)
 {
     auto lock = ReadLock();
-    for (const TriggerPtr& trigger : m_triggers) {
-        if (static_cast<std::uint64_t>(trigger->GetTid()) % count != index)
+    const ClockPassScope pass;
+    // The TIDs sit side by side, so finding this thread's share does not
+    // touch every trigger object.
+    for (std::size_t i = 0; i < m_triggerTids.size(); ++i) {
+        if (static_cast<std::uint64_t>(m_triggerTids[i]) % count != index)
             continue;
+        const TriggerPtr& trigger = m_triggers[i];
         if (!trigger->IsEnabled() || trigger->IsFinished() || trigger->IsEditing())
             continue;
         if (trigger->CheckAndAdvance()) {

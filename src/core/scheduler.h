@@ -137,6 +137,8 @@ private:
     void NotifyJobs();
     void NotifyTriggers();
     void RemoveTrigger(Trigger* trigger);
+    // Refreshes m_triggerTids after any change of the trigger list.
+    void RebuildTriggerTids();
 
     DataFilePaths m_paths;
     std::vector<JobPtr> m_jobs;
@@ -144,6 +146,7 @@ private:
     std::vector<Job*> m_jobsByJobType;
     std::vector<Job*> m_jobsByStatus;
     std::vector<TriggerPtr> m_triggers;
+    std::vector<std::int64_t> m_triggerTids;  // the TIDs of m_triggers, same order
     std::unordered_map<std::int32_t, JobPtr> m_triggerOwners;
     mutable std::shared_mutex m_listMutex;
     JobObserver* m_pJobObserver = nullptr;

@@ -12,6 +12,7 @@
 #include "core/data/atomic_file.h"
 #include "core/data/xml_check.h"
 #include "core/data/xml_writer.h"
+#include "core/memory_trim.h"
 #include "core/scheduler.h"
 #include "core/text_number.h"
 
@@ -91,13 +92,13 @@ DataLoadReport Scheduler::LoadSchedulerData(bool keepUnreadableCopies)
         report.source = DataLoadReport::Source::Fallback;
     }
 
-    wxXmlDocument document;
+    auto document = std::make_unique<wxXmlDocument>();
     bool loaded = false;
     {
         wxLogNull quiet;  // the reason is reported below, never in a dialog
-        loaded = document.Load(source, "UTF-8");
+        loaded = document->Load(source, "UTF-8");
     }
-    const wxXmlNode* root = loaded ? document.GetRoot() : nullptr;
+    const wxXmlNode* root = loaded ? document->GetRoot() : nullptr;
     if (!root || !root->GetName().IsSameAs("SCHEDULER", false)) {
         wxLogMessage("%d ### %s holds no SCHEDULER element; starting with no jobs", LogMs(), source);
         keep(source);
@@ -160,6 +161,11 @@ DataLoadReport Scheduler::LoadSchedulerData(bool keepUnreadableCopies)
         }
     }
 
+    RebuildTriggerTids();
+    // The tree of a large file is many times the size of what was built
+    // from it; give its memory back rather than keep the peak resident.
+    document.reset();
+    ReturnFreeMemoryToSystem();
     std::unordered_map<std::int64_t, Trigger*> byTid;
     byTid.reserve(m_triggers.size());
     for (const TriggerPtr& trigger : m_triggers)

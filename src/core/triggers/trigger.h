@@ -110,7 +110,12 @@ public:
     bool IsNoticeGiven() const { return m_bNoticeGiven.load(std::memory_order_relaxed); }
     void SetNoticeGiven(bool given) { m_bNoticeGiven.store(given, std::memory_order_relaxed); }
     std::uint32_t GetStatus() const { return m_nStatus.load(std::memory_order_relaxed); }
-    void SetStatus(std::uint32_t status) { m_nStatus.store(status, std::memory_order_relaxed); }
+    void SetStatus(std::uint32_t status)
+    {
+        // Checked twenty times a second: do not dirty the line needlessly.
+        if (m_nStatus.load(std::memory_order_relaxed) != status)
+            m_nStatus.store(status, std::memory_order_relaxed);
+    }
 
     // Times are returned by value: a checker thread may be changing them.
     wxDateTime GetPrevFire() const { return m_dtPrevFire.Get(); }

@@ -52,7 +52,11 @@ public:
         return ms == kInvalid ? wxDateTime() : FromMs(ms);
     }
     std::int64_t Ms() const { return m_ms.load(std::memory_order_relaxed); }
-    void SetMs(std::int64_t ms) { m_ms.store(ms, std::memory_order_relaxed); }
+    void SetMs(std::int64_t ms)
+    {
+        if (m_ms.load(std::memory_order_relaxed) != ms)
+            m_ms.store(ms, std::memory_order_relaxed);
+    }
     bool IsValid() const { return Ms() != kInvalid; }
 
 private:

@@ -1,0 +1,63 @@
+#!/usr/bin/env bash
+# Whole-program figures of the headless scheduler:
+#  1. CPU (% of one core, averaged over 30 s) and resident memory with 10,000
+#     enabled recurring triggers that do not fire during the measurement;
+#  2. the firing error of a few hundred firings (each job must start within
+#     the 200 ms before its moment).
+# Usage: bench/scripts/headless_cpu.sh [path/to/cadrelle] [seconds]
+set -euo pipefail
+here="$(cd "$(dirname "$0")" && pwd)"
+bin="${1:-$here/../../build/src/app/cadrelle}"
+seconds="${2:-30}"
+work="$(mktemp -d /tmp/cadrelle-bench-XXXXXX)"
+trap 'rm -rf "$work"' EXIT
+clk=$(getconf CLK_TCK)
+
+run_headless() {  # $1 = app folder; leaves the pid in $pid
+  mkdir -p "$work/home"
+  HOME="$work/home" XDG_CONFIG_HOME="$work/home/.config" XDG_DATA_HOME="$work/home/.local/share" \
+    "$bin" --headless --app-dir "$1" > "$1/output.txt" 2>&1 &
+  pid=$!
+}
+
+cpu_ticks() { awk '{print $14 + $15}' "/proc/$1/stat"; }
+
+# 1. Idle load: New Year's midnight never comes during the run.
+mkdir -p "$work/idle/data"
+python3 "$here/make_data_file.py" "$work/idle/data/data1.xml" 10000 "0 0 0 1 1 ?"
+run_headless "$work/idle"
+sleep 8   # start-up, load and the first checker passes
+t0=$(cpu_ticks "$pid"); s0=$(date +%s.%N)
+sleep "$seconds"
+t1=$(cpu_ticks "$pid"); s1=$(date +%s.%N)
+rss_kb=$(awk '/VmRSS/ {print $2}' "/proc/$pid/status")
+threads=$(ls "/proc/$pid/task" | wc -l)
+kill -TERM "$pid"; wait "$pid" || true
+cpu=$(python3 -c "print(f'{100.0 * ($t1 - $t0) / $clk / ($s1 - $s0):.2f}')")
+echo "idle, 10000 recurring triggers: CPU ${cpu}% of one core over ${seconds} s; RSS $((rss_kb / 1024)) MB; threads ${threads}"
+
+# 2. Firing error: 300 triggers every second for about 4 seconds.
+mkdir -p "$work/fire/data"
+python3 "$here/make_data_file.py" "$work/fire/data/data1.xml" 300 "* * * * * ?"
+run_headless "$work/fire"
+sleep 6.5
+kill -TERM "$pid"; wait "$pid" || true
+python3 - "$work/fire/output.txt" <<'PY'
+import re, sys
+# "HH:MM:SS: ms ->> [JID_n, ...": the job thread started ms before the next
+# whole second (the trigger's moment).
+errors = []
+for line in open(sys.argv[1], encoding="utf-8", errors="replace"):
+    m = re.match(r"(\d\d):(\d\d):(\d\d): (\d+) ->> \[JID_", line)
+    if m:
+        ms = int(m.group(4))
+        # Positive: started this long before the whole second; negative: late.
+        errors.append(1000 - ms if ms >= 500 else -ms)
+if not errors:
+    print("firing error: no firings seen"); sys.exit(1)
+inside = sum(1 for e in errors if 0 <= e <= 200)
+errors.sort()
+print(f"firing error over {len(errors)} firings (job thread started, ms before the moment; negative = late): "
+      f"min {errors[0]}, median {errors[len(errors)//2]}, max {errors[-1]}; "
+      f"{inside}/{len(errors)} inside the 200 ms window")
+PY
