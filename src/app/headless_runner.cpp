@@ -8,14 +8,13 @@
 #include <mutex>
 
 #include <wx/log.h>
-#include <wx/snglinst.h>
-#include <wx/utils.h>
 
 #include "core/app_start_time.h"
 #include "core/clock.h"
 #include "core/core_log.h"
 #include "core/engine/scheduler_engine.h"
 #include "core/scheduler.h"
+#include "desktop/single_instance.h"
 #include "desktop/headless_actions.h"
 
 namespace {
@@ -62,10 +61,9 @@ private:
 
 int RunHeadless(const wxString& appDir)
 {
-    // One scheduler per user, whatever its mode.
-    wxSingleInstanceChecker instance;
-    if (instance.Create("Cadrelle-" + wxGetUserId()) && instance.IsAnotherRunning()) {
-        std::cerr << "Another program instance is already running, aborting." << std::endl;
+    const SingleInstanceGuard instance;
+    if (instance.IsAnotherRunning()) {
+        std::cerr << SingleInstanceGuard::RefusalMessage() << std::endl;
         return 1;
     }
     std::signal(SIGINT, OnStopSignal);

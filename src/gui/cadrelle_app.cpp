@@ -2,7 +2,10 @@
 
 #include <wx/log.h>
 
+#include <wx/msgdlg.h>
+
 #include "core/app_dir.h"
+#include "core/app_start_time.h"
 #include "desktop/platform/idle_time_platform.h"
 #include "gui/gui_user_messages.h"
 #include "gui/main_frame.h"
@@ -27,6 +30,12 @@ bool CadrelleApp::OnInit()
     // Log lines go to standard error, never into dialogs.
     delete wxLog::SetActiveTarget(new wxLogStderr);
     SetUserMessages(&g_userMessages);
+    m_pInstance = std::make_unique<SingleInstanceGuard>();
+    if (m_pInstance->IsAnotherRunning()) {
+        wxMessageBox(wxGetTranslation(SingleInstanceGuard::RefusalMessage()), "Cadrelle", wxOK | wxICON_ERROR);
+        return false;
+    }
+    SetAppStartTime(wxDateTime::UNow());
     g_idleTime = CreatePlatformIdleTimeSource();
     SetIdleTimeSource(g_idleTime.get());
     auto* frame = new CadrelleFrame(ChooseAppDir(g_appDirOverride, ExecutableDir()));

@@ -4,6 +4,8 @@
 
 #include <wx/app.h>
 
+#include "desktop/single_instance.h"
+
 class CadrelleApp : public wxApp {
 public:
     // The --app-dir given on the command line (empty when none).
@@ -11,6 +13,9 @@ public:
 
     bool OnInit() override;
     int OnExit() override;
+
+private:
+    std::unique_ptr<SingleInstanceGuard> m_pInstance;
 };
 
 wxDECLARE_APP(CadrelleApp);

@@ -8,7 +8,13 @@
 
 namespace {
 
-enum { ID_LISTCTRL_JOBS = wxID_HIGHEST + 1, ID_LISTCTRL_TRIGGERS };
+enum { ID_LISTCTRL_JOBS = wxID_HIGHEST + 1, ID_LISTCTRL_TRIGGERS, ID_TIMER_TRIGGER, ID_TIMER_HOUSEKEEPING };
+
+// The trigger timer's period; only its first tick does anything.
+constexpr int kTriggerTimerMs = 2000;
+constexpr int kHousekeepingMs = 1000;
+// Above this many triggers the list is not refreshed every second.
+constexpr std::size_t kLiveRefreshLimit = 500;
 
 wxString FormatMoment(const wxDateTime& dt)
 {
@@ -19,9 +25,11 @@ wxString FormatMoment(const wxDateTime& dt)
 
 CadrelleFrame::CadrelleFrame(const wxString& appDir)
     : wxFrame(nullptr, wxID_ANY, "Cadrelle", wxDefaultPosition, wxSize(900, 560)),
-      m_pScheduler(std::make_unique<Scheduler>(appDir))
+      m_pScheduler(std::make_unique<Scheduler>(appDir)), m_timerTrigger(this, ID_TIMER_TRIGGER),
+      m_timerHousekeeping(this, ID_TIMER_HOUSEKEEPING)
 {
     const DataLoadReport report = m_pScheduler->LoadSchedulerData();
+    m_pEngine = std::make_unique<SchedulerEngine>(*m_pScheduler, *this);
 
     auto* splitter = new wxSplitterWindow(this, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxSP_LIVE_UPDATE);
     m_pLcJob = new wxListCtrl(splitter, ID_LISTCTRL_JOBS, wxDefaultPosition, wxDefaultSize,
@@ -44,21 +52,66 @@ CadrelleFrame::CadrelleFrame(const wxString& appDir)
     FillTriggerList();
 
     CreateStatusBar();
-    wxString status = wxString::Format("%zu jobs, %zu triggers", m_pScheduler->Jobs().size(),
-                                       m_pScheduler->Triggers().size());
     if (!report.keptCopies.empty())
-        status += wxString::Format(" - an unreadable data file was kept as %s", report.keptCopies.front());
-    SetStatusText(status);
+        m_strLoadNote = wxString::Format(" - an unreadable data file was kept as %s", report.keptCopies.front());
+    UpdateStatusBar();
+
+    Bind(wxEVT_TIMER, &CadrelleFrame::Onm_timerTrigger, this, ID_TIMER_TRIGGER);
+    Bind(wxEVT_TIMER, &CadrelleFrame::OnHousekeeping, this, ID_TIMER_HOUSEKEEPING);
+    m_timerTrigger.Start(kTriggerTimerMs);
+    m_timerHousekeeping.Start(kHousekeepingMs);
 }
 
 CadrelleFrame::~CadrelleFrame()
 {
+    m_timerTrigger.Stop();
+    m_timerHousekeeping.Stop();
+    // Checker threads stop and are waited for before anything is saved.
+    m_pEngine->Shutdown();
     m_pScheduler->SetDataChanged(true);
     m_pScheduler->SaveSchedulerData(true);
+    m_pEngine.reset();
+}
+
+void CadrelleFrame::WakeMainThread()
+{
+    // Any thread; queued to the main thread, never run on the caller's.
+    CallAfter([this] {
+        if (m_pEngine)
+            m_pEngine->ProcessRequests();
+    });
+}
+
+void CadrelleFrame::JobStarted(const Job&)
+{
+    if (m_pScheduler->Triggers().size() <= kLiveRefreshLimit)
+        FillTriggerList();
+}
+
+void CadrelleFrame::Onm_timerTrigger(wxTimerEvent&)
+{
+    m_timerTrigger.Stop();
+    m_pEngine->StartChecking();
+    UpdateStatusBar();
+}
+
+void CadrelleFrame::OnHousekeeping(wxTimerEvent&)
+{
+    m_pEngine->HousekeepingTick();
+}
+
+void CadrelleFrame::UpdateStatusBar()
+{
+    wxString status = wxString::Format("%zu jobs, %zu triggers", m_pScheduler->Jobs().size(),
+                                       m_pScheduler->Triggers().size());
+    if (m_pEngine && m_pEngine->IsStarted())
+        status += wxString::Format(" - checking with %zu threads", m_pEngine->ThreadCount());
+    SetStatusText(status + m_strLoadNote);
 }
 
 void CadrelleFrame::FillJobList()
 {
+    auto lock = m_pScheduler->ReadLock();
     m_pLcJob->DeleteAllItems();
     long row = 0;
     for (const Scheduler::JobPtr& job : m_pScheduler->Jobs()) {
@@ -72,6 +125,8 @@ void CadrelleFrame::FillJobList()
 
 void CadrelleFrame::FillTriggerList()
 {
+    auto lock = m_pScheduler->ReadLock();
+    m_pLcTrigger->Freeze();
     m_pLcTrigger->DeleteAllItems();
     long row = 0;
     for (const Scheduler::TriggerPtr& trigger : m_pScheduler->Triggers()) {
@@ -82,4 +137,5 @@ void CadrelleFrame::FillTriggerList()
         m_pLcTrigger->SetItem(item, 4, FormatMoment(trigger->GetPrevFire()));
         m_pLcTrigger->SetItem(item, 5, FormatMoment(trigger->GetNextFire()));
     }
+    m_pLcTrigger->Thaw();
 }
