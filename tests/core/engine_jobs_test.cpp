@@ -181,3 +181,55 @@ TEST_F(EngineJobsTest, ARunningJobUsesItsOwnCopyWhileTheOriginalIsEditedOrDelete
     EXPECT_EQ(runs.Ids(), (std::vector<std::int32_t>{5}));
     EXPECT_EQ(seen, "http://127.0.0.1:9/before");
 }
+
+namespace {
+
+std::unique_ptr<Trigger> EverySecondTrigger(std::int64_t tid)
+{
+    std::unique_ptr<Trigger> trigger = CreateTrigger(NTriggerTypeInterval);
+    TriggerParam p;
+    p.tid = static_cast<std::int32_t>(tid);
+    p.type = NTriggerTypeInterval;
+    p.condition = "* * * * * ?";
+    p.prevFire = "0 0 0 1 1 * 1999";
+    p.nextFire = "0 0 0 1 1 * 1999";
+    p.start = "0 0 0 1 1 * 1999";
+    p.end = "59 59 23 31 12 * 2999";
+    trigger->Load(p);
+    return trigger;
+}
+
+}  // namespace
+
+TEST_F(EngineJobsTest, PauseStopsTheCheckersAndASecondToggleStartsFreshOnes)
+{
+    EXPECT_FALSE(engine.TogglePause());  // before the start: nothing happens
+    EXPECT_FALSE(engine.IsPaused());
+    scheduler.AddTrigger(EverySecondTrigger(1), false);
+    Job* job = AddJob(0, NJobTypeSendUdpMsg);
+    {
+        auto lock = scheduler.EditLock();
+        job->TriggerIds().push_back(1);
+    }
+    scheduler.UpdateJob(job, false);
+    engine.StartChecking();
+    EXPECT_EQ(engine.ThreadCount(), 4u);
+    PumpUntil(1, std::chrono::milliseconds(2500));
+    ASSERT_GE(runs.Count(), 1u);
+
+    EXPECT_TRUE(engine.TogglePause());
+    EXPECT_TRUE(engine.IsPaused());
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));  // the checkers see stopCheck
+    const wxDateTime pausedAt = scheduler.Triggers()[0]->GetPrevFire();
+    const std::size_t runsBefore = runs.Count();
+    std::this_thread::sleep_for(std::chrono::milliseconds(2200));
+    engine.ProcessRequests();
+    EXPECT_EQ(scheduler.Triggers()[0]->GetPrevFire(), pausedAt);
+    EXPECT_EQ(runs.Count(), runsBefore);
+
+    EXPECT_FALSE(engine.TogglePause());
+    EXPECT_FALSE(engine.IsPaused());
+    PumpUntil(runsBefore + 1, std::chrono::milliseconds(2500));
+    EXPECT_GT(runs.Count(), runsBefore);
+    EXPECT_GT(scheduler.Triggers()[0]->GetPrevFire(), pausedAt);
+}

@@ -95,6 +95,17 @@ bool SchedulerEngine::TogglePause()
     return true;
 }
 
+std::size_t SchedulerEngine::ResetWithStartTriggers()
+{
+    std::size_t reset = 0;
+    {
+        auto lock = m_scheduler.EditLock();
+        reset = m_scheduler.PrepareWithStartTriggers();
+    }
+    wxLogMessage("%d ### %zu WithStart triggers reset.", LogMs(), reset);
+    return reset;
+}
+
 bool SchedulerEngine::IsPaused() const
 {
     return m_bStarted && m_scheduler.GetStopCheck() != 0;

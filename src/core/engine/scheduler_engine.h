@@ -47,6 +47,9 @@ public:
     // Pause mode on/off (nothing before StartChecking). True when paused now.
     bool TogglePause();
     bool IsPaused() const;
+    // The reset command: arms the unfired With Start triggers again from now
+    // and logs "%zd WithStart triggers reset."; returns the count.
+    std::size_t ResetWithStartTriggers();
     // Stops the checker threads and waits for them; closes the mailbox so no
     // further job starts. Called before the Scheduler goes away.
     void Shutdown();
