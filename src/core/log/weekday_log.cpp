@@ -1,0 +1,245 @@
+#include "core/log/weekday_log.h"
+
+#include <atomic>
+#include <filesystem>
+#include <iostream>
+#include <system_error>
+
+#include <wx/datetime.h>
+#include <wx/log.h>
+#include <wx/thread.h>
+#include <wx/time.h>
+
+#include "core/clock.h"
+#include "core/core_log.h"
+
+namespace {
+
+constexpr const char* kTimestampFormat = "%m-%d %X";
+// The version line of the start banner.
+constexpr const char* kVersionText = "6.6.0.0";
+constexpr int kBuildNumber = 1;
+constexpr const char* kBuildFlavour = "Release";
+constexpr const char* kBuildYear = "2023";
+
+std::atomic<bool> g_loggingCheckHasRun{false};
+
+// The stamp comes from the core clock, so tests that drive a ManualClock get
+// the stamps they set. Records of other threads are written later, when the
+// main thread flushes; they are moved back by the time they waited (measured
+// on the clock wxWidgets stamped them with), so their second matches their
+// millisecond field, which was taken when they were logged.
+class CoreClockFormatter final : public wxLogFormatter {
+public:
+    wxString Format(wxLogLevel level, const wxString& msg, const wxLogRecordInfo& info) const override
+    {
+        wxString line;
+        const wxString& format = wxLog::GetTimestamp();
+        if (!format.empty())
+            line << wxDateTime(wxLongLong(StampMs(info))).Format(format) << ": ";
+        switch (level) {
+        case wxLOG_Error:
+            line << "Error: ";
+            break;
+        case wxLOG_Warning:
+            line << "Warning: ";
+            break;
+        case wxLOG_Debug:
+            line << "Debug: ";
+            break;
+        case wxLOG_Trace:
+            line << "Trace: ";
+            break;
+        default:
+            break;
+        }
+        return line << msg;
+    }
+
+private:
+    static std::int64_t StampMs(const wxLogRecordInfo& info)
+    {
+        std::int64_t ms = GetClock().NowMs();
+        if (info.threadId != wxThread::GetMainId()) {
+            const std::int64_t waited = wxGetUTCTimeMillis().GetValue() - info.timestampMS;
+            if (waited > 0)
+                ms -= waited;
+        }
+        return ms;
+    }
+};
+
+}  // namespace
+
+// The active wxLog target while the log is open. wxWidgets calls it on the
+// main thread only (records of other threads are replayed there), and it
+// writes only there, so the file never sees two writers.
+class WeekdayLogTarget final : public wxLog {
+public:
+    WeekdayLogTarget() { SetFormatter(new CoreClockFormatter); }
+    void SetFile(std::FILE* file) { m_pFile = file; }
+
+    void Flush() override
+    {
+        if (m_pFile && wxThread::IsMain())
+            std::fflush(m_pFile);
+        wxLog::Flush();
+    }
+
+protected:
+    void DoLogText(const wxString& msg) override
+    {
+        // Without a file (a failed open) the line is lost, as intended; a
+        // thread-specific use of this target by a worker is refused.
+        if (!m_pFile || !wxThread::IsMain())
+            return;
+        const wxString line = msg + "\n";
+        const wxScopedCharBuffer text = line.utf8_str();  // may point into `line`
+        std::fwrite(text.data(), 1, text.length(), m_pFile);
+        // Line by line, so that a crash loses nothing already logged.
+        std::fflush(m_pFile);
+    }
+
+private:
+    std::FILE* m_pFile = nullptr;
+};
+
+WeekdayLog::WeekdayLog(const wxString& appDir) : m_appDir(appDir) {}
+
+WeekdayLog::~WeekdayLog()
+{
+    Close();
+}
+
+wxString WeekdayLog::FileName(int weekday)
+{
+    return wxString::Format("log_%d.txt", weekday);
+}
+
+wxString WeekdayLog::FilePathFor(int weekday) const
+{
+    if (m_appDir.empty() || m_appDir.EndsWith("/"))
+        return m_appDir + FileName(weekday);
+    return m_appDir + "/" + FileName(weekday);
+}
+
+bool WeekdayLog::Rebind(const wxString& path, const char* mode)
+{
+    if (m_pFile) {
+        m_pTarget->SetFile(nullptr);
+        std::fclose(m_pFile);
+        m_pFile = nullptr;
+    }
+    m_pFile = std::fopen(path.fn_str(), mode);
+    m_pTarget->SetFile(m_pFile);
+    wxLog::SetTimestamp(kTimestampFormat);
+    if (!m_pFile) {
+        // The log itself cannot carry this news.
+        std::cerr << "Cadrelle: cannot open the log file " << path.utf8_str().data()
+                  << "; log lines are dropped until the next weekday's file opens" << std::endl;
+        return false;
+    }
+    return true;
+}
+
+bool WeekdayLog::Open()
+{
+    if (IsOpen() || !wxThread::IsMain())
+        return false;
+    m_nWeekday = GetClock().Now().GetWeekDay();
+    m_pTarget = new WeekdayLogTarget;
+    m_pPrevious = wxLog::SetActiveTarget(m_pTarget);
+    // No size check at start: today's file is appended to whatever its size.
+    // ("a+" is the "at+" of systems with a text mode.)
+    const bool opened = Rebind(FilePath(), "a+");
+    std::size_t size = 0;
+    if (opened && std::fseek(m_pFile, 0, SEEK_END) == 0) {
+        const long end = std::ftell(m_pFile);
+        if (end > 0)
+            size = static_cast<std::size_t>(end);
+    }
+    wxLogMessage(kStartBanner);
+    wxLogMessage("%s", wxString(">>> - Version: ") + kVersionText + wxString::Format(" (Build %d.", kBuildNumber) +
+                           kBuildFlavour + kBuildYear + ")");
+    wxLogMessage("%d ### %s's size: %zd bytes", LogMs(), FileName(m_nWeekday), size);
+    return opened;
+}
+
+namespace {
+
+// Size of the file at `path`; 0 when it is missing or not a regular file.
+std::size_t ExistingFileSize(const wxString& path)
+{
+    std::error_code error;
+    const std::filesystem::path file(path.fn_str().data());
+    if (!std::filesystem::is_regular_file(file, error))
+        return 0;
+    const std::uintmax_t size = std::filesystem::file_size(file, error);
+    return error ? 0 : static_cast<std::size_t>(size);
+}
+
+}  // namespace
+
+void WeekdayLog::OnLoggingTimer(std::size_t threadCount, std::size_t checkTriggerCount)
+{
+    if (!wxThread::IsMain())
+        return;
+    // Lines other threads logged before this tick belong to the current file.
+    Flush();
+    wxLogMessage("%d ### On Logging Check Timer, every %zd ms", LogMs(), static_cast<std::size_t>(kTimerPeriodMs));
+
+    const int weekday = GetClock().Now().GetWeekDay();
+    if (IsOpen() && weekday != m_nWeekday) {
+        m_nWeekday = weekday;
+        const wxString path = FilePath();
+        wxLogMessage("%d >>> Log file will change to ==>> %s", LogMs(), path);
+
+        const char* mode = "a+";
+        wxString extra;
+        const std::size_t size = ExistingFileSize(path);
+        if (size > kSizeLimit) {
+            mode = "w+";
+            extra = wxString::Format(", due to file size over: %zd bytes, log file will be cleared to logging new",
+                                     kSizeLimit);
+        }
+        Rebind(path, mode);
+        wxLogMessage("%d >>> Log file changed to ==>> %s", LogMs(), path);
+        wxLogMessage("%d ### %s's size: %zd bytes%s", LogMs(), FileName(weekday), size, extra);
+    }
+
+    wxLogMessage("%d ### nThreadCnt = %zd, nCheckTriggerCnt = %zd", LogMs(), threadCount, checkTriggerCount);
+    g_loggingCheckHasRun.store(true);
+}
+
+void WeekdayLog::Flush()
+{
+    if (wxThread::IsMain())
+        wxLog::FlushActive();
+}
+
+void WeekdayLog::Close()
+{
+    if (!IsOpen() || !wxThread::IsMain())
+        return;
+    Flush();
+    wxLogMessage(kEndBanner);
+    // Whoever replaced our target meanwhile took it over (wxWidgets hands
+    // the old target to the caller of SetActiveTarget); then only the file
+    // is ours to close.
+    if (wxLog::GetActiveTarget() == m_pTarget) {
+        m_pTarget->SetFile(nullptr);
+        wxLog::SetActiveTarget(m_pPrevious);
+        delete m_pTarget;
+    }
+    m_pTarget = nullptr;
+    m_pPrevious = nullptr;
+    if (m_pFile) {
+        std::fclose(m_pFile);
+        m_pFile = nullptr;
+    }
+}
+
+bool LoggingCheckHasRun()
+{
+    return g_loggingCheckHasRun.load();
+}

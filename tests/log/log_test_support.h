@@ -1,0 +1,38 @@
+#pragma once
+// A temporary application folder and a manual clock for the log tests.
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "../core/test_support.h"
+#include "core/clock.h"
+#include "core/log/weekday_log.h"
+
+class LogTest : public ::testing::Test {
+protected:
+    void SetUp() override { SetClock(&clock); }
+    void TearDown() override
+    {
+        log.Close();
+        SetClock(nullptr);
+    }
+    // The lines of log_<weekday>.txt, without their line ends.
+    std::vector<std::string> Lines(int weekday) const
+    {
+        std::vector<std::string> lines;
+        const std::string bytes = ReadFileBytes(dir.File(WeekdayLog::FileName(weekday)));
+        for (std::size_t start = 0; start < bytes.size();) {
+            const std::size_t end = std::min(bytes.find('\n', start), bytes.size());
+            lines.push_back(bytes.substr(start, end - start));
+            start = end + 1;
+        }
+        return lines;
+    }
+
+    TempDir dir;
+    ManualClock clock;
+    WeekdayLog log{dir.Path()};
+};

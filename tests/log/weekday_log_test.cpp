@@ -1,0 +1,161 @@
+// The weekday files, their switching and truncation, the line format. The
+// process runs in Europe/Berlin; 2026-11-25 is a Wednesday.
+
+#include <thread>
+
+#include <wx/filename.h>
+#include <wx/log.h>
+
+#include "core/core_log.h"
+#include "log_test_support.h"
+
+namespace {
+
+const std::string kStart = WeekdayLog::kStartBanner;
+const std::string kEnd = WeekdayLog::kEndBanner;
+const std::string kVersion = ">>> - Version: 6.6.0.0 (Build 1.Release2023)";
+
+// `size` bytes of old content at `path`; no file at all for 0.
+std::string Prepare(const wxString& path, std::size_t size)
+{
+    wxRemoveFile(path);
+    const std::string old(size, 'x');
+    if (size > 0)
+        WriteFileBytes(path, old);
+    return old;
+}
+
+std::string Joined(const std::string& stamp, const std::vector<std::string>& messages)
+{
+    std::string text;
+    for (const std::string& message : messages)
+        text += stamp + message + "\n";
+    return text;
+}
+
+}  // namespace
+
+TEST_F(LogTest, StartAppendsToTodaysFileWhateverItsSize)
+{
+    for (const std::size_t size : {std::size_t{0}, std::size_t{12}, WeekdayLog::kSizeLimit + 1}) {
+        SCOPED_TRACE(size);
+        const std::string old = Prepare(dir.File("log_3.txt"), size);
+        clock.Set(Local(2026, 11, 25, 10, 15, 30, 250));
+        WeekdayLog today(dir.Path());
+        EXPECT_TRUE(today.Open());
+        today.Close();
+        const std::string bytes = ReadFileBytes(dir.File("log_3.txt"));
+        ASSERT_GE(bytes.size(), size);
+        EXPECT_TRUE(bytes.compare(0, size, old) == 0);
+        EXPECT_EQ(bytes.substr(size), Joined("11-25 10:15:30: ", {kStart, kVersion,
+                                                                  "250 ### log_3.txt's size: " + std::to_string(size) +
+                                                                      " bytes",
+                                                                  kEnd}));
+    }
+}
+
+TEST_F(LogTest, FirstTickOfThursdaySwitchesAndEmptiesOnlyOversizedFiles)
+{
+    const std::string extra = ", due to file size over: 4000000 bytes, log file will be cleared to logging new";
+    const std::string path4 = dir.File("log_4.txt").ToStdString();
+    for (const std::size_t size : {std::size_t{0}, std::size_t{100}, WeekdayLog::kSizeLimit,
+                                   WeekdayLog::kSizeLimit + 1}) {
+        SCOPED_TRACE(size);
+        const bool emptied = size > WeekdayLog::kSizeLimit;
+        Prepare(dir.File("log_3.txt"), 0);
+        const std::string old = Prepare(dir.File("log_4.txt"), size);
+        clock.Set(Local(2026, 11, 25, 23, 58, 0));
+        WeekdayLog week(dir.Path());
+        week.Open();
+        clock.Set(Local(2026, 11, 26, 0, 2, 0, 123));
+        week.OnLoggingTimer(4, 7);
+        EXPECT_EQ(week.Weekday(), 4);
+        week.Close();
+
+        const std::vector<std::string> wednesday = Lines(3);
+        ASSERT_EQ(wednesday.size(), 5u);
+        EXPECT_EQ(wednesday[3], "11-26 00:02:00: 123 ### On Logging Check Timer, every 240000 ms");
+        EXPECT_EQ(wednesday[4], "11-26 00:02:00: 123 >>> Log file will change to ==>> " + path4);
+        const std::string bytes = ReadFileBytes(path4);
+        const std::size_t kept = emptied ? 0 : size;
+        ASSERT_GE(bytes.size(), kept);
+        EXPECT_TRUE(bytes.compare(0, kept, old, 0, kept) == 0);
+        EXPECT_EQ(bytes.substr(kept),
+                  Joined("11-26 00:02:00: ", {"123 >>> Log file changed to ==>> " + path4,
+                                              "123 ### log_4.txt's size: " + std::to_string(size) + " bytes" +
+                                                  (emptied ? extra : ""),
+                                              "123 ### nThreadCnt = 4, nCheckTriggerCnt = 7", kEnd}));
+    }
+}
+
+TEST_F(LogTest, TickOnTheSameWeekdayWritesTwoLines)
+{
+    clock.Set(Local(2026, 11, 25, 10, 0, 0));
+    log.Open();
+    const std::size_t before = ReadFileBytes(dir.File("log_3.txt")).size();
+    clock.Advance(WeekdayLog::kTimerPeriodMs + 7);
+    log.OnLoggingTimer(8, 3);
+    EXPECT_EQ(ReadFileBytes(dir.File("log_3.txt")).substr(before),
+              Joined("11-25 10:04:00: ", {"7 ### On Logging Check Timer, every 240000 ms",
+                                          "7 ### nThreadCnt = 8, nCheckTriggerCnt = 3"}));
+    EXPECT_TRUE(LoggingCheckHasRun());
+}
+
+TEST_F(LogTest, StampAndMillisecondsComeFromTheClock)
+{
+    struct Case {
+        wxDateTime at;
+        bool worker;
+        wxLogLevel level;
+        std::string line;
+    };
+    const Case cases[] = {
+        {Local(2026, 11, 25, 9, 5, 7, 0), false, wxLOG_Message, "11-25 09:05:07: 0 ### probe"},
+        {Local(2026, 11, 25, 9, 5, 7, 999), false, wxLOG_Message, "11-25 09:05:07: 999 ### probe"},
+        // Not a counter: the field goes down when the second changes.
+        {Local(2026, 11, 25, 9, 5, 8, 100), false, wxLOG_Message, "11-25 09:05:08: 100 ### probe"},
+        {Local(2026, 3, 29, 3, 0, 0, 500), false, wxLOG_Message, "03-29 03:00:00: 500 ### probe"},
+        {Local(2026, 12, 31, 23, 59, 59, 1), false, wxLOG_Error, "12-31 23:59:59: Error: 1 ### probe"},
+        // Written later by the main thread, stamped as when it was logged.
+        {Local(2026, 11, 25, 14, 0, 0, 900), true, wxLOG_Message, "11-25 14:00:00: 900 ### probe"},
+    };
+    clock.Set(Local(2026, 11, 25, 9, 0, 0));
+    log.Open();
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.line);
+        clock.Set(c.at);
+        auto probe = [&c] { wxLogGeneric(c.level, "%d ### probe", LogMs()); };
+        if (c.worker) {
+            std::thread(probe).join();
+            // The main thread gets to it 200 ms later, by both clocks.
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+            clock.Advance(200);
+        } else {
+            probe();
+        }
+        WeekdayLog::Flush();
+        EXPECT_EQ(Lines(3).back(), c.line);
+    }
+}
+
+TEST_F(LogTest, LoggingResumesAtTheNextSuccessfulSwitch)
+{
+    // Wednesday's and Friday's files cannot be opened: they are folders.
+    ASSERT_TRUE(wxFileName::Mkdir(dir.File("log_3.txt")) && wxFileName::Mkdir(dir.File("log_5.txt")));
+    clock.Set(Local(2026, 11, 25, 12, 0, 0));
+    EXPECT_FALSE(log.Open());
+    EXPECT_FALSE(log.HasFile());
+    wxLogMessage("lost on Wednesday");
+    for (int day = 26; day <= 28; ++day) {
+        clock.Set(Local(2026, 11, day, 0, 1, 0));
+        log.OnLoggingTimer(4, 1);
+        EXPECT_EQ(log.HasFile(), day != 27) << day;
+    }
+    const std::vector<std::string> thursday = Lines(4);
+    ASSERT_EQ(thursday.size(), 5u);
+    EXPECT_NE(thursday[0].find(">>> Log file changed to ==>> " + dir.File("log_4.txt")), std::string::npos);
+    EXPECT_NE(thursday[4].find(">>> Log file will change to ==>> " + dir.File("log_5.txt")), std::string::npos);
+    const std::vector<std::string> saturday = Lines(6);
+    ASSERT_EQ(saturday.size(), 3u);
+    EXPECT_NE(saturday[0].find(">>> Log file changed to ==>> " + dir.File("log_6.txt")), std::string::npos);
+}
