@@ -10,6 +10,7 @@
 #include "core/data/xml_check.h"
 #include "core/scheduler.h"
 #include "test_support.h"
+#include "trigger_builders.h"
 
 namespace {
 
@@ -30,32 +31,15 @@ std::unique_ptr<Job> MakeJob(std::int32_t id, std::uint32_t type, const wxString
     return job;
 }
 
-std::unique_ptr<Trigger> MakeTrigger(std::int32_t tid, std::uint32_t type, const wxString& condition,
-                                     const wxString& prev, const wxString& next, const wxString& start = "0 0 0 1 1 * 1999",
-                                     const wxString& end = "59 59 23 31 12 * 2999")
-{
-    std::unique_ptr<Trigger> trigger = CreateTrigger(type);
-    TriggerParam p;
-    p.tid = tid;
-    p.type = type;
-    p.condition = condition;
-    p.prevFire = prev;
-    p.nextFire = next;
-    p.start = start;
-    p.end = end;
-    trigger->Load(p);
-    return trigger;
-}
-
 // The content of tests/data/golden_data1.xml, built through the API.
 void FillGoldenContent(Scheduler& s)
 {
     s.AddJob(MakeJob(0, NJobTypeReminder, "Tea <time> & \"biscuits\"", {"Drink tea", "1"}, {1, 2}), false);
     s.AddJob(MakeJob(3, NJobTypeSendUdpMsg, "Ping &amp; pong", {"hi", "0", "1", "127.0.0.1", "7788"}, {}, {0}, false, 500),
              false);
-    s.AddTrigger(MakeTrigger(1, NTriggerTypeSpecTime, "0 0 8 23 11 ? 2026", "0 0 0 1 1 * 1999", "0 0 8 23 11 * 2026"),
+    s.AddTrigger(LoadedTrigger(1, NTriggerTypeSpecTime, "0 0 8 23 11 ? 2026", "0 0 0 1 1 * 1999", "0 0 8 23 11 * 2026"),
                  false);
-    s.AddTrigger(MakeTrigger(2, NTriggerTypeCountDown, "0 0 9 24 11 2026 0 1 0 0", "0 0 9 20 11 * 2026",
+    s.AddTrigger(LoadedTrigger(2, NTriggerTypeCountDown, "0 0 9 24 11 2026 0 1 0 0", "0 0 9 20 11 * 2026",
                              "0 0 9 24 11 * 2026", "0 0 0 1 11 * 2026", "59 59 23 31 12 * 2027"),
                  false);
 }
@@ -145,7 +129,7 @@ TEST(DataFileRoundTrip, AllJobKindsAndTriggerKindsSurviveSaveAndLoad)
                                       "0 0 8 23 11 ? 2026", "0,30 * * * * *", "30 15 * * * ?", "0 0 8 * * ?",
                                       "0 30 8 ? * 1-5", "0 0 0 31 * ?", "0 0 0 1 1 ?", "0 0 12 ? * MON-FRI"};
     for (std::uint32_t type = 0; type < NTriggerTypeCount; ++type)
-        s.AddTrigger(MakeTrigger(static_cast<std::int32_t>(type) + 100, type, conditions[type], "0 0 9 20 11 * 2026",
+        s.AddTrigger(LoadedTrigger(static_cast<std::int32_t>(type) + 100, type, conditions[type], "0 0 9 20 11 * 2026",
                                  "0 0 9 24 11 * 2026", "0 0 0 1 11 * 2026", "59 59 23 31 12 * 2030"),
                      false);
     ASSERT_TRUE(s.SaveSchedulerData(false));

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include "trigger_builders.h"
+
 #include "core/engine/scheduler_engine.h"
 #include "core/jobs/job_actions.h"
 
@@ -181,25 +183,6 @@ TEST_F(EngineJobsTest, ARunningJobUsesItsOwnCopyWhileTheOriginalIsEditedOrDelete
     EXPECT_EQ(runs.Ids(), (std::vector<std::int32_t>{5}));
     EXPECT_EQ(seen, "http://127.0.0.1:9/before");
 }
-
-namespace {
-
-std::unique_ptr<Trigger> EverySecondTrigger(std::int64_t tid)
-{
-    std::unique_ptr<Trigger> trigger = CreateTrigger(NTriggerTypeInterval);
-    TriggerParam p;
-    p.tid = static_cast<std::int32_t>(tid);
-    p.type = NTriggerTypeInterval;
-    p.condition = "* * * * * ?";
-    p.prevFire = "0 0 0 1 1 * 1999";
-    p.nextFire = "0 0 0 1 1 * 1999";
-    p.start = "0 0 0 1 1 * 1999";
-    p.end = "59 59 23 31 12 * 2999";
-    trigger->Load(p);
-    return trigger;
-}
-
-}  // namespace
 
 TEST_F(EngineJobsTest, PauseStopsTheCheckersAndASecondToggleStartsFreshOnes)
 {

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include "trigger_builders.h"
+
 #include "core/engine/scheduler_engine.h"
 #include "core/jobs/job_actions.h"
 
@@ -19,20 +21,6 @@ public:
     void WakeMainThread() override {}
 };
 
-std::unique_ptr<Trigger> EverySecond(std::int64_t tid)
-{
-    std::unique_ptr<Trigger> trigger = CreateTrigger(NTriggerTypeInterval);
-    TriggerParam p;
-    p.tid = static_cast<std::int32_t>(tid);
-    p.type = NTriggerTypeInterval;
-    p.condition = "* * * * * ?";
-    p.prevFire = "0 0 0 1 1 * 1999";
-    p.nextFire = "0 0 0 1 1 * 1999";
-    p.start = "0 0 0 1 1 * 1999";
-    p.end = "59 59 23 31 12 * 2999";
-    trigger->Load(p);
-    return trigger;
-}
 
 }  // namespace
 
@@ -60,7 +48,7 @@ TEST(EngineStress, EditsWhileCheckersAndJobsRun)
             p.associatedJids = {jid + 1};
         p.params = {"first", "second"};
         job->SetParam(p);
-        scheduler.AddTrigger(EverySecond(nextTid++), false);
+        scheduler.AddTrigger(EverySecondTrigger(nextTid++), false);
         scheduler.AddJob(std::move(job), false);
     }
 
@@ -107,7 +95,7 @@ TEST(EngineStress, EditsWhileCheckersAndJobsRun)
             if (jid % 10 != 9)
                 p.associatedJids = {jid + 1};
             fresh->SetParam(p);
-            scheduler.AddTrigger(EverySecond(nextTid++), true);
+            scheduler.AddTrigger(EverySecondTrigger(nextTid++), true);
             scheduler.AddJob(std::move(fresh), true);
         } break;
         case 4: scheduler.RunJobByNumber(static_cast<std::int32_t>(rng() % 100)); break;

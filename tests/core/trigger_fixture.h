@@ -13,6 +13,7 @@
 #include "core/triggers/trigger.h"
 #include "core/user_messages.h"
 #include "test_support.h"
+#include "trigger_builders.h"
 
 class MapSettings : public SettingsLookup {
 public:
@@ -67,17 +68,7 @@ protected:
                                   const wxString& nextFire = "0 0 0 1 1 * 1999",
                                   const wxString& start = "0 0 0 1 1 * 1999", const wxString& end = "59 59 23 31 12 * 2999")
     {
-        std::unique_ptr<Trigger> trigger = CreateTrigger(type);
-        TriggerParam p;
-        p.tid = 1;
-        p.type = type;
-        p.condition = condition;
-        p.prevFire = prevFire;
-        p.nextFire = nextFire;
-        p.start = start;
-        p.end = end;
-        trigger->Load(p);
-        return trigger;
+        return LoadedTrigger(1, type, condition, prevFire, nextFire, start, end);
     }
 
     ManualClock clock;

@@ -4,6 +4,7 @@
 #include "core/idle_time.h"
 #include "core/shared_lock.h"
 #include "core/text_number.h"
+#include "core/triggers/condition_tokens.h"
 #include "core/triggers/trigger_time.h"
 
 void IdleTimeoutTrigger::Load(const TriggerParam& param)
@@ -13,22 +14,12 @@ void IdleTimeoutTrigger::Load(const TriggerParam& param)
     if (m_dtRecordedNextFire.IsValid())
         m_dtNextFire = wxDateTime(1, wxDateTime::Jan, m_dtRecordedNextFire.Get().GetYear(), 0, 0, 0, 0);
     // Positions 0, 1 and 2; a later one overrides an earlier one.
-    std::size_t begin = 0;
-    for (int position = 0; position < 3; ++position) {
-        const wxString text = m_strCondition;
-        while (begin < text.length() && text[begin] == ' ')
-            ++begin;
-        if (begin >= text.length())
-            break;
-        std::size_t end = text.find(' ', begin);
-        if (end == wxString::npos)
-            end = text.length();
-        const wxString token = text.Mid(begin, end - begin);
-        if (token != "-") {
-            m_nUnit = position;
-            m_nAmount = static_cast<int>(LeadingLong(token));
+    const std::vector<wxString> tokens = SplitConditionTokens(m_strCondition);
+    for (std::size_t position = 0; position < 3 && position < tokens.size(); ++position) {
+        if (tokens[position] != "-") {
+            m_nUnit = static_cast<int>(position);
+            m_nAmount = static_cast<int>(LeadingLong(tokens[position]));
         }
-        begin = end;
     }
 }
 

@@ -9,27 +9,19 @@
 #include "core/datetime_text.h"
 #include "core/shared_lock.h"
 #include "core/text_number.h"
+#include "core/triggers/condition_tokens.h"
 
 namespace {
 
-// The blank-separated tokens of a condition ("-" and junk read as 0).
+// The numbers of a condition ("-" and junk read as 0); returns how many
+// tokens there were.
 template <std::size_t N>
 std::size_t ReadNumbers(const wxString& text, std::array<long, N>& out)
 {
-    std::size_t count = 0;
-    std::size_t begin = 0;
-    while (begin < text.length() && count < N) {
-        while (begin < text.length() && text[begin] == ' ')
-            ++begin;
-        if (begin >= text.length())
-            break;
-        std::size_t end = text.find(' ', begin);
-        if (end == wxString::npos)
-            end = text.length();
-        out[count++] = LeadingLong(text.Mid(begin, end - begin));
-        begin = end;
-    }
-    return count;
+    const std::vector<wxString> tokens = SplitConditionTokens(text);
+    for (std::size_t i = 0; i < N && i < tokens.size(); ++i)
+        out[i] = LeadingLong(tokens[i]);
+    return tokens.size();
 }
 
 TriggerDuration DurationFrom(long days, long hours, long minutes, long seconds)

@@ -1,0 +1,18 @@
+#include "trigger_builders.h"
+
+std::unique_ptr<Trigger> LoadedTrigger(std::int64_t tid, std::uint32_t type, const wxString& condition,
+                                       const wxString& prevFire, const wxString& nextFire, const wxString& start,
+                                       const wxString& end)
+{
+    std::unique_ptr<Trigger> trigger = CreateTrigger(type);
+    TriggerParam p;
+    p.tid = static_cast<std::int32_t>(tid);
+    p.type = type;
+    p.condition = condition;
+    p.prevFire = prevFire;
+    p.nextFire = nextFire;
+    p.start = start;
+    p.end = end;
+    trigger->Load(p);
+    return trigger;
+}
