@@ -12,7 +12,9 @@
 #include "core/app_start_time.h"
 #include "core/clock.h"
 #include "core/core_log.h"
+#include "core/data/atomic_file.h"
 #include "core/engine/scheduler_engine.h"
+#include "core/log/weekday_log.h"
 #include "core/scheduler.h"
 #include "desktop/single_instance.h"
 #include "desktop/headless_actions.h"
@@ -70,7 +72,14 @@ int RunHeadless(const wxString& appDir)
     std::signal(SIGTERM, OnStopSignal);
 
     SetAppStartTime(GetClock().Now());
-    wxLogMessage(">>> Cadrelle Start >>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>");
+    // The log first, so that loading the data file is logged too. Without a
+    // file (a folder that cannot be written) the run goes on unlogged.
+    wxString dirError;
+    if (!EnsurePrivateDir(appDir, &dirError))
+        std::cerr << "cadrelle: " << dirError << std::endl;
+    WeekdayLog log(appDir);
+    if (!log.Open())
+        std::cerr << "cadrelle: cannot open the log file in " << appDir << "; running without a log" << std::endl;
     Scheduler scheduler(appDir);
     scheduler.LoadSchedulerData();
     RegisterHeadlessJobActions();
@@ -80,6 +89,7 @@ int RunHeadless(const wxString& appDir)
         SchedulerEngine engine(scheduler, host);
         const std::int64_t started = GetClock().NowMs();
         std::int64_t lastHousekeeping = started;
+        std::int64_t lastLoggingCheck = started;
         // The trigger timer's first tick comes 2000 ms after start.
         constexpr std::int64_t kTriggerTimerMs = 2000;
         constexpr std::int64_t kHousekeepingMs = 1000;
@@ -93,7 +103,12 @@ int RunHeadless(const wxString& appDir)
                 lastHousekeeping = now;
                 engine.HousekeepingTick();
             }
-            wxLog::FlushActive();
+            if (now - lastLoggingCheck >= WeekdayLog::kTimerPeriodMs) {
+                lastLoggingCheck = now;
+                log.OnLoggingTimer(engine.ThreadCount(), engine.CheckTriggerCount());
+            }
+            // Lines of worker threads reach the file through the main thread.
+            WeekdayLog::Flush();
         }
         wxLogMessage("%d *** ->> CadrelleFrame::~CadrelleFrame", LogMs());
         // Checker threads stop and are waited for before anything is saved.
@@ -103,7 +118,6 @@ int RunHeadless(const wxString& appDir)
     scheduler.SaveSchedulerData(true);
     wxLogMessage("%d *** SaveSchedulerData(true) Completed", LogMs());
     wxLogMessage("%d <<- CadrelleFrame::~CadrelleFrame", LogMs());
-    wxLogMessage("<<< Cadrelle End <<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<");
-    wxLog::FlushActive();
+    log.Close();  // the end banner
     return 0;
 }

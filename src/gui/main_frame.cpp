@@ -1,14 +1,23 @@
 #include "gui/main_frame.h"
 
 #include <wx/listctrl.h>
+#include <wx/log.h>
 #include <wx/sizer.h>
 #include <wx/splitter.h>
 
+#include "core/core_log.h"
+#include "core/data/atomic_file.h"
 #include "core/scheduler.h"
 
 namespace {
 
-enum { ID_LISTCTRL_JOBS = wxID_HIGHEST + 1, ID_LISTCTRL_TRIGGERS, ID_TIMER_TRIGGER, ID_TIMER_HOUSEKEEPING };
+enum {
+    ID_LISTCTRL_JOBS = wxID_HIGHEST + 1,
+    ID_LISTCTRL_TRIGGERS,
+    ID_TIMER_TRIGGER,
+    ID_TIMER_HOUSEKEEPING,
+    ID_TIMER_LOGGING
+};
 
 // The trigger timer's period; only its first tick does anything.
 constexpr int kTriggerTimerMs = 2000;
@@ -25,9 +34,13 @@ wxString FormatMoment(const wxDateTime& dt)
 
 CadrelleFrame::CadrelleFrame(const wxString& appDir)
     : wxFrame(nullptr, wxID_ANY, "Cadrelle", wxDefaultPosition, wxSize(900, 560)),
-      m_pScheduler(std::make_unique<Scheduler>(appDir)), m_timerTrigger(this, ID_TIMER_TRIGGER),
-      m_timerHousekeeping(this, ID_TIMER_HOUSEKEEPING)
+      m_pLog(std::make_unique<WeekdayLog>(appDir)), m_pScheduler(std::make_unique<Scheduler>(appDir)),
+      m_timerTrigger(this, ID_TIMER_TRIGGER), m_timerHousekeeping(this, ID_TIMER_HOUSEKEEPING),
+      m_timerLogging(this, ID_TIMER_LOGGING)
 {
+    wxString dirError;
+    EnsurePrivateDir(appDir, &dirError);
+    m_pLog->Open();
     const DataLoadReport report = m_pScheduler->LoadSchedulerData();
     m_pEngine = std::make_unique<SchedulerEngine>(*m_pScheduler, *this);
 
@@ -58,6 +71,8 @@ CadrelleFrame::CadrelleFrame(const wxString& appDir)
 
     Bind(wxEVT_TIMER, &CadrelleFrame::Onm_timerTrigger, this, ID_TIMER_TRIGGER);
     Bind(wxEVT_TIMER, &CadrelleFrame::OnHousekeeping, this, ID_TIMER_HOUSEKEEPING);
+    Bind(wxEVT_TIMER, &CadrelleFrame::Onm_timerLogging, this, ID_TIMER_LOGGING);
+    m_timerLogging.Start(WeekdayLog::kTimerPeriodMs);
     m_timerTrigger.Start(kTriggerTimerMs);
     m_timerHousekeeping.Start(kHousekeepingMs);
 }
@@ -66,11 +81,21 @@ CadrelleFrame::~CadrelleFrame()
 {
     m_timerTrigger.Stop();
     m_timerHousekeeping.Stop();
+    m_timerLogging.Stop();
+    wxLogMessage("%d *** ->> CadrelleFrame::~CadrelleFrame", LogMs());
     // Checker threads stop and are waited for before anything is saved.
     m_pEngine->Shutdown();
     m_pScheduler->SetDataChanged(true);
     m_pScheduler->SaveSchedulerData(true);
+    wxLogMessage("%d *** SaveSchedulerData(true) Completed", LogMs());
     m_pEngine.reset();
+    wxLogMessage("%d <<- CadrelleFrame::~CadrelleFrame", LogMs());
+    m_pLog->Close();  // the end banner
+}
+
+void CadrelleFrame::Onm_timerLogging(wxTimerEvent&)
+{
+    m_pLog->OnLoggingTimer(m_pEngine->ThreadCount(), m_pEngine->CheckTriggerCount());
 }
 
 void CadrelleFrame::WakeMainThread()

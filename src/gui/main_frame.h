@@ -8,6 +8,7 @@
 #include <wx/timer.h>
 
 #include "core/engine/scheduler_engine.h"
+#include "core/log/weekday_log.h"
 
 class Scheduler;
 class wxListCtrl;
@@ -27,11 +28,14 @@ private:
     void UpdateStatusBar();
     void Onm_timerTrigger(wxTimerEvent& event);
     void OnHousekeeping(wxTimerEvent& event);
+    void Onm_timerLogging(wxTimerEvent& event);
 
+    std::unique_ptr<WeekdayLog> m_pLog;
     std::unique_ptr<Scheduler> m_pScheduler;
     std::unique_ptr<SchedulerEngine> m_pEngine;
     wxTimer m_timerTrigger;
     wxTimer m_timerHousekeeping;
+    wxTimer m_timerLogging;
     wxListCtrl* m_pLcJob = nullptr;
     wxListCtrl* m_pLcTrigger = nullptr;
     wxString m_strLoadNote;

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include <gtest/gtest.h>
+#include <wx/dir.h>
 #include <wx/filename.h>
 #include <wx/init.h>
 
@@ -30,6 +31,17 @@ std::string Path(const wxString& path)
     return std::string(path.utf8_str());
 }
 
+// Everything written to the log files (one per weekday) of an app folder.
+std::string LogText(const wxString& appDir)
+{
+    wxArrayString files;
+    wxDir::GetAllFiles(appDir, &files, "log_*.txt", wxDIR_FILES);
+    std::string text;
+    for (const wxString& file : files)
+        text += ReadFileBytes(file);
+    return text;
+}
+
 }  // namespace
 
 TEST(Headless, RunsUntilSigtermAndSavesTheAdvancedTimes)
@@ -47,10 +59,17 @@ TEST(Headless, RunsUntilSigtermAndSavesTheAdvancedTimes)
     EXPECT_NE(second.find("Another program instance is already running, aborting."), std::string::npos) << second;
 
     EXPECT_EQ(process.Stop(SIGTERM), 0);
-    const std::string output = process.Output();
-    EXPECT_NE(output.find(">>> Cadrelle Start >>>"), std::string::npos) << output;
-    EXPECT_NE(output.find("->> [JID_0, ThreadID_"), std::string::npos) << output;
-    EXPECT_NE(output.find("<<< Cadrelle End <<<"), std::string::npos) << output;
+    const std::string log = LogText(dir.File("app"));
+    EXPECT_NE(log.find(">>> Cadrelle Start >>>"), std::string::npos) << log;
+    EXPECT_NE(log.find("->> [JID_0, ThreadID_"), std::string::npos) << log;
+    // The reminder needs a desktop: the job thread says so, and its line
+    // reaches the file through the main thread.
+    EXPECT_NE(log.find("--- [JID_0] Reminder needs a desktop session"), std::string::npos) << log;
+    EXPECT_NE(log.find("<<- [JID_0, ThreadID_"), std::string::npos) << log;
+    EXPECT_NE(log.find("SaveSchedulerData(true) Completed"), std::string::npos) << log;
+    EXPECT_NE(log.find("<<< Cadrelle End <<<"), std::string::npos) << log;
+    // The second start was refused before it opened any log of its own.
+    EXPECT_EQ(LogText(dir.File("other")), "");
 
     wxInitializer init;
     Scheduler saved(dir.File("app"));
@@ -70,7 +89,7 @@ TEST(Headless, SigintEndsItTheSameWay)
     ASSERT_TRUE(process.Start());
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     EXPECT_EQ(process.Stop(SIGINT), 0);
-    EXPECT_NE(process.Output().find("<<< Cadrelle End <<<"), std::string::npos);
+    EXPECT_NE(LogText(dir.File("app")).find("<<< Cadrelle End <<<"), std::string::npos);
     // An empty scheduler still writes its (empty) working copy on the way out.
     EXPECT_TRUE(wxFileName::FileExists(dir.File("app/data/data1.xml")));
 }
