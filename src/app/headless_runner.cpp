@@ -15,6 +15,8 @@
 #include "core/data/atomic_file.h"
 #include "core/engine/scheduler_engine.h"
 #include "core/log/weekday_log.h"
+#include "core/prefs/preference.h"
+#include "core/settings_lookup.h"
 #include "core/scheduler.h"
 #include "desktop/single_instance.h"
 #include "desktop/headless_actions.h"
@@ -80,6 +82,8 @@ int RunHeadless(const wxString& appDir)
     WeekdayLog log(appDir);
     if (!log.Open())
         std::cerr << "cadrelle: cannot open the log file in " << appDir << "; running without a log" << std::endl;
+    Preference& preferences = Preference::Instance();
+    SetSettings(&preferences);
     Scheduler scheduler(appDir);
     scheduler.LoadSchedulerData();
     RegisterHeadlessJobActions();
@@ -117,6 +121,9 @@ int RunHeadless(const wxString& appDir)
     scheduler.SetDataChanged(true);
     scheduler.SaveSchedulerData(true);
     wxLogMessage("%d *** SaveSchedulerData(true) Completed", LogMs());
+    preferences.SaveSettingParam();
+    wxLogMessage("%d *** SaveSettingParam() Completed", LogMs());
+    SetSettings(nullptr);
     wxLogMessage("%d <<- CadrelleFrame::~CadrelleFrame", LogMs());
     log.Close();  // the end banner
     return 0;

@@ -7,7 +7,9 @@
 
 #include "core/core_log.h"
 #include "core/data/atomic_file.h"
+#include "core/prefs/preference.h"
 #include "core/scheduler.h"
+#include "core/settings_lookup.h"
 
 namespace {
 
@@ -41,6 +43,7 @@ CadrelleFrame::CadrelleFrame(const wxString& appDir)
     wxString dirError;
     EnsurePrivateDir(appDir, &dirError);
     m_pLog->Open();
+    SetSettings(&Preference::Instance());
     const DataLoadReport report = m_pScheduler->LoadSchedulerData();
     m_pEngine = std::make_unique<SchedulerEngine>(*m_pScheduler, *this);
 
@@ -88,6 +91,8 @@ CadrelleFrame::~CadrelleFrame()
     m_pScheduler->SetDataChanged(true);
     m_pScheduler->SaveSchedulerData(true);
     wxLogMessage("%d *** SaveSchedulerData(true) Completed", LogMs());
+    Preference::Instance().SaveSettingParam();
+    wxLogMessage("%d *** SaveSettingParam() Completed", LogMs());
     m_pEngine.reset();
     wxLogMessage("%d <<- CadrelleFrame::~CadrelleFrame", LogMs());
     m_pLog->Close();  // the end banner

@@ -67,6 +67,9 @@ TEST(Headless, RunsUntilSigtermAndSavesTheAdvancedTimes)
     EXPECT_NE(log.find("--- [JID_0] Reminder needs a desktop session"), std::string::npos) << log;
     EXPECT_NE(log.find("<<- [JID_0, ThreadID_"), std::string::npos) << log;
     EXPECT_NE(log.find("SaveSchedulerData(true) Completed"), std::string::npos) << log;
+    EXPECT_NE(log.find("SaveSettingParam() Completed"), std::string::npos) << log;
+    // The preferences went to the test's own configuration folder.
+    EXPECT_TRUE(wxFileName::FileExists(dir.File("home/.config/Cadrelle/Cadrelle.conf")));
     EXPECT_NE(log.find("<<< Cadrelle End <<<"), std::string::npos) << log;
     // The second start was refused before it opened any log of its own.
     EXPECT_EQ(LogText(dir.File("other")), "");

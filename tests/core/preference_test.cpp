@@ -1,0 +1,185 @@
+// Preferences: defaults, the encoded store, the load rules, and the codec.
+
+#include <sys/stat.h>
+
+#include <gtest/gtest.h>
+#include <wx/fileconf.h>
+
+#include "core/clock.h"
+#include "core/prefs/preference.h"
+#include "core/prefs/vtx_codec.h"
+#include "test_support.h"
+
+namespace {
+
+std::unique_ptr<wxFileConfig> OpenConfig(const wxString& path)
+{
+    auto config = std::make_unique<wxFileConfig>("Cadrelle", "Vantrel", path, wxEmptyString, wxCONFIG_USE_LOCAL_FILE);
+    config->SetUmask(0077);
+    return config;
+}
+
+// Reads the stored value of `key` straight from the file, decoded.
+wxString StoredText(const wxString& path, const wxString& key)
+{
+    auto config = OpenConfig(path);
+    wxString stored;
+    config->Read(VtxEncode(key), &stored);
+    return VtxDecode(stored);
+}
+
+}  // namespace
+
+TEST(VtxCodec, RoundTripsAnyTextAndMakesValidEntryNames)
+{
+    const wxString texts[] = {"",
+                              "a",
+                              "execMissFiredTrigger",
+                              " blanks around ",
+                              "slash/and=equals;semi",
+                              "line\nbreak\ttab",
+                              wxString::FromUTF8("Ünïcödé 日本語 🙂"),
+                              wxString(1000, 'x')};
+    TempDir dir;
+    auto config = OpenConfig(dir.File("codec.conf"));
+    for (const wxString& text : texts) {
+        SCOPED_TRACE(text);
+        const wxString encoded = VtxEncode(text);
+        bool ok = false;
+        EXPECT_EQ(VtxDecode(encoded, &ok), text);
+        EXPECT_TRUE(ok);
+        EXPECT_EQ(encoded.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_"),
+                  wxString::npos);
+        if (!text.empty()) {
+            EXPECT_EQ(encoded.find(text), wxString::npos);  // never stored in plain text
+        }
+        // Usable as a name and as a value in a real configuration file.
+        config->Write(encoded, encoded);
+    }
+    config->Flush();
+    auto again = OpenConfig(dir.File("codec.conf"));
+    for (const wxString& text : texts) {
+        wxString value;
+        EXPECT_TRUE(again->Read(VtxEncode(text), &value)) << text;
+        EXPECT_EQ(VtxDecode(value), text);
+    }
+}
+
+TEST(VtxCodec, JunkDecodesToNothing)
+{
+    for (const wxString& junk : {wxString("plain"), wxString("v1!!"), wxString("v1A"), wxString("x1AAAA")}) {
+        bool ok = true;
+        EXPECT_EQ(VtxDecode(junk, &ok), "") << junk;
+        EXPECT_FALSE(ok) << junk;
+    }
+}
+
+class PreferenceTest : public ::testing::Test {
+protected:
+    void SetUp() override { SetClock(&clock); }
+    void TearDown() override { SetClock(nullptr); }
+
+    TempDir dir;
+    wxString path = dir.File("Cadrelle.conf");
+    ManualClock clock{1700000000000LL};
+};
+
+TEST_F(PreferenceTest, FirstStartGivesTheDefaultTableAndSavingWritesItEncoded)
+{
+    auto config = OpenConfig(path);
+    Preference prefs(config.get());
+    prefs.Load();
+    for (const auto& entry : Preference::Defaults())
+        EXPECT_EQ(prefs.GetValue(entry.first), entry.second) << entry.first;
+    EXPECT_EQ(Preference::Defaults().size(), 43u);
+    EXPECT_EQ(prefs.GetValue("no such key"), "");
+    EXPECT_EQ(prefs.GetSetting("hotkeyPauseMode3"), "57");
+
+    prefs.SaveSettingParam();
+    const std::string file = ReadFileBytes(path);
+    EXPECT_EQ(file.find("execMissFiredTrigger"), std::string::npos);
+    EXPECT_EQ(file.find("hotkey"), std::string::npos);
+    EXPECT_EQ(StoredText(path, "mainFrmW"), "1700000000" "1024");
+    struct stat st {};
+    ASSERT_EQ(::stat(path.fn_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0600u);
+}
+
+TEST_F(PreferenceTest, ChangedValuesComeBackAndEachSaveStoresNewText)
+{
+    {
+        auto config = OpenConfig(path);
+        Preference prefs(config.get());
+        prefs.Load();
+        prefs.SetValue("execMissFiredTrigger", "1");
+        prefs.SetValue("mainFrmX", "300");
+        prefs.SaveSettingParam();
+    }
+    const std::string first = ReadFileBytes(path);
+    clock.Advance(5000);
+    {
+        auto config = OpenConfig(path);
+        Preference prefs(config.get());
+        prefs.Load();
+        EXPECT_EQ(prefs.GetValue("execMissFiredTrigger"), "1");
+        EXPECT_EQ(prefs.GetValue("mainFrmX"), "300");
+        EXPECT_EQ(prefs.GetValue("mainFrmY"), "16");
+        prefs.SaveSettingParam();  // the same values again
+    }
+    EXPECT_NE(ReadFileBytes(path), first);
+    EXPECT_EQ(StoredText(path, "mainFrmX"), "1700000005" "300");
+}
+
+TEST_F(PreferenceTest, GeometryAndPasswordRulesAtLoad)
+{
+    {
+        auto config = OpenConfig(path);
+        Preference prefs(config.get());
+        prefs.SetValue("preserveMainFrmSize", "0");
+        prefs.SetValue("mainFrmX", "500");
+        prefs.SetValue("mainFrmH", "900");
+        prefs.SetValue("usePassword", "0");
+        prefs.SetValue("password", "secret");
+        prefs.SaveSettingParam();
+    }
+    auto config = OpenConfig(path);
+    Preference prefs(config.get());
+    prefs.Load();
+    EXPECT_EQ(prefs.GetValue("mainFrmX"), "16");
+    EXPECT_EQ(prefs.GetValue("mainFrmH"), "512");
+    EXPECT_EQ(prefs.GetValue("password"), "");
+    prefs.SaveSettingParam();
+    EXPECT_EQ(StoredText(path, "password"), "1700000000");
+
+    // With the password in use and the geometry kept, both come back.
+    prefs.SetValue("preserveMainFrmSize", "1");
+    prefs.SetValue("mainFrmX", "500");
+    prefs.SetValue("usePassword", "1");
+    prefs.SetValue("password", "secret");
+    prefs.SaveSettingParam();
+    auto config2 = OpenConfig(path);
+    Preference again(config2.get());
+    again.Load();
+    EXPECT_EQ(again.GetValue("mainFrmX"), "500");
+    EXPECT_EQ(again.GetValue("password"), "secret");
+}
+
+TEST_F(PreferenceTest, UnreadableStoredEntriesLeaveTheDefaults)
+{
+    {
+        auto config = OpenConfig(path);
+        config->Write(VtxEncode("mainFrmW"), "not encoded");
+        config->Write(VtxEncode("mainFrmH"), VtxEncode("12"));            // shorter than the prefix
+        config->Write(VtxEncode("mainFrmX"), VtxEncode("17000000xx700"));  // prefix not digits
+        config->Write(VtxEncode("mainFrmY"), "");
+        config->Write("mainFrmX", "999");  // a plain name is not ours either
+        config->Flush();
+    }
+    auto config = OpenConfig(path);
+    Preference prefs(config.get());
+    prefs.Load();
+    EXPECT_EQ(prefs.GetValue("mainFrmW"), "1024");
+    EXPECT_EQ(prefs.GetValue("mainFrmH"), "512");
+    EXPECT_EQ(prefs.GetValue("mainFrmX"), "16");
+    EXPECT_EQ(prefs.GetValue("mainFrmY"), "16");
+}
