@@ -1,0 +1,191 @@
+// Refresh URL against an HTTP server on loopback; TLS only in its failures,
+// since no trusted server can be reached from a test.
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <signal.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "../core/test_support.h"
+#include "desktop/jobs/web_refresh.h"
+#include "loopback_peers.h"
+#include "network_test_support.h"
+
+namespace {
+
+using std::chrono::steady_clock;
+
+wxString Url(const HttpServer& server, const char* path)
+{
+    return wxString::Format("http://127.0.0.1:%u%s", static_cast<unsigned>(server.Port()), path);
+}
+
+// The number after "WebReqID_" in a line.
+int RequestId(const wxString& line)
+{
+    long id = -1;
+    line.AfterFirst('_').AfterFirst('_').BeforeFirst(']').ToLong(&id);
+    return static_cast<int>(id);
+}
+
+bool HasHeader(const std::string& head, const std::string& line)
+{
+    return head.find("\r\n" + line + "\r\n") != std::string::npos;
+}
+
+}  // namespace
+
+using RefreshUrlJob = NetworkJobTest;
+
+TEST_F(RefreshUrlJob, SendsBothHeadersAndLogsStartActiveCompleted)
+{
+    HttpServer server;
+    RunJob(NJobTypeRefreshUrl, {Url(server, "/page?x=1")}, 5);
+    const std::vector<std::string> heads = server.Received(1);
+    ASSERT_EQ(heads.size(), 1u);
+    EXPECT_EQ(heads[0].rfind("GET /page?x=1 HTTP/1.1\r\n", 0), 0u) << heads[0];
+    EXPECT_TRUE(HasHeader(heads[0], "content-type: text/html; charset=utf-8")) << heads[0];
+    EXPECT_TRUE(HasHeader(heads[0], "X-UA-Compatible: IE=edge,chrome=1")) << heads[0];
+
+    const std::vector<wxString> lines = log.Lines();
+    ASSERT_EQ(lines.size(), 3u);
+    const int id = RequestId(lines[0]);
+    ASSERT_GT(id, 0);
+    const wxString tag = wxString::Format("[JID_5, WebReqID_%d] ", id);
+    EXPECT_TRUE(lines[0].EndsWith("--- " + tag + "Start Web Request >>>>>>")) << lines[0];
+    EXPECT_TRUE(lines[1].EndsWith("--- " + tag + "Still Active ......")) << lines[1];
+    EXPECT_TRUE(lines[2].EndsWith("<<- " + tag + "Completed <<<<<<")) << lines[2];
+}
+
+TEST_F(RefreshUrlJob, EachRequestGetsTheNextIdAndRedirectsAreFollowed)
+{
+    HttpServer server;
+    RunJob(NJobTypeRefreshUrl, {Url(server, "/first")}, 5);
+    RunJob(NJobTypeRefreshUrl, {Url(server, "/moved")}, 6);
+    const std::vector<std::string> heads = server.Received(3);
+    ASSERT_EQ(heads.size(), 3u);
+    EXPECT_EQ(heads[2].rfind("GET /final HTTP/1.1\r\n", 0), 0u) << heads[2];
+
+    const std::vector<wxString> starts = log.Matching("Start Web Request");
+    ASSERT_EQ(starts.size(), 2u);
+    EXPECT_EQ(RequestId(starts[1]), RequestId(starts[0]) + 1);
+    EXPECT_EQ(log.Matching("Completed <<<<<<").size(), 2u);
+    // One "Still Active" per request, however many answers it took.
+    EXPECT_EQ(log.Matching("Still Active").size(), 2u);
+}
+
+TEST_F(RefreshUrlJob, FailuresAreLoggedAsFailed)
+{
+    HttpServer server;
+    const struct {
+        wxString url;
+        const char* failure;
+    } cases[] = {
+        {wxString::Format("http://127.0.0.1:%u/", static_cast<unsigned>(ClosedLoopbackPort())), "Failed: "},
+        {Url(server, "/missing"), "Failed: Error: Not Found (404) <<<<<<"},
+        {Url(server, "/secret"), "Failed: Error: Unauthorized (401) <<<<<<"},
+        // TLS spoken to a plain-HTTP peer.
+        {wxString::Format("https://127.0.0.1:%u/", static_cast<unsigned>(server.Port())), "Failed: "},
+        // Only the web: no local files.
+        {"file:///etc/hostname", "Failed: "},
+        {"", "Failed: "},
+        {"http://bad host name/", "Failed: "},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.url);
+        const std::size_t before = log.Lines().size();
+        RunJob(NJobTypeRefreshUrl, {c.url}, 9);
+        const std::vector<wxString> lines = log.Lines();
+        ASSERT_GT(lines.size(), before);
+        EXPECT_TRUE(lines.back().Contains("<<- [JID_9, WebReqID_")) << lines.back();
+        EXPECT_TRUE(lines.back().Contains(c.failure)) << lines.back();
+    }
+    EXPECT_FALSE(log.Has("Completed"));
+    EXPECT_EQ(log.Matching("Unauthorized ......").size(), 1u);
+}
+
+TEST_F(RefreshUrlJob, RunsOnAWorkerThreadAndCanBeCancelled)
+{
+    HttpServer server;
+    std::atomic<bool> done{false};
+    std::thread worker([&] {
+        RunJob(NJobTypeRefreshUrl, {Url(server, "/silent")}, 8);
+        done = true;
+    });
+    const auto deadline = steady_clock::now() + std::chrono::seconds(5);
+    while (server.HeadsSeen() == 0 && steady_clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    ASSERT_EQ(server.HeadsSeen(), 1);
+    EXPECT_FALSE(done.load());
+
+    CancelWebRequests();
+    const auto cancelled = steady_clock::now();
+    while (!done && steady_clock::now() - cancelled < std::chrono::seconds(5))
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_TRUE(done.load());
+    worker.join();
+    // The worker's lines reach the log once this (main) thread flushes.
+    EXPECT_TRUE(log.Has("<<- [JID_8, WebReqID_"));
+    EXPECT_TRUE(log.Has("] Cancelled <<<<<<"));
+    EXPECT_FALSE(log.Has("Failed"));
+
+    // A request started after the cancel is not affected by it.
+    RunJob(NJobTypeRefreshUrl, {Url(server, "/after")}, 8);
+    EXPECT_TRUE(log.Has("Completed <<<<<<"));
+}
+
+TEST_F(RefreshUrlJob, SelfSignedCertificateIsRefused)
+{
+    if (std::system("command -v openssl >/dev/null 2>&1 && command -v python3 >/dev/null 2>&1") != 0)
+        GTEST_SKIP() << "needs openssl and python3 for a local TLS server";
+    TempDir dir;
+    const std::string key = dir.File("key.pem").ToStdString();
+    const std::string cert = dir.File("cert.pem").ToStdString();
+    const std::string portFile = dir.File("port").ToStdString();
+    ASSERT_EQ(std::system(("openssl req -x509 -newkey rsa:2048 -nodes -days 1 -subj /CN=127.0.0.1 -keyout '" + key +
+                           "' -out '" + cert + "' >/dev/null 2>&1")
+                              .c_str()),
+              0);
+    // A one-request TLS server on 127.0.0.1, telling its port through a file.
+    const char* script =
+        "import socket, ssl, sys\n"
+        "ctx = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)\n"
+        "ctx.load_cert_chain(sys.argv[1], sys.argv[2])\n"
+        "s = socket.socket(); s.bind(('127.0.0.1', 0)); s.listen(4); s.settimeout(20)\n"
+        "open(sys.argv[3] + '.tmp', 'w').write(str(s.getsockname()[1]))\n"
+        "import os; os.rename(sys.argv[3] + '.tmp', sys.argv[3])\n"
+        "c, _ = s.accept()\n"
+        "try:\n"
+        "    ctx.wrap_socket(c, server_side=True).recv(100)\n"
+        "except Exception:\n"
+        "    pass\n";
+    const pid_t pid = ::fork();
+    ASSERT_GE(pid, 0);
+    if (pid == 0) {
+        ::execlp("python3", "python3", "-c", script, cert.c_str(), key.c_str(), portFile.c_str(),
+                 static_cast<char*>(nullptr));
+        ::_exit(127);
+    }
+    int port = 0;
+    for (int i = 0; i < 200 && port == 0; ++i) {
+        std::ifstream in(portFile);
+        if (!(in >> port))
+            std::this_thread::sleep_for(std::chrono::milliseconds(25));
+    }
+    if (port > 0)
+        RunJob(NJobTypeRefreshUrl, {wxString::Format("https://127.0.0.1:%d/", port)}, 2);
+    ::kill(pid, SIGTERM);
+    ::waitpid(pid, nullptr, 0);
+    ASSERT_GT(port, 0) << "the TLS server did not start";
+    const std::vector<wxString> failed = log.Matching("Failed: ");
+    ASSERT_EQ(failed.size(), 1u);
+    EXPECT_TRUE(failed[0].Lower().Contains("certificate")) << failed[0];
+    EXPECT_FALSE(log.Has("Completed"));
+}
