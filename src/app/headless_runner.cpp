@@ -20,6 +20,8 @@
 #include "core/scheduler.h"
 #include "desktop/single_instance.h"
 #include "desktop/headless_actions.h"
+#include "desktop/jobs/network_jobs.h"
+#include "desktop/jobs/web_refresh.h"
 
 namespace {
 
@@ -87,6 +89,7 @@ int RunHeadless(const wxString& appDir)
     Scheduler scheduler(appDir);
     scheduler.LoadSchedulerData();
     RegisterHeadlessJobActions();
+    RegisterNetworkJobActions();
 
     HeadlessHost host;
     {
@@ -115,8 +118,10 @@ int RunHeadless(const wxString& appDir)
             WeekdayLog::Flush();
         }
         wxLogMessage("%d *** ->> CadrelleFrame::~CadrelleFrame", LogMs());
-        // Checker threads stop and are waited for before anything is saved.
+        // Checker threads stop and are waited for before anything is saved;
+        // web requests still running end as "Cancelled".
         engine.Shutdown();
+        CancelWebRequests();
     }
     scheduler.SetDataChanged(true);
     scheduler.SaveSchedulerData(true);

@@ -9,6 +9,7 @@
 #include "core/data/atomic_file.h"
 #include "core/prefs/preference.h"
 #include "core/scheduler.h"
+#include "desktop/jobs/web_refresh.h"
 #include "core/settings_lookup.h"
 
 namespace {
@@ -88,6 +89,7 @@ CadrelleFrame::~CadrelleFrame()
     wxLogMessage("%d *** ->> CadrelleFrame::~CadrelleFrame", LogMs());
     // Checker threads stop and are waited for before anything is saved.
     m_pEngine->Shutdown();
+    CancelWebRequests();
     m_pScheduler->SetDataChanged(true);
     m_pScheduler->SaveSchedulerData(true);
     wxLogMessage("%d *** SaveSchedulerData(true) Completed", LogMs());

@@ -1,0 +1,98 @@
+// The headless scheduler firing a Send UDP MSG job every 2 seconds, with a
+// chained job after the job interval: datagrams observed on loopback.
+
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+#include <wx/filename.h>
+
+#include "headless_process.h"
+#include "../core/test_support.h"
+
+namespace {
+
+struct Arrival {
+    std::string payload;
+    std::int64_t ms;  // wall clock, milliseconds since 1970
+};
+
+std::int64_t WallMs()
+{
+    timeval tv{};
+    ::gettimeofday(&tv, nullptr);
+    return static_cast<std::int64_t>(tv.tv_sec) * 1000 + tv.tv_usec / 1000;
+}
+
+}  // namespace
+
+TEST(HeadlessUdp, IntervalFiresAtEvenSecondsAndTheChainFollowsAfterItsInterval)
+{
+    const int fd = ::socket(AF_INET, SOCK_DGRAM, 0);
+    sockaddr_in addr{};
+    addr.sin_family = AF_INET;
+    addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    ASSERT_EQ(::bind(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr), 0);
+    socklen_t length = sizeof addr;
+    ::getsockname(fd, reinterpret_cast<sockaddr*>(&addr), &length);
+    const unsigned port = ntohs(addr.sin_port);
+
+    TempDir dir;
+    const std::string data = wxString::Format(
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<SCHEDULER>\n"
+        " <JOB><ID>0</ID><TYPE>10</TYPE><DESC>tick</DESC><ENABLE>1</ENABLE><JINTERVAL>500</JINTERVAL>"
+        "<TID>1</TID><JID>1</JID><INFO>tick $ 0 $ 0 $ 127.0.0.1 $ %u</INFO></JOB>\n"
+        " <JOB><ID>1</ID><TYPE>10</TYPE><DESC>tock</DESC><ENABLE>0</ENABLE><JINTERVAL>0</JINTERVAL>"
+        "<TID></TID><JID></JID><INFO>tock $ 0 $ 0 $ 127.0.0.1 $ %u</INFO></JOB>\n"
+        " <TRIGGER><ID>1</ID><TYPE>2</TYPE><CONDITION>0/2 * * * * ?</CONDITION>"
+        "<PREVFIRE>0 0 0 1 1 * 1999</PREVFIRE><NEXTFIRE>0 0 0 1 1 * 1999</NEXTFIRE>"
+        "<START>0 0 0 1 1 * 1999</START><END>59 59 23 31 12 * 2999</END></TRIGGER>\n"
+        "</SCHEDULER>\n",
+        port, port).utf8_str().data();
+    WriteFileBytes(dir.File("app/data/data1.xml"), data);
+    wxFileName::Mkdir(dir.File("home"), 0700, wxPATH_MKDIR_FULL);
+    HeadlessProcess process(std::string(dir.File("app").utf8_str()), std::string(dir.File("home").utf8_str()));
+    ASSERT_TRUE(process.Start());
+
+    std::vector<Arrival> arrivals;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(9000);
+    while (std::chrono::steady_clock::now() < end) {
+        pollfd pfd{fd, POLLIN, 0};
+        if (::poll(&pfd, 1, 100) <= 0)
+            continue;
+        char buffer[256];
+        const ssize_t n = ::recv(fd, buffer, sizeof buffer, 0);
+        if (n > 0)
+            arrivals.push_back({std::string(buffer, static_cast<std::size_t>(n)), WallMs()});
+    }
+    EXPECT_EQ(process.Stop(SIGTERM), 0);
+    ::close(fd);
+
+    int ticks = 0;
+    for (std::size_t i = 0; i < arrivals.size(); ++i) {
+        const Arrival& a = arrivals[i];
+        if (a.payload == "tick") {
+            ++ticks;
+            // Inside the 200 ms before an even second (a little slack for
+            // the datagram's way to this process).
+            const std::int64_t phase = a.ms % 2000;  // 0 at an even second
+            const std::int64_t early = phase == 0 ? 0 : 2000 - phase;
+            EXPECT_TRUE(early <= 220 || phase < 30) << "tick " << ticks << " at phase " << phase << " ms";
+            // The disabled chained job follows about 500 ms later.
+            ASSERT_LT(i + 1, arrivals.size());
+            EXPECT_EQ(arrivals[i + 1].payload, "tock");
+            const std::int64_t gap = arrivals[i + 1].ms - a.ms;
+            EXPECT_GE(gap, 450) << gap;
+            EXPECT_LE(gap, 900) << gap;
+        }
+    }
+    EXPECT_GE(ticks, 3);
+}
