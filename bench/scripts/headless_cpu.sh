@@ -42,13 +42,16 @@ python3 "$here/make_data_file.py" "$work/fire/data/data1.xml" 300 "* * * * * ?"
 run_headless "$work/fire"
 sleep 6.5
 kill -TERM "$pid"; wait "$pid" || true
-python3 - "$work/fire/output.txt" <<'PY'
-import re, sys
+python3 - "$work/fire" <<'PY'
+import glob, re, sys
 # "HH:MM:SS: ms ->> [JID_n, ...": the job thread started ms before the next
 # whole second (the trigger's moment).
 errors = []
-for line in open(sys.argv[1], encoding="utf-8", errors="replace"):
-    m = re.match(r"(\d\d):(\d\d):(\d\d): (\d+) ->> \[JID_", line)
+lines = []
+for path in glob.glob(sys.argv[1] + "/log_*.txt"):
+    lines += open(path, encoding="utf-8", errors="replace").readlines()
+for line in lines:
+    m = re.match(r"\d\d-\d\d (\d\d):(\d\d):(\d\d): (\d+) ->> \[JID_", line)
     if m:
         ms = int(m.group(4))
         # Positive: started this long before the whole second; negative: late.
