@@ -81,11 +81,12 @@ TEST(HeadlessUdp, IntervalFiresAtEvenSecondsAndTheChainFollowsAfterItsInterval)
         const Arrival& a = arrivals[i];
         if (a.payload == "tick") {
             ++ticks;
-            // Inside the 200 ms before an even second (a little slack for
-            // the datagram's way to this process).
             const std::int64_t phase = a.ms % 2000;  // 0 at an even second
             const std::int64_t early = phase == 0 ? 0 : 2000 - phase;
-            EXPECT_TRUE(early <= 220 || phase < 30) << "tick " << ticks << " at phase " << phase << " ms";
+            // The trigger fires inside the 200 ms before the moment; the
+            // datagram may come a little later on a busy machine (the job
+            // thread has to be started and scheduled first).
+            EXPECT_TRUE(early <= 220 || phase < 150) << "tick " << ticks << " at phase " << phase << " ms";
             // The disabled chained job follows about 500 ms later.
             ASSERT_LT(i + 1, arrivals.size());
             EXPECT_EQ(arrivals[i + 1].payload, "tock");
