@@ -87,8 +87,10 @@ TEST(HeadlessUdp, IntervalFiresAtEvenSecondsAndTheChainFollowsAfterItsInterval)
             // datagram may come a little later on a busy machine (the job
             // thread has to be started and scheduled first).
             EXPECT_TRUE(early <= 220 || phase < 150) << "tick " << ticks << " at phase " << phase << " ms";
-            // The disabled chained job follows about 500 ms later.
-            ASSERT_LT(i + 1, arrivals.size());
+            // The disabled chained job follows about 500 ms later (unless the
+            // listening window closed in between).
+            if (i + 1 == arrivals.size())
+                break;
             EXPECT_EQ(arrivals[i + 1].payload, "tock");
             const std::int64_t gap = arrivals[i + 1].ms - a.ms;
             EXPECT_GE(gap, 450) << gap;
