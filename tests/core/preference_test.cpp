@@ -1,5 +1,7 @@
 // Preferences: defaults, the encoded store, the load rules, and the codec.
 
+#include <map>
+
 #include <sys/stat.h>
 
 #include <gtest/gtest.h>
@@ -79,6 +81,28 @@ protected:
     void SetUp() override { SetClock(&clock); }
     void TearDown() override { SetClock(nullptr); }
 
+    // Stores `values` as a program run would (set, then save at exit).
+    void SaveValues(std::initializer_list<std::pair<const char*, const char*>> values)
+    {
+        auto config = OpenConfig(path);
+        Preference prefs(config.get());
+        prefs.Load();
+        for (const auto& value : values)
+            prefs.SetValue(value.first, value.second);
+        prefs.SaveSettingParam();
+    }
+    // What the next start sees.
+    std::map<wxString, wxString> LoadValues()
+    {
+        auto config = OpenConfig(path);
+        Preference prefs(config.get());
+        prefs.Load();
+        std::map<wxString, wxString> values;
+        for (const auto& entry : Preference::Defaults())
+            values[entry.first] = prefs.GetValue(entry.first);
+        return values;
+    }
+
     TempDir dir;
     wxString path = dir.File("Cadrelle.conf");
     ManualClock clock{1700000000000LL};
@@ -107,61 +131,34 @@ TEST_F(PreferenceTest, FirstStartGivesTheDefaultTableAndSavingWritesItEncoded)
 
 TEST_F(PreferenceTest, ChangedValuesComeBackAndEachSaveStoresNewText)
 {
-    {
-        auto config = OpenConfig(path);
-        Preference prefs(config.get());
-        prefs.Load();
-        prefs.SetValue("execMissFiredTrigger", "1");
-        prefs.SetValue("mainFrmX", "300");
-        prefs.SaveSettingParam();
-    }
+    SaveValues({{"execMissFiredTrigger", "1"}, {"mainFrmX", "300"}});
     const std::string first = ReadFileBytes(path);
     clock.Advance(5000);
-    {
-        auto config = OpenConfig(path);
-        Preference prefs(config.get());
-        prefs.Load();
-        EXPECT_EQ(prefs.GetValue("execMissFiredTrigger"), "1");
-        EXPECT_EQ(prefs.GetValue("mainFrmX"), "300");
-        EXPECT_EQ(prefs.GetValue("mainFrmY"), "16");
-        prefs.SaveSettingParam();  // the same values again
-    }
+    std::map<wxString, wxString> values = LoadValues();
+    EXPECT_EQ(values["execMissFiredTrigger"], "1");
+    EXPECT_EQ(values["mainFrmX"], "300");
+    EXPECT_EQ(values["mainFrmY"], "16");
+    SaveValues({});  // the same values again
     EXPECT_NE(ReadFileBytes(path), first);
     EXPECT_EQ(StoredText(path, "mainFrmX"), "1700000005" "300");
 }
 
 TEST_F(PreferenceTest, GeometryAndPasswordRulesAtLoad)
 {
-    {
-        auto config = OpenConfig(path);
-        Preference prefs(config.get());
-        prefs.SetValue("preserveMainFrmSize", "0");
-        prefs.SetValue("mainFrmX", "500");
-        prefs.SetValue("mainFrmH", "900");
-        prefs.SetValue("usePassword", "0");
-        prefs.SetValue("password", "secret");
-        prefs.SaveSettingParam();
-    }
-    auto config = OpenConfig(path);
-    Preference prefs(config.get());
-    prefs.Load();
-    EXPECT_EQ(prefs.GetValue("mainFrmX"), "16");
-    EXPECT_EQ(prefs.GetValue("mainFrmH"), "512");
-    EXPECT_EQ(prefs.GetValue("password"), "");
-    prefs.SaveSettingParam();
+    SaveValues({{"preserveMainFrmSize", "0"}, {"mainFrmX", "500"}, {"mainFrmH", "900"}, {"usePassword", "0"},
+                {"password", "secret"}});
+    std::map<wxString, wxString> values = LoadValues();
+    EXPECT_EQ(values["mainFrmX"], "16");
+    EXPECT_EQ(values["mainFrmH"], "512");
+    EXPECT_EQ(values["password"], "");
+    SaveValues({});  // saved again at exit: the password is gone from the file too
     EXPECT_EQ(StoredText(path, "password"), "1700000000");
 
     // With the password in use and the geometry kept, both come back.
-    prefs.SetValue("preserveMainFrmSize", "1");
-    prefs.SetValue("mainFrmX", "500");
-    prefs.SetValue("usePassword", "1");
-    prefs.SetValue("password", "secret");
-    prefs.SaveSettingParam();
-    auto config2 = OpenConfig(path);
-    Preference again(config2.get());
-    again.Load();
-    EXPECT_EQ(again.GetValue("mainFrmX"), "500");
-    EXPECT_EQ(again.GetValue("password"), "secret");
+    SaveValues({{"preserveMainFrmSize", "1"}, {"mainFrmX", "500"}, {"usePassword", "1"}, {"password", "secret"}});
+    values = LoadValues();
+    EXPECT_EQ(values["mainFrmX"], "500");
+    EXPECT_EQ(values["password"], "secret");
 }
 
 TEST_F(PreferenceTest, UnreadableStoredEntriesLeaveTheDefaults)
