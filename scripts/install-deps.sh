@@ -11,6 +11,8 @@ PACKAGES=(
   libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev
   tzdata xvfb xauth xdotool xprintidle
+  libglib2.0-dev libxext-dev libxtst-dev libpng-dev
+  openbox dbus-daemon python3 python3-dbusmock desktop-file-utils
 )
 
 missing=()

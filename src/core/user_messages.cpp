@@ -14,6 +14,16 @@ void LogUserMessages::ShowMessage(const wxString& text, const wxString& caption)
                  static_cast<const char*>(text.utf8_str()));
 }
 
+void UserMessages::ShowNotice(std::uint32_t jobId, const wxString& text)
+{
+    wxLogMessage("%d ### [JID_%u] Notice: %s", LogMs(), jobId, text);
+}
+
+void UserMessages::ShowReminder(std::uint32_t jobId, const wxString& text, bool important)
+{
+    wxLogMessage("%d ### [JID_%u] Reminder%s: %s", LogMs(), jobId, important ? " (important)" : "", text);
+}
+
 namespace {
 LogUserMessages g_logMessages;
 std::atomic<UserMessages*> g_messages{&g_logMessages};
