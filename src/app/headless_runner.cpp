@@ -20,7 +20,7 @@
 #include "core/scheduler.h"
 #include "desktop/single_instance.h"
 #include "desktop/headless_actions.h"
-#include "desktop/jobs/network_jobs.h"
+#include "desktop/desktop_actions.h"
 #include "desktop/jobs/web_refresh.h"
 
 namespace {
@@ -89,7 +89,7 @@ int RunHeadless(const wxString& appDir)
     Scheduler scheduler(appDir);
     scheduler.LoadSchedulerData();
     RegisterHeadlessJobActions();
-    RegisterNetworkJobActions();
+    RegisterDesktopJobActions();
 
     HeadlessHost host;
     {

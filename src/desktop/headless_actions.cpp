@@ -19,7 +19,7 @@ void NeedsDesktop(Job& job)
 void RegisterHeadlessJobActions()
 {
     const std::uint32_t desktopKinds[] = {
-        NJobTypeReminder,   NJobTypeOpenUrl,       NJobTypeOpenFile,   NJobTypeOpenFolder,
+        NJobTypeOpenUrl,       NJobTypeOpenFile,   NJobTypeOpenFolder,
         NJobTypeExecDosCommand, NJobTypeAutoScreenshot, NJobTypeCloseApp, NJobTypeSendKey,
         NJobTypeKeyTyping,  NJobTypeMouseClick,    NJobTypeLockWorkstation, NJobTypeShutoffDisplay,
     };

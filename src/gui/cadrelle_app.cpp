@@ -7,7 +7,7 @@
 #include "core/app_dir.h"
 #include "core/app_start_time.h"
 #include "desktop/platform/idle_time_platform.h"
-#include "desktop/jobs/network_jobs.h"
+#include "desktop/desktop_actions.h"
 #include "gui/gui_user_messages.h"
 #include "gui/main_frame.h"
 
@@ -37,7 +37,7 @@ bool CadrelleApp::OnInit()
         return false;
     }
     SetAppStartTime(wxDateTime::UNow());
-    RegisterNetworkJobActions();
+    RegisterDesktopJobActions();
     g_idleTime = CreatePlatformIdleTimeSource();
     SetIdleTimeSource(g_idleTime.get());
     auto* frame = new CadrelleFrame(ChooseAppDir(g_appDirOverride, ExecutableDir()));

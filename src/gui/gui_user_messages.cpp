@@ -5,10 +5,30 @@
 #include <wx/msgdlg.h>
 
 #include "core/core_log.h"
+#include "core/translate.h"
+#include "desktop/platform/desktop_notifier.h"
+#include "gui/message_window.h"
 
 void GuiUserMessages::ShowMessage(const wxString& text, const wxString& caption)
 {
     wxLogMessage("%d ### [%s] %s", LogMs(), caption, text);
     // Queued to the main thread; the caller never waits for the user.
     wxTheApp->CallAfter([text, caption] { wxMessageBox(text, caption, wxOK | wxCENTRE); });
+}
+
+void GuiUserMessages::ShowNotice(std::uint32_t jobId, const wxString& text)
+{
+    UserMessages::ShowNotice(jobId, text);
+    const NotifyOutcome outcome = SendDesktopNotification("Cadrelle", text);
+    if (outcome.ok)
+        return;
+    wxLogMessage("%d ### [JID_%u] Notice shown in a window: %s", LogMs(), jobId, outcome.reason);
+    wxTheApp->CallAfter([text] { MessageWindow::Open("Cadrelle", text); });
+}
+
+void GuiUserMessages::ShowReminder(std::uint32_t jobId, const wxString& text, bool important)
+{
+    UserMessages::ShowReminder(jobId, text, important);
+    const wxString title = "Cadrelle - " + TranslateFromAnyThread("Reminder");
+    wxTheApp->CallAfter([title, text] { MessageWindow::Open(title, text); });
 }

@@ -62,9 +62,9 @@ TEST(Headless, RunsUntilSigtermAndSavesTheAdvancedTimes)
     const std::string log = LogText(dir.File("app"));
     EXPECT_NE(log.find(">>> Cadrelle Start >>>"), std::string::npos) << log;
     EXPECT_NE(log.find("->> [JID_0, ThreadID_"), std::string::npos) << log;
-    // The reminder needs a desktop: the job thread says so, and its line
-    // reaches the file through the main thread.
-    EXPECT_NE(log.find("--- [JID_0] Reminder needs a desktop session"), std::string::npos) << log;
+    // An important reminder has no window to go to: the job thread writes
+    // it to the log, and its line reaches the file through the main thread.
+    EXPECT_NE(log.find("### [JID_0] Reminder (important): Drink tea"), std::string::npos) << log;
     EXPECT_NE(log.find("<<- [JID_0, ThreadID_"), std::string::npos) << log;
     EXPECT_NE(log.find("SaveSchedulerData(true) Completed"), std::string::npos) << log;
     EXPECT_NE(log.find("SaveSettingParam() Completed"), std::string::npos) << log;

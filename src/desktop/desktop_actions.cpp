@@ -1,0 +1,10 @@
+#include "desktop/desktop_actions.h"
+
+#include "desktop/jobs/network_jobs.h"
+#include "desktop/jobs/reminder_job.h"
+
+void RegisterDesktopJobActions()
+{
+    RegisterNetworkJobActions();
+    RegisterReminderJobAction();
+}

@@ -1,0 +1,36 @@
+#include "desktop/jobs/reminder_job.h"
+
+#include <wx/log.h>
+
+#include "core/core_log.h"
+#include "core/jobs/job.h"
+#include "core/jobs/job_actions.h"
+#include "core/translate.h"
+#include "core/user_messages.h"
+#include "desktop/platform/desktop_notifier.h"
+
+namespace {
+
+void ShowReminder(Job& job)
+{
+    const wxString text = job.GetParamAt(0);
+    const int jid = job.GetId();
+    if (job.GetParamAt(1) == "1") {
+        GetUserMessages().ShowReminder(jid, text, true);
+        return;
+    }
+    const NotifyOutcome outcome = SendDesktopNotification(TranslateFromAnyThread("Reminder"), text);
+    if (outcome.ok) {
+        wxLogMessage("%d --- [JID_%d] Reminder shown as a desktop notification", LogMs(), jid);
+        return;
+    }
+    wxLogMessage("%d --- [JID_%d] Reminder shown in a window: %s", LogMs(), jid, outcome.reason);
+    GetUserMessages().ShowReminder(jid, text, true);
+}
+
+}  // namespace
+
+void RegisterReminderJobAction()
+{
+    SetJobAction(NJobTypeReminder, ShowReminder);
+}
