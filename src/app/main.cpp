@@ -1,6 +1,7 @@
 // Entry point: the command-line modes run with wxBase only and need no
 // display; everything else starts the window.
 
+#include <cstdlib>
 #include <iostream>
 
 #include <wx/app.h>
@@ -67,6 +68,10 @@ int main(int argc, char** argv)
     case CommandLine::Mode::Gui:
         break;
     }
+    // Window titles, key and mouse input and screen captures go through X11;
+    // on a Wayland desktop the window runs on XWayland so that they reach at
+    // least the X11 programs, and the jobs say plainly what they cannot do.
+    ::setenv("GDK_BACKEND", "x11", 0);
     // The toolkit gets no arguments of ours: it would reject them.
     CadrelleApp::SetAppDirOverride(wxString::FromUTF8(cl.appDir));
     int toolkitArgc = 1;

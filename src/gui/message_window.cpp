@@ -7,6 +7,8 @@
 
 namespace {
 constexpr int kTextWrapWidth = 420;
+// Wide enough that the title bar shows the whole title.
+constexpr int kMinWidth = 360;
 }  // namespace
 
 MessageWindow* MessageWindow::Open(const wxString& title, const wxString& text)
@@ -32,6 +34,7 @@ MessageWindow::MessageWindow(const wxString& title, const wxString& text)
     sizer->Add(label, 1, wxALL | wxEXPAND, 16);
     sizer->Add(ok, 0, wxALL | wxALIGN_RIGHT, 10);
     panel->SetSizer(sizer);
+    sizer->SetMinSize(kMinWidth, -1);
     sizer->SetSizeHints(this);
     ok->SetDefault();
     ok->SetFocus();
