@@ -12,7 +12,8 @@
 
 namespace {
 
-pid_t Spawn(const std::string& home, const std::vector<std::string>& args, const std::string& outputFile)
+pid_t Spawn(const std::string& home, const std::vector<std::string>& args, const std::string& outputFile,
+            const ChildEnvironment& environment = {})
 {
     const pid_t pid = ::fork();
     if (pid != 0)
@@ -25,6 +26,11 @@ pid_t Spawn(const std::string& home, const std::vector<std::string>& args, const
     ::setenv("XDG_DATA_HOME", (home + "/.local/share").c_str(), 1);
     ::unsetenv("DISPLAY");
     ::unsetenv("WAYLAND_DISPLAY");
+    // Never the machine's own session bus.
+    ::unsetenv("DBUS_SESSION_BUS_ADDRESS");
+    ::setenv("XDG_RUNTIME_DIR", home.c_str(), 1);
+    for (const auto& [name, value] : environment)
+        ::setenv(name.c_str(), value.c_str(), 1);
     std::vector<char*> argv;
     argv.push_back(const_cast<char*>(CADRELLE_BINARY));
     for (const std::string& arg : args)
@@ -74,7 +80,13 @@ bool HeadlessProcess::Start(const std::vector<std::string>& extraArgs)
 {
     std::vector<std::string> args = {"--headless", "--app-dir", m_appDir};
     args.insert(args.end(), extraArgs.begin(), extraArgs.end());
-    m_pid = Spawn(m_home, args, m_outputFile);
+    m_pid = Spawn(m_home, args, m_outputFile, m_environment);
+    return m_pid > 0;
+}
+
+bool HeadlessProcess::StartWindow()
+{
+    m_pid = Spawn(m_home, {"--app-dir", m_appDir}, m_outputFile, m_environment);
     return m_pid > 0;
 }
 

@@ -3,9 +3,13 @@
 // folder and home, stopped by its process id.
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <sys/types.h>
+
+// Variables set in the child after the defaults (no DISPLAY, no session bus).
+using ChildEnvironment = std::vector<std::pair<std::string, std::string>>;
 
 class HeadlessProcess {
 public:
@@ -16,7 +20,11 @@ public:
     HeadlessProcess(const HeadlessProcess&) = delete;
     HeadlessProcess& operator=(const HeadlessProcess&) = delete;
 
+    void SetEnvironment(ChildEnvironment environment) { m_environment = std::move(environment); }
     bool Start(const std::vector<std::string>& extraArgs = {});
+    // The window instead of the headless mode (needs DISPLAY in the
+    // environment).
+    bool StartWindow();
     // Sends `signal` and waits; returns the exit status (-1 if it did not
     // exit normally within the limit).
     int Stop(int signal, int limitMs = 10000);
@@ -27,6 +35,7 @@ private:
     std::string m_appDir;
     std::string m_home;
     std::string m_outputFile;
+    ChildEnvironment m_environment;
     pid_t m_pid = -1;
 };
 
