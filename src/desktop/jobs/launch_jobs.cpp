@@ -1,0 +1,123 @@
+#include "desktop/jobs/launch_jobs.h"
+
+#include <wx/log.h>
+
+#include "core/core_log.h"
+#include "core/jobs/job.h"
+#include "core/jobs/job_actions.h"
+#include "core/settings_lookup.h"
+#include "core/translate.h"
+#include "core/user_messages.h"
+#include "desktop/jobs/backup_job.h"
+#include "desktop/platform/launcher.h"
+
+namespace {
+
+bool IsMinimizeOn()
+{
+    return GetSettings().GetSetting("minimizeOnOpenJob").IsSameAs("1", false);
+}
+
+// "http:", "mailto:", "file:": letters first, then letters, digits, + - .,
+// then a colon. A Windows drive ("C:") is not a scheme.
+bool HasScheme(const wxString& text)
+{
+    const int colon = text.Find(':');
+    if (colon < 2)
+        return false;
+    for (int i = 0; i < colon; ++i) {
+        const wxUniChar c = text[i];
+        const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+        const bool other = (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.';
+        if (!letter && !(i > 0 && other))
+            return false;
+    }
+    return true;
+}
+
+// The log says what happened; a session that lacks the means (no display, no
+// terminal, no application for the type) is also told to the user, who
+// otherwise would see nothing happen.
+void Report(Job& job, const LaunchOutcome& outcome, const wxString& target, const wxString& failureLine)
+{
+    const int jid = job.GetId();
+    if (outcome.ok) {
+        wxLogMessage("%d --- [JID_%d] Started %s for \"%s\"", LogMs(), jid, outcome.started, target);
+        if (!outcome.note.empty())
+            wxLogMessage("%d --- [JID_%d] %s", LogMs(), jid, outcome.note);
+        return;
+    }
+    wxLogMessage("%d --- [JID_%d] %s %s", LogMs(), jid, failureLine, outcome.reason);
+    if (outcome.sessionLacks) {
+        const wxString text = wxString::Format(TranslateFromAnyThread("%s could not run:\n%s"), job.GetTypeName(),
+                                               outcome.reason);
+        GetUserMessages().ShowMessage(text, "Cadrelle");
+    }
+}
+
+bool RefuseEmpty(Job& job, const wxString& target, const char* what)
+{
+    if (!target.empty())
+        return false;
+    wxLogMessage("%d --- [JID_%d] Nothing to do: %s is empty", LogMs(), job.GetId(), what);
+    return true;
+}
+
+void OpenUrl(Job& job)
+{
+    wxString url = job.GetParamAt(0);
+    url.Trim(true).Trim(false);
+    if (RefuseEmpty(job, url, "the URL"))
+        return;
+    // Windows opens "www.example.com" in the browser; so do we. An absolute
+    // path is a file, as a "file:" URL is.
+    LaunchOutcome outcome;
+    if (HasScheme(url))
+        outcome = OpenUriWithDefault(url);
+    else if (url.StartsWith("/"))
+        outcome = OpenPathWithDefault(url);
+    else
+        outcome = OpenUriWithDefault("http://" + url);
+    Report(job, outcome, url, wxString::Format("Failed to open URL \"%s\" in default browser.", url));
+}
+
+// Open File and Open Folder alike: the default application for the type, so a
+// folder given to Open File opens in the file manager as well.
+void OpenPath(Job& job)
+{
+    const wxString path = job.GetParamAt(0);
+    if (RefuseEmpty(job, path, "the path"))
+        return;
+    const LaunchOutcome outcome =
+        path.StartsWith("file:") ? OpenUriWithDefault(path) : OpenPathWithDefault(path);
+    Report(job, outcome, path, wxString::Format("Cannot open \"%s\":", path));
+}
+
+void ExecCommand(Job& job)
+{
+    const wxString command = job.GetParamAt(0);
+    const LaunchOutcome outcome = RunCommandInTerminal(command, IsMinimizeOn());
+    Report(job, outcome, command, wxString::Format("Cannot run \"%s\" in a terminal:", command));
+}
+
+// Scripts have no window of their own; "minimizeOnOpenJob" does not apply.
+void ExecScript(Job& job)
+{
+    const wxString path = job.GetParamAt(0);
+    if (RefuseEmpty(job, path, "the script file"))
+        return;
+    const LaunchOutcome outcome = RunScriptFile(path);
+    Report(job, outcome, path, wxString::Format("Cannot run the script \"%s\":", path));
+}
+
+}  // namespace
+
+void RegisterLaunchJobActions()
+{
+    SetJobAction(NJobTypeOpenUrl, OpenUrl);
+    SetJobAction(NJobTypeOpenFile, OpenPath);
+    SetJobAction(NJobTypeOpenFolder, OpenPath);
+    SetJobAction(NJobTypeExecDosCommand, ExecCommand);
+    SetJobAction(NJobTypeExecScriptFile, ExecScript);
+    SetJobAction(NJobTypeBackupFolder, RunBackupJob);
+}
