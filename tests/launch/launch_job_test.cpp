@@ -1,0 +1,283 @@
+// The launch kinds against recorder handlers: the default applications are
+// recorder .desktop entries, the terminal is a recorder that really runs what
+// it is given, scripts leave marker files. Every effect is awaited with a
+// deadline.
+
+#include <filesystem>
+#include <thread>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "core/jobs/job_actions.h"
+#include "desktop/jobs/launch_jobs.h"
+#include "launch_test_support.h"
+#include "recorded_messages.h"
+
+namespace fs = std::filesystem;
+using namespace launch_test;
+
+namespace {
+
+std::vector<std::string> Tail(const std::vector<std::string>& call)
+{
+    return std::vector<std::string>(call.begin() + 1, call.end());
+}
+
+class LaunchJobTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        RegisterLaunchJobActions();
+        m_previousLog = wxLog::SetActiveTarget(&log);
+        SetSettings(&settings);
+        ClearRecordedCalls();
+        fs::remove_all(GetSession().work);
+        fs::create_directories(GetSession().work);
+        ASSERT_EQ(::mkfifo(Work("keyboard").c_str(), 0600), 0);
+        ::unsetenv("TERMINAL");
+    }
+
+    void TearDown() override
+    {
+        // A terminal recorder still waiting for Enter must end with the test.
+        const int keyboard = ::open(Work("keyboard").c_str(), O_RDWR | O_NONBLOCK);
+        if (keyboard >= 0) {
+            (void)!::write(keyboard, "\n\n\n\n", 4);
+            ::close(keyboard);
+        }
+        EXPECT_EQ(StrayChildren(), std::vector<std::string>()) << "a launch left a child behind";
+        SetSettings(nullptr);
+        wxLog::FlushActive();
+        wxLog::SetActiveTarget(m_previousLog);
+        ::unsetenv("TERMINAL");
+        ClearJobActions();
+    }
+
+    static std::string Work(const std::string& name) { return GetSession().work + "/" + name; }
+
+    // Message boxes shown, as "caption|text".
+    std::vector<std::string> Boxes() const
+    {
+        std::vector<std::string> boxes;
+        for (const RecordedMessage& message : messages.All()) {
+            if (message.kind == RecordedMessage::Kind::Box)
+                boxes.push_back(message.caption + "|" + message.text);
+        }
+        return boxes;
+    }
+
+    RecordedMessages messages;
+    CapturedLog log;
+    ChosenSettings settings;
+
+private:
+    wxLog* m_previousLog = nullptr;
+};
+
+TEST_F(LaunchJobTest, DefaultApplicationsReceiveExactlyTheTarget)
+{
+    const std::string textFile = Work("notes with blanks ü.txt");
+    WriteText(textFile, "some text\n");
+    const std::string folder = Work("a folder ✓");
+    fs::create_directory(folder);
+    struct Case {
+        std::uint32_t kind;
+        std::string target;
+        std::vector<std::string> expected;
+    } cases[] = {
+        {NJobTypeOpenUrl, "https://example.test/a%20b?q=1&r=ü", {"browser", "https://example.test/a%20b?q=1&r=ü"}},
+        // No scheme: the web, as on Windows.
+        {NJobTypeOpenUrl, "www.example.test/page", {"browser", "http://www.example.test/page"}},
+        {NJobTypeOpenUrl, "file://" + textFile, {"files", textFile}},
+        {NJobTypeOpenFile, textFile, {"files", textFile}},
+        {NJobTypeOpenFolder, folder, {"files", folder}},
+        // A folder given to Open File opens in the file manager too.
+        {NJobTypeOpenFile, folder, {"files", folder}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.target);
+        ClearRecordedCalls();
+        RunJob(c.kind, {wxString::FromUTF8(c.target)});
+        const auto calls = WaitForCalls(1);
+        ASSERT_EQ(calls.size(), 1u);
+        EXPECT_EQ(Tail(calls[0]), c.expected);
+    }
+    EXPECT_TRUE(Boxes().empty());
+    EXPECT_EQ(log.Matching("Started Test Browser").size(), 2u);
+}
+
+TEST_F(LaunchJobTest, WhatTheSessionLacksIsToldInAMessageBox)
+{
+    const std::string blob = Work("data.cdrlunknown");
+    WriteText(blob, std::string("\x00\x01\x02\xff", 4));
+
+    RunJob(NJobTypeOpenFile, {wxString::FromUTF8(blob)});
+    RunJob(NJobTypeOpenUrl, {"gopher://example.test/"});
+    const std::string display = std::getenv("DISPLAY");
+    ::unsetenv("DISPLAY");
+    RunJob(NJobTypeOpenFolder, {wxString::FromUTF8(GetSession().work)});
+    ::setenv("DISPLAY", ":999", 1);
+    RunJob(NJobTypeOpenUrl, {"https://example.test/"});
+    ::setenv("DISPLAY", display.c_str(), 1);
+
+    const std::vector<std::string> boxes = Boxes();
+    ASSERT_EQ(boxes.size(), 4u);
+    EXPECT_EQ(boxes[0], "Cadrelle|Open File could not run:\n"
+                        "no application is set to open files of type \"application/octet-stream\"");
+    EXPECT_EQ(boxes[1], "Cadrelle|Open URL could not run:\nno default application is set for \"gopher\" links");
+    EXPECT_EQ(boxes[2], "Cadrelle|Open Folder could not run:\nno graphical display: DISPLAY is not set");
+    EXPECT_EQ(boxes[3], "Cadrelle|Open URL could not run:\n"
+                        "no graphical display: cannot connect to the X display \":999\"");
+    EXPECT_EQ(log.Matching("Failed to open URL \"gopher://example.test/\" in default browser. no default").size(), 1u);
+    EXPECT_TRUE(RecordedCalls().empty());
+}
+
+TEST_F(LaunchJobTest, AWrongTargetIsLoggedWithoutABox)
+{
+    const std::string missing = Work("no such file.txt");
+    RunJob(NJobTypeOpenFile, {wxString::FromUTF8(missing)}, 12);
+    RunJob(NJobTypeExecScriptFile, {wxString::FromUTF8(Work("missing.sh"))}, 12);
+    RunJob(NJobTypeOpenUrl, {}, 12);
+
+    EXPECT_TRUE(Boxes().empty());
+    EXPECT_EQ(log.Matching("[JID_12] Cannot open \"" + wxString::FromUTF8(missing) + "\":").size(), 1u);
+    EXPECT_EQ(log.Matching("No such file or directory").size(), 2u);
+    EXPECT_EQ(log.Matching("[JID_12] Nothing to do: the URL is empty").size(), 1u);
+    EXPECT_TRUE(RecordedCalls().empty());
+}
+
+TEST_F(LaunchJobTest, TheCommandRunsInATerminalThatStaysOpenUntilEnter)
+{
+    ::setenv("TERMINAL", (GetSession().bin + "/test-terminal").c_str(), 1);
+    const std::string marker = Work("dos marker.txt");
+    // "exit" must not close the window before the user has read it.
+    const std::string command = "echo \"it ran\" > '" + marker + "'; exit 3";
+    RunJob(NJobTypeExecDosCommand, {wxString::FromUTF8(command)});
+
+    const auto calls = WaitForCalls(1);
+    ASSERT_EQ(calls.size(), 1u);
+    const std::vector<std::string> argv = Tail(calls[0]);
+    ASSERT_EQ(argv.size(), 6u);
+    EXPECT_EQ(argv[0], "-e");
+    EXPECT_EQ(argv[1], "/bin/sh");
+    EXPECT_EQ(argv[2], "-c");
+    EXPECT_NE(argv[3].find("read"), std::string::npos) << "the terminal is not asked to wait for Enter";
+    EXPECT_EQ(argv[5], command);
+
+    ASSERT_TRUE(WaitUntil([&] { return ReadText(marker) == "it ran\n"; }));
+    ASSERT_TRUE(WaitUntil([&] { return ReadText(Work("terminal.out")).find("[Press Enter") != std::string::npos; }));
+    std::string closed;
+    for (const fs::directory_entry& entry : fs::directory_iterator(GetSession().calls)) {
+        if (entry.path().extension() == ".args")
+            closed = (entry.path().parent_path() / entry.path().stem()).string() + ".closed";
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_FALSE(Exists(closed)) << "the terminal closed before Enter";
+
+    const int keyboard = ::open(Work("keyboard").c_str(), O_WRONLY | O_NONBLOCK);
+    ASSERT_GE(keyboard, 0);
+    ASSERT_EQ(::write(keyboard, "\n", 1), 1);
+    ::close(keyboard);
+    EXPECT_TRUE(WaitUntil([&] { return Exists(closed); }));
+}
+
+TEST_F(LaunchJobTest, MinimisedWhereTheTerminalCanBeAsked)
+{
+    settings.values["minimizeOnOpenJob"] = "1";
+    // Named like a terminal we know how to ask; another name we do not.
+    fs::copy_file(GetSession().bin + "/test-terminal", Work("xterm"));
+    fs::copy_file(GetSession().bin + "/test-terminal", Work("otherterm"));
+    ::setenv("TERMINAL", Work("xterm").c_str(), 1);
+    RunJob(NJobTypeExecDosCommand, {"true"}, 21);
+    ::setenv("TERMINAL", Work("otherterm").c_str(), 1);
+    RunJob(NJobTypeExecDosCommand, {"true"}, 22);
+    settings.values["minimizeOnOpenJob"] = "0";
+    RunJob(NJobTypeExecDosCommand, {"true"}, 23);
+
+    const auto calls = WaitForCalls(3);
+    ASSERT_EQ(calls.size(), 3u);
+    std::vector<std::string> firstArgs;
+    for (const auto& call : calls) {
+        if (fs::path(call[0]).filename() == "xterm")
+            firstArgs.push_back(call[1]);
+    }
+    ASSERT_EQ(firstArgs.size(), 1u);
+    EXPECT_EQ(firstArgs[0], "-iconic");
+    for (const auto& call : calls) {
+        if (fs::path(call[0]).filename() == "otherterm")
+            EXPECT_EQ(call[1], "-e");
+    }
+    EXPECT_EQ(log.Matching("[JID_22] otherterm cannot be asked to start minimised").size(), 1u);
+    EXPECT_TRUE(log.Matching("[JID_23] otherterm cannot").empty());
+}
+
+TEST_F(LaunchJobTest, NoTerminalIsToldInAMessageBox)
+{
+    const std::string path = std::getenv("PATH");
+    ::setenv("PATH", GetSession().work.c_str(), 1);
+    RunJob(NJobTypeExecDosCommand, {"ls"});
+    ::setenv("PATH", path.c_str(), 1);
+    EXPECT_EQ(Boxes(), std::vector<std::string>{"Cadrelle|Exec DOS Command could not run:\n"
+                                                "no terminal emulator was found: set TERMINAL, or install one "
+                                                "(for example xterm)"});
+}
+
+TEST_F(LaunchJobTest, ScriptsRunByTheirInterpreterInTheirOwnFolder)
+{
+    const std::string folder = Work("scripts here");
+    fs::create_directory(folder);
+    const std::string report = "echo \"$(pwd)|$0\" > \"$WORK/";
+    struct Case {
+        std::string name;
+        std::string text;
+        bool executable;
+    } cases[] = {
+        {"with shebang", "#!/bin/sh\n" + report + "a\"\n", true},
+        {"shebang not executable", "#!/bin/sh -e\n" + report + "b\"\n", false},
+        {"plain.sh", report + "c\"\n", false},
+        // DOS line ends: the kernel would look for "sh\r"; the comment keeps
+        // the body's "\r" out of the file name.
+        {"dos lines", "#!/bin/sh\r\n" + report + "d\" #\r\n", true},
+    };
+    for (const Case& c : cases)
+        WriteText(folder + "/" + c.name, c.text, c.executable);
+    for (const Case& c : cases)
+        RunJob(NJobTypeExecScriptFile, {wxString::FromUTF8(folder + "/" + c.name)});
+
+    for (const char* marker : {"a", "b", "c", "d"}) {
+        SCOPED_TRACE(marker);
+        const std::string path = Work(marker);
+        ASSERT_TRUE(WaitUntil([&] { return ReadText(path).find('\n') != std::string::npos; }));
+        const std::string line = ReadText(path);
+        EXPECT_EQ(line.substr(0, line.find('|')), folder);
+    }
+    EXPECT_NE(ReadText(Work("a")).find("|" + folder + "/with shebang"), std::string::npos);
+    EXPECT_TRUE(Boxes().empty());
+}
+
+TEST_F(LaunchJobTest, AScriptNothingCanRunIsRefusedClearly)
+{
+    const std::string unknown = Work("notes.xyz");
+    const std::string batch = Work("old.bat");
+    const std::string noInterpreter = Work("tool");
+    WriteText(unknown, "echo never > \"$WORK/ran\"\n", true);
+    WriteText(batch, "@echo off\r\n");
+    WriteText(noInterpreter, "#!/usr/bin/env cadrelle-no-such-interpreter\n", true);
+    for (const std::string& path : {unknown, batch, noInterpreter})
+        RunJob(NJobTypeExecScriptFile, {wxString::FromUTF8(path)});
+
+    const std::vector<std::string> boxes = Boxes();
+    ASSERT_EQ(boxes.size(), 3u);
+    EXPECT_EQ(boxes[0], "Cadrelle|Exec Script File could not run:\nno interpreter is known for \"" + unknown +
+                            "\": it has no #! line and its extension \".xyz\" is not one of those the scheduler knows");
+    EXPECT_EQ(boxes[1], "Cadrelle|Exec Script File could not run:\n\"" + batch +
+                            "\" is a Windows script (.bat); it cannot run on Linux");
+    EXPECT_EQ(boxes[2], "Cadrelle|Exec Script File could not run:\nthe interpreter \"cadrelle-no-such-interpreter\" "
+                        "named in the #! line of \"" + noInterpreter + "\" is not installed");
+    EXPECT_FALSE(Exists(Work("ran")));
+}
+
+}  // namespace
