@@ -196,9 +196,12 @@ TEST_F(LaunchJobTest, MinimisedWhereTheTerminalCanBeAsked)
     RunJob(NJobTypeExecDosCommand, {"true"}, 22);
     settings.values["minimizeOnOpenJob"] = "0";
     RunJob(NJobTypeExecDosCommand, {"true"}, 23);
+    // The default application of a type cannot be asked at all.
+    settings.values["minimizeOnOpenJob"] = "1";
+    RunJob(NJobTypeOpenFolder, {wxString::FromUTF8(GetSession().work)}, 24);
 
-    const auto calls = WaitForCalls(3);
-    ASSERT_EQ(calls.size(), 3u);
+    const auto calls = WaitForCalls(4);
+    ASSERT_EQ(calls.size(), 4u);
     std::vector<std::string> firstArgs;
     for (const auto& call : calls) {
         if (fs::path(call[0]).filename() == "xterm")
@@ -212,6 +215,7 @@ TEST_F(LaunchJobTest, MinimisedWhereTheTerminalCanBeAsked)
     }
     EXPECT_EQ(log.Matching("[JID_22] otherterm cannot be asked to start minimised").size(), 1u);
     EXPECT_TRUE(log.Matching("[JID_23] otherterm cannot").empty());
+    EXPECT_EQ(log.Matching("[JID_24] Test Files cannot be asked to start minimised").size(), 1u);
 }
 
 TEST_F(LaunchJobTest, NoTerminalIsToldInAMessageBox)

@@ -55,6 +55,13 @@ void Report(Job& job, const LaunchOutcome& outcome, const wxString& target, cons
     }
 }
 
+// GIO has no way to ask an application to start iconified.
+void NoteNotMinimized(Job& job, const LaunchOutcome& outcome)
+{
+    if (outcome.ok && IsMinimizeOn())
+        wxLogMessage("%d --- [JID_%d] %s cannot be asked to start minimised", LogMs(), job.GetId(), outcome.started);
+}
+
 bool RefuseEmpty(Job& job, const wxString& target, const char* what)
 {
     if (!target.empty())
@@ -79,6 +86,7 @@ void OpenUrl(Job& job)
     else
         outcome = OpenUriWithDefault("http://" + url);
     Report(job, outcome, url, wxString::Format("Failed to open URL \"%s\" in default browser.", url));
+    NoteNotMinimized(job, outcome);
 }
 
 // Open File and Open Folder alike: the default application for the type, so a
@@ -91,6 +99,7 @@ void OpenPath(Job& job)
     const LaunchOutcome outcome =
         path.StartsWith("file:") ? OpenUriWithDefault(path) : OpenPathWithDefault(path);
     Report(job, outcome, path, wxString::Format("Cannot open \"%s\":", path));
+    NoteNotMinimized(job, outcome);
 }
 
 void ExecCommand(Job& job)

@@ -343,9 +343,10 @@ bool ChooseTerminal(TerminalChoice& choice)
         if (program.empty())
             continue;
         const TerminalKind* kind = candidate.second;
-        const std::string realName = RealBaseName(program);
         if (!kind)
-            kind = KnownTerminal(realName);
+            kind = KnownTerminal(BaseName(candidate.first.front()));
+        if (!kind)
+            kind = KnownTerminal(RealBaseName(program));
         choice.program = program;
         choice.extra.assign(candidate.first.begin() + 1, candidate.first.end());
         choice.name = BaseName(candidate.first.front());
