@@ -2,9 +2,11 @@
 
 #include "desktop/jobs/network_jobs.h"
 #include "desktop/jobs/reminder_job.h"
+#include "desktop/jobs/system_jobs.h"
 
 void RegisterDesktopJobActions()
 {
     RegisterNetworkJobActions();
     RegisterReminderJobAction();
+    RegisterSystemJobActions();
 }
