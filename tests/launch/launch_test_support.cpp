@@ -17,6 +17,9 @@
 #include "../core/test_support.h"
 #include "xvfb_server.h"
 
+// Last: its macros (None, Bool) clash with names in the headers above.
+#include <X11/Xlib.h>
+
 namespace fs = std::filesystem;
 
 namespace launch_test {
@@ -90,6 +93,11 @@ public:
         m_xvfb = std::make_unique<XvfbServer>();
         ASSERT_TRUE(m_xvfb->IsRunning()) << "Xvfb could not be started";
         SetEnv("DISPLAY", m_xvfb->Display());
+        // A desktop always has clients; without one, the server resets each
+        // time the launcher's display check disconnects, and refuses
+        // connections while it does.
+        m_client = XOpenDisplay(m_xvfb->Display().c_str());
+        ASSERT_NE(m_client, nullptr);
         ::unsetenv("WAYLAND_DISPLAY");
         SetEnv("HOME", g_session.root + "/home");
         SetEnv("XDG_DATA_HOME", data);
@@ -111,6 +119,8 @@ public:
 
     void TearDown() override
     {
+        if (m_client)
+            XCloseDisplay(m_client);
         m_xvfb.reset();
         m_root.reset();
         m_init.reset();
@@ -120,6 +130,7 @@ private:
     std::unique_ptr<wxInitializer> m_init;
     std::unique_ptr<TempDir> m_root;
     std::unique_ptr<XvfbServer> m_xvfb;
+    Display* m_client = nullptr;
 };
 
 [[maybe_unused]] ::testing::Environment* const g_environment =
