@@ -14,6 +14,7 @@
 #include "core/clock.h"
 #include "core/cron/cron_next_command.h"
 #include "core/list_command.h"
+#include "desktop/platform/display_threads.h"
 #include "gui/cadrelle_app.h"
 
 namespace {
@@ -41,6 +42,7 @@ int RunConsole(int argc, char** argv, Body body)
 
 int main(int argc, char** argv)
 {
+    EnableDisplayThreads();
     wxSetAssertHandler(LogAssert);
     const CommandLine cl = ParseCommandLine(argc, argv);
     switch (cl.mode) {

@@ -1,5 +1,6 @@
 #include "desktop/desktop_actions.h"
 
+#include "desktop/jobs/launch_jobs.h"
 #include "desktop/jobs/network_jobs.h"
 #include "desktop/jobs/reminder_job.h"
 #include "desktop/jobs/system_jobs.h"
@@ -7,6 +8,7 @@
 void RegisterDesktopJobActions()
 {
     RegisterNetworkJobActions();
+    RegisterLaunchJobActions();
     RegisterReminderJobAction();
     RegisterSystemJobActions();
 }
