@@ -6,6 +6,10 @@
 #include <wx/stattext.h>
 
 namespace {
+// Windows opened while others are still up step down and to the right, so
+// that none hides another.
+constexpr int kCascadeStep = 28;
+int g_openWindows = 0;
 constexpr int kTextWrapWidth = 420;
 // Wide enough that the title bar shows the whole title.
 constexpr int kMinWidth = 360;
@@ -39,4 +43,11 @@ MessageWindow::MessageWindow(const wxString& title, const wxString& text)
     ok->SetDefault();
     ok->SetFocus();
     Centre();
+    const int step = kCascadeStep * (g_openWindows++ % 8);
+    Move(GetPosition() + wxPoint(step, step));
+    Bind(wxEVT_DESTROY, [this](wxWindowDestroyEvent& event) {
+        if (event.GetEventObject() == this)
+            --g_openWindows;
+        event.Skip();
+    });
 }
