@@ -9,7 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-XvfbServer::XvfbServer()
+XvfbServer::XvfbServer(const std::string& screen)
 {
     int fds[2];
     if (::pipe(fds) != 0)
@@ -20,8 +20,10 @@ XvfbServer::XvfbServer()
         const std::string fd = std::to_string(fds[1]);
         const int devNull = ::open("/dev/null", O_WRONLY);
         ::dup2(devNull, STDERR_FILENO);
-        // -displayfd: the server writes the display number it chose.
-        ::execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", "1024x768x24", "-nolisten", "tcp",
+        // -displayfd: the server writes the display number it chose. -noreset:
+        // a server that resets when its last client leaves refuses the next
+        // one for a moment.
+        ::execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", screen.c_str(), "-nolisten", "tcp", "-noreset",
                  static_cast<char*>(nullptr));
         ::_exit(127);
     }

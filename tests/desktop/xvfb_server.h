@@ -8,7 +8,8 @@
 
 class XvfbServer {
 public:
-    XvfbServer();
+    // `screen` as Xvfb takes it: "<width>x<height>x<depth>".
+    explicit XvfbServer(const std::string& screen = "1024x768x24");
     ~XvfbServer();
     XvfbServer(const XvfbServer&) = delete;
     XvfbServer& operator=(const XvfbServer&) = delete;

@@ -4,7 +4,9 @@
 
 #include "desktop/platform/input_simulator.h"
 
+#include <algorithm>
 #include <chrono>
+#include <map>
 #include <thread>
 #include <vector>
 
@@ -125,6 +127,7 @@ public:
             if (sym == NoSymbol || !TypeKeysym(sym))
                 all = false;
         }
+        ReturnLentKeys();
         return all;
     }
 
@@ -214,26 +217,54 @@ private:
                 SendKey(shiftCode, false);
             return ok;
         }
-        // No key gives it: lend it to a key that gives nothing, type it and
-        // give the key back its empty map. Programs read the new map from the
-        // MappingNotify that comes before our key events, so they see the
-        // character.
-        const int spare = SpareKeycode();
-        if (spare == 0)
-            return false;
-        std::vector<KeySym> lent(static_cast<std::size_t>(m_perCode), NoSymbol);
-        lent[0] = sym;
-        lent[1] = sym;
-        XChangeKeyboardMapping(m_x.Get(), spare, m_perCode, lent.data(), 1);
-        if (m_x.SyncAndTakeError() != 0)
-            return false;
-        const bool ok = SendKey(static_cast<KeyCode>(spare), true) && SendKey(static_cast<KeyCode>(spare), false);
-        std::vector<KeySym> empty(static_cast<std::size_t>(m_perCode), NoSymbol);
-        XChangeKeyboardMapping(m_x.Get(), spare, m_perCode, empty.data(), 1);
-        m_x.SyncAndTakeError();
-        return ok;
+        // No key gives it: lend it to a key that gives nothing. A program
+        // reads the map when it handles the MappingNotify, so the key keeps
+        // the character until the text is typed and the programs had time to
+        // look; then TypeText gives the keys back their empty maps.
+        auto lent = m_lent.find(sym);
+        if (lent == m_lent.end()) {
+            int spare = SpareKeycode();
+            if (spare == 0 && !m_lent.empty()) {
+                ReturnLentKeys();
+                spare = SpareKeycode();
+            }
+            if (spare == 0)
+                return false;
+            std::vector<KeySym> map(static_cast<std::size_t>(m_perCode), NoSymbol);
+            map[0] = sym;
+            map[1] = sym;
+            XChangeKeyboardMapping(m_x.Get(), spare, m_perCode, map.data(), 1);
+            if (m_x.SyncAndTakeError() != 0)
+                return false;
+            SetMap(spare, map);
+            lent = m_lent.emplace(sym, static_cast<KeyCode>(spare)).first;
+        }
+        return SendKey(lent->second, true) && SendKey(lent->second, false);
     }
 
+    void SetMap(int code, const std::vector<KeySym>& map)
+    {
+        std::copy(map.begin(), map.end(), m_map.begin() + static_cast<std::ptrdiff_t>(code - m_minCode) * m_perCode);
+    }
+
+    void ReturnLentKeys()
+    {
+        if (m_lent.empty())
+            return;
+        Pause(kLentKeyHoldMs);
+        const std::vector<KeySym> empty(static_cast<std::size_t>(m_perCode), NoSymbol);
+        for (const auto& [sym, code] : m_lent) {
+            XChangeKeyboardMapping(m_x.Get(), code, m_perCode, const_cast<KeySym*>(empty.data()), 1);
+            SetMap(code, empty);
+        }
+        m_lent.clear();
+        m_x.SyncAndTakeError();
+    }
+
+    // How long lent keys keep their characters after the last use: a busy
+    // program may handle its events this much later.
+    static constexpr int kLentKeyHoldMs = 300;
+    std::map<KeySym, KeyCode> m_lent;
     X11Connection m_x;
     int m_minCode = 0;
     int m_maxCode = 0;

@@ -85,6 +85,12 @@ CloseRequestOutcome CloseThroughWindowManager(X11Connection& x, const std::vecto
     for (Window client : clients) {
         if (!TitleIs(x, client, title))
             continue;
+        // A window manager ends a client that cannot be asked (as its close
+        // button would); we only ever ask.
+        if (!AcceptsDeleteWindow(x, client))
+            return {CloseRequestResult::Unavailable,
+                    "window " + WindowText(client) + " has the title but does not accept a close request "
+                    "(no WM_DELETE_WINDOW), and we do not end programs"};
         XEvent event{};
         event.xclient.type = ClientMessage;
         event.xclient.window = client;
@@ -144,8 +150,8 @@ CloseRequestOutcome CloseWithoutWindowManager(X11Connection& x, const std::strin
     }
     if (unwilling != None)
         return {CloseRequestResult::Unavailable,
-                "window " + WindowText(unwilling) + " has the title but does not accept WM_DELETE_WINDOW, and "
-                "without a window manager there is no other polite way to close it"};
+                "window " + WindowText(unwilling) + " has the title but does not accept a close request "
+                "(no WM_DELETE_WINDOW), and we do not end programs"};
     return {CloseRequestResult::NotFound, wxString()};
 }
 
