@@ -19,7 +19,6 @@
 #include "core/settings_lookup.h"
 #include "core/scheduler.h"
 #include "desktop/single_instance.h"
-#include "desktop/headless_actions.h"
 #include "desktop/desktop_actions.h"
 #include "desktop/jobs/web_refresh.h"
 
@@ -88,7 +87,6 @@ int RunHeadless(const wxString& appDir)
     SetSettings(&preferences);
     Scheduler scheduler(appDir);
     scheduler.LoadSchedulerData();
-    RegisterHeadlessJobActions();
     RegisterDesktopJobActions();
 
     HeadlessHost host;

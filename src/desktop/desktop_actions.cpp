@@ -4,6 +4,7 @@
 #include "desktop/jobs/network_jobs.h"
 #include "desktop/jobs/reminder_job.h"
 #include "desktop/jobs/system_jobs.h"
+#include "desktop/jobs/window_input_jobs.h"
 
 void RegisterDesktopJobActions()
 {
@@ -11,4 +12,5 @@ void RegisterDesktopJobActions()
     RegisterLaunchJobActions();
     RegisterReminderJobAction();
     RegisterSystemJobActions();
+    RegisterWindowAndInputJobActions();
 }

@@ -37,8 +37,9 @@ protected:
     }
     void Ready(TestWindow& window)
     {
-        if (GetParam())
+        if (GetParam()) {
             ASSERT_TRUE(window.WaitUntilManaged());
+        }
     }
 
     std::unique_ptr<OpenboxProcess> wm;

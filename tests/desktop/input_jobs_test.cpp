@@ -41,14 +41,6 @@ std::u32string TypedText(const std::vector<KeyRecord>& keys)
     return text;
 }
 
-std::size_t PressCount(const std::vector<KeyRecord>& keys)
-{
-    std::size_t count = 0;
-    for (const KeyRecord& key : keys)
-        count += key.press ? 1 : 0;
-    return count;
-}
-
 TEST_F(InputJobTest, SendKeyPressesInOrderAndReleasesInReverse)
 {
     TestWindow window(Target());

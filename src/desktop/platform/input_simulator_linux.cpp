@@ -238,6 +238,9 @@ private:
                 return false;
             SetMap(spare, map);
             lent = m_lent.emplace(sym, static_cast<KeyCode>(spare)).first;
+            // Programs learn the new map when they handle the change; a
+            // key pressed before that arrives with its old, empty meaning.
+            Pause(kLendSettleMs);
         }
         return SendKey(lent->second, true) && SendKey(lent->second, false);
     }
@@ -264,6 +267,7 @@ private:
     // How long lent keys keep their characters after the last use: a busy
     // program may handle its events this much later.
     static constexpr int kLentKeyHoldMs = 300;
+    static constexpr int kLendSettleMs = 50;
     std::map<KeySym, KeyCode> m_lent;
     X11Connection m_x;
     int m_minCode = 0;
