@@ -7,6 +7,7 @@
 #include <thread>
 
 #include <fcntl.h>
+#include <wx/dir.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -112,4 +113,14 @@ int RunCadrelle(const std::string& home, const std::vector<std::string>& args, s
     const int status = WaitFor(pid, limitMs);
     output = ReadAll(file);
     return status;
+}
+
+std::string LogText(const std::string& appDir)
+{
+    wxArrayString files;
+    wxDir::GetAllFiles(wxString::FromUTF8(appDir), &files, "log_*.txt", wxDIR_FILES);
+    std::string text;
+    for (const wxString& file : files)
+        text += ReadAll(std::string(file.utf8_str()));
+    return text;
 }

@@ -42,3 +42,6 @@ private:
 // Runs the program in the foreground with the same environment and returns
 // its exit status; stdout and stderr go to `output`.
 int RunCadrelle(const std::string& home, const std::vector<std::string>& args, std::string& output, int limitMs = 10000);
+
+// Everything written to the weekday log files (log_*.txt) of an app folder.
+std::string LogText(const std::string& appDir);

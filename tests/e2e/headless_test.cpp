@@ -31,16 +31,6 @@ std::string Path(const wxString& path)
     return std::string(path.utf8_str());
 }
 
-// Everything written to the log files (one per weekday) of an app folder.
-std::string LogText(const wxString& appDir)
-{
-    wxArrayString files;
-    wxDir::GetAllFiles(appDir, &files, "log_*.txt", wxDIR_FILES);
-    std::string text;
-    for (const wxString& file : files)
-        text += ReadFileBytes(file);
-    return text;
-}
 
 }  // namespace
 
@@ -59,7 +49,7 @@ TEST(Headless, RunsUntilSigtermAndSavesTheAdvancedTimes)
     EXPECT_NE(second.find("Another program instance is already running, aborting."), std::string::npos) << second;
 
     EXPECT_EQ(process.Stop(SIGTERM), 0);
-    const std::string log = LogText(dir.File("app"));
+    const std::string log = LogText(Path(dir.File("app")));
     EXPECT_NE(log.find(">>> Cadrelle Start >>>"), std::string::npos) << log;
     EXPECT_NE(log.find("->> [JID_0, ThreadID_"), std::string::npos) << log;
     // An important reminder has no window to go to: the job thread writes
@@ -72,7 +62,7 @@ TEST(Headless, RunsUntilSigtermAndSavesTheAdvancedTimes)
     EXPECT_TRUE(wxFileName::FileExists(dir.File("home/.config/Cadrelle/Cadrelle.conf")));
     EXPECT_NE(log.find("<<< Cadrelle End <<<"), std::string::npos) << log;
     // The second start was refused before it opened any log of its own.
-    EXPECT_EQ(LogText(dir.File("other")), "");
+    EXPECT_EQ(LogText(Path(dir.File("other"))), "");
 
     wxInitializer init;
     Scheduler saved(dir.File("app"));
@@ -92,7 +82,7 @@ TEST(Headless, SigintEndsItTheSameWay)
     ASSERT_TRUE(process.Start());
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     EXPECT_EQ(process.Stop(SIGINT), 0);
-    EXPECT_NE(LogText(dir.File("app")).find("<<< Cadrelle End <<<"), std::string::npos);
+    EXPECT_NE(LogText(Path(dir.File("app"))).find("<<< Cadrelle End <<<"), std::string::npos);
     // An empty scheduler still writes its (empty) working copy on the way out.
     EXPECT_TRUE(wxFileName::FileExists(dir.File("app/data/data1.xml")));
 }

@@ -69,15 +69,6 @@ std::string WaitForWindow(const std::string& display, const std::string& title, 
     return "";
 }
 
-std::string LogText(const wxString& appDir)
-{
-    wxArrayString files;
-    wxDir::GetAllFiles(appDir, &files, "log_*.txt", wxDIR_FILES);
-    std::string text;
-    for (const wxString& file : files)
-        text += ReadFileBytes(file);
-    return text;
-}
 
 }  // namespace
 
@@ -108,7 +99,7 @@ TEST(WindowMessages, ReminderAndJobErrorReachTheScreen)
     const auto logEnd = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     do {
         std::this_thread::sleep_for(std::chrono::milliseconds(200));
-        log = LogText(dir.File("app"));
+        log = LogText(Path(dir.File("app")));
     } while (std::chrono::steady_clock::now() < logEnd && log.find("Address size is") == std::string::npos);
     program.Stop(SIGKILL);
     EXPECT_NE(log.find("### [JID_0] Reminder (important): Tea time"), std::string::npos) << log;
