@@ -219,29 +219,6 @@ std::vector<std::string> StrayChildren()
     return stray;
 }
 
-std::vector<wxString> CapturedLog::Lines()
-{
-    if (wxThread::IsMain())
-        wxLog::FlushActive();
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return m_lines;
-}
-
-std::vector<wxString> CapturedLog::Matching(const wxString& part)
-{
-    std::vector<wxString> found;
-    for (const wxString& line : Lines()) {
-        if (line.Contains(part))
-            found.push_back(line);
-    }
-    return found;
-}
-
-void CapturedLog::DoLogRecord(wxLogLevel, const wxString& msg, const wxLogRecordInfo&)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_lines.push_back(msg);
-}
 
 wxString ChosenSettings::GetSetting(const wxString& name) const
 {

@@ -15,6 +15,7 @@
 #include <wx/log.h>
 
 #include "core/jobs/job.h"
+#include "captured_log.h"
 #include "core/settings_lookup.h"
 
 namespace launch_test {
@@ -40,20 +41,6 @@ bool WaitUntil(const std::function<bool()>& done, std::chrono::milliseconds time
 // Child processes of this test program other than its Xvfb: a launch must
 // leave none (a zombie or a child still waited for).
 std::vector<std::string> StrayChildren();
-
-// Keeps every log record.
-class CapturedLog : public wxLog {
-public:
-    std::vector<wxString> Lines();
-    std::vector<wxString> Matching(const wxString& part);
-
-protected:
-    void DoLogRecord(wxLogLevel level, const wxString& msg, const wxLogRecordInfo& info) override;
-
-private:
-    std::mutex m_mutex;
-    std::vector<wxString> m_lines;
-};
 
 // Preferences with chosen values; the rest are the defaults.
 class ChosenSettings : public SettingsLookup {
