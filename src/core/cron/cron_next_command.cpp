@@ -4,16 +4,17 @@
 
 #include "core/cron/cron_expr.h"
 #include "core/cron/cron_local_time.h"
+#include "core/cron/cron_messages.h"
 
 namespace {
 
 constexpr long kMaxCount = 10000;
-
-const char kUsage[] =
-    "usage: cadrelle --cron-next \"EXPR\" [--count N] [--from \"YYYY-MM-DD HH:MM:SS\"]\n";
+static_assert(kMaxCount == 10000, "the --count message names the bound");
 
 int UsageError(std::ostream& err, const std::string& problem) {
-    err << "cadrelle --cron-next: " << problem << "\n" << kUsage;
+    err << "cadrelle --cron-next: " << problem << "\n"
+        << cron::TranslateMessage("usage: cadrelle --cron-next \"EXPR\" [--count N] [--from \"YYYY-MM-DD HH:MM:SS\"]")
+        << "\n";
     return 2;
 }
 
@@ -68,34 +69,34 @@ int RunCronNextCommand(const std::vector<std::string>& args, std::ostream& out, 
                        std::time_t now) {
     // No expression starts with "--", so that is an option given too early.
     if (args.empty() || args[0].rfind("--", 0) == 0) {
-        return UsageError(err, "missing cron expression");
+        return UsageError(err, cron::TranslateMessage("missing cron expression"));
     }
     long count = 5;
     std::time_t from = now;
     for (std::size_t i = 1; i < args.size(); ++i) {
         const std::string& opt = args[i];
         if (opt != "--count" && opt != "--from") {
-            return UsageError(err, "unknown argument '" + opt + "'");
+            return UsageError(err, cron::FormatMessage("unknown argument '%s'", opt));
         }
-        if (i + 1 >= args.size()) return UsageError(err, opt + " needs a value");
+        if (i + 1 >= args.size()) return UsageError(err, cron::FormatMessage("%s needs a value", opt));
         const std::string& value = args[++i];
         if (opt == "--count") {
             if (!ReadCount(value, count)) {
-                return UsageError(err, "--count needs a whole number from 1 to " +
-                                           std::to_string(kMaxCount) + ", not '" + value + "'");
+                return UsageError(err, cron::FormatMessage("--count needs a whole number from 1 to 10000, not '%s'",
+                                                           value));
             }
         } else {
             cron::CivilTime c;
             if (!ReadFrom(value, c)) {
-                return UsageError(err, "--from needs a local time \"YYYY-MM-DD HH:MM:SS\", not '" +
-                                           value + "'");
+                return UsageError(err, cron::FormatMessage(
+                                           "--from needs a local time \"YYYY-MM-DD HH:MM:SS\", not '%s'", value));
             }
             long long offset = 0;  // only a hint for the lookup
             cron::OffsetAt(static_cast<std::time_t>(cron::CivilSeconds(c)), offset);
             // A time shown twice means its first occurrence, as for firing.
             if (cron::FirstOccurrence(c, offset, from) != cron::LocalLookup::Found) {
-                return UsageError(err, "--from names a local time that does not exist: '" +
-                                           value + "'");
+                return UsageError(err, cron::FormatMessage("--from names a local time that does not exist: '%s'",
+                                                           value));
             }
         }
     }
@@ -104,7 +105,7 @@ int RunCronNextCommand(const std::vector<std::string>& args, std::ostream& out, 
     try {
         cex = ParseCronExpr(args[0]);
     } catch (const cron::bad_cronexpr& e) {
-        err << e.what() << "\n";
+        err << cron::TranslateMessage(e.what()) << "\n";
         return 2;
     }
 
