@@ -15,7 +15,7 @@ Result RunCommand(const std::vector<std::string>& args) {
     return {code, out.str(), err.str()};
 }
 
-TEST(CronNextCommand, PrintsMoments) {
+TEST_P(CronEveryZone, CommandPrintsMoments) {
     const struct { std::vector<std::string> args; const char* out; } cases[] = {
         {{"0 0 12 * * *"},
          "2024-05-07 12:00:00\n2024-05-08 12:00:00\n2024-05-09 12:00:00\n"

@@ -1,10 +1,12 @@
 #pragma once
-// Local-time helpers for the cron tests. The zone is the one the test
-// process was started with (TZ set by CTest).
+// Local-time helpers for the cron tests, in the process's current zone.
 
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <string>
+
+#include <gtest/gtest.h>
 
 // "YYYY-MM-DD HH:MM:SS" in local time; only for times that occur once.
 inline std::time_t Local(const std::string& text) {
@@ -25,3 +27,34 @@ inline std::string Show(std::time_t t) {
     std::strftime(buf, sizeof buf, "%Y-%m-%d %H:%M:%S", &tm);
     return buf;
 }
+
+// Puts the process in `zone` for the life of the object (TZ and tzset) and
+// restores the previous zone; lets one program check several zones.
+class ScopedZone {
+public:
+    explicit ScopedZone(const char* zone) {
+        if (const char* old = std::getenv("TZ")) m_old = old, m_had = true;
+        setenv("TZ", zone, 1);
+        tzset();
+    }
+    ~ScopedZone() {
+        if (m_had) setenv("TZ", m_old.c_str(), 1); else unsetenv("TZ");
+        tzset();
+    }
+    ScopedZone(const ScopedZone&) = delete;
+    ScopedZone& operator=(const ScopedZone&) = delete;
+
+private:
+    std::string m_old;
+    bool m_had = false;
+};
+
+// The zones every search is checked in: fixed offsets on and off the hour,
+// daylight saving on the hour and on the half hour.
+inline const char* const kCronZones[] = {"UTC", "Asia/Kolkata", "Europe/Berlin", "America/St_Johns"};
+
+// Tests that hold in every zone: each runs once per zone, inside it.
+class CronEveryZone : public testing::TestWithParam<const char*> {
+protected:
+    ScopedZone zone{GetParam()};
+};
