@@ -13,6 +13,7 @@
 #include "core/app_dir.h"
 #include "core/clock.h"
 #include "core/cron/cron_next_command.h"
+#include "core/i18n/ui_language.h"
 #include "core/list_command.h"
 #include "desktop/platform/display_threads.h"
 #include "gui/cadrelle_app.h"
@@ -25,7 +26,8 @@ void LogAssert(const wxString& file, int line, const wxString& func, const wxStr
     std::cerr << "assertion failed: " << file << ":" << line << " " << func << ": " << cond << " " << msg << "\n";
 }
 
-// Runs `body` with wxBase initialised but without any GUI toolkit.
+// Runs `body` with wxBase initialised but without any GUI toolkit, in the
+// user's language.
 template <typename Body>
 int RunConsole(int argc, char** argv, Body body)
 {
@@ -35,7 +37,14 @@ int RunConsole(int argc, char** argv, Body body)
         std::cerr << "cadrelle: cannot initialise\n";
         return 1;
     }
+    SetUpUiLanguage(ExecutableDir());
     return body();
+}
+
+// Translated text as UTF-8: the C locale could not convert it.
+std::string Tr(const char* english)
+{
+    return std::string(wxGetTranslation(english).utf8_str());
 }
 
 }  // namespace
@@ -47,11 +56,15 @@ int main(int argc, char** argv)
     const CommandLine cl = ParseCommandLine(argc, argv);
     switch (cl.mode) {
     case CommandLine::Mode::Error:
-        std::cerr << "cadrelle: " << cl.error << "\n" << UsageText();
-        return 2;
+        return RunConsole(argc, argv, [&] {
+            std::cerr << "cadrelle: " << Tr(cl.error.c_str()) << "\n" << Tr(UsageText());
+            return 2;
+        });
     case CommandLine::Mode::Help:
-        std::cout << UsageText();
-        return 0;
+        return RunConsole(argc, argv, [&] {
+            std::cout << Tr(UsageText());
+            return 0;
+        });
     case CommandLine::Mode::Version:
         std::cout << "Cadrelle " << CADRELLE_VERSION << "\n";
         return 0;

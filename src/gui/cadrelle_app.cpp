@@ -5,6 +5,7 @@
 #include <wx/msgdlg.h>
 
 #include "core/app_dir.h"
+#include "core/i18n/ui_language.h"
 #include "core/app_start_time.h"
 #include "desktop/platform/idle_time_platform.h"
 #include "desktop/desktop_actions.h"
@@ -30,6 +31,7 @@ bool CadrelleApp::OnInit()
     SetAppName("Cadrelle");
     // Log lines go to standard error, never into dialogs.
     delete wxLog::SetActiveTarget(new wxLogStderr);
+    SetUpUiLanguage(ExecutableDir());
     SetUserMessages(&g_userMessages);
     m_pInstance = std::make_unique<SingleInstanceGuard>();
     if (m_pInstance->IsAnotherRunning()) {
