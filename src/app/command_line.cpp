@@ -21,6 +21,24 @@ CommandLine ParseCommandLine(int argc, char** argv)
             cl.mode = CommandLine::Mode::CronNext;
             cl.cronArgs.assign(argv + i + 1, argv + argc);
             return cl;
+        } else if (arg == "--status" || arg == "--pause" || arg == "--resume" || arg == "--show") {
+            cl.mode = CommandLine::Mode::Control;
+            cl.request.kind = arg == "--status"  ? ControlRequest::Kind::Status
+                              : arg == "--pause" ? ControlRequest::Kind::Pause
+                              : arg == "--resume" ? ControlRequest::Kind::Resume
+                                                  : ControlRequest::Kind::Show;
+        } else if (arg == "--silent" || arg == "--run") {
+            const std::string value = i + 1 < argc ? argv[i + 1] : "";
+            const std::optional<ControlRequest> request =
+                ParseRequest(arg.substr(2) + " " + value);
+            if (!request) {
+                cl.mode = CommandLine::Mode::Error;
+                cl.error = arg == "--silent" ? "--silent needs on or off" : "--run needs a job id (JID)";
+                return cl;
+            }
+            ++i;
+            cl.mode = CommandLine::Mode::Control;
+            cl.request = *request;
         } else if (arg == "--help" || arg == "-h") {
             cl.mode = CommandLine::Mode::Help;
         } else if (arg == "--version") {
@@ -41,8 +59,15 @@ const char* UsageText()
            "       cadrelle --list [--app-dir DIR]     print the jobs and triggers of the data file\n"
            "       cadrelle --cron-next \"EXPR\" [--count N] [--from \"YYYY-MM-DD HH:MM:SS\"]\n"
            "                                           print the next moments of a cron expression\n"
+           "       cadrelle --status                   print the running instance's state, counts and next firing\n"
+           "       cadrelle --pause | --resume         switch the running instance's pause mode\n"
+           "       cadrelle --silent on|off            switch its silent mode\n"
+           "       cadrelle --run JID                  run job JID now, as the Execute command does\n"
+           "       cadrelle --show                     bring the running instance's window to the front\n"
            "       cadrelle --help | --version\n"
            "\n"
            "The application folder (data/ and the log files) is the program's own folder when\n"
-           "it is writable, otherwise $XDG_DATA_HOME/Cadrelle; --app-dir overrides both.\n";
+           "it is writable, otherwise $XDG_DATA_HOME/Cadrelle; --app-dir overrides both.\n"
+           "The control options talk to this user's running instance (window or headless)\n"
+           "over a socket in $XDG_RUNTIME_DIR/cadrelle; with none running they exit with 3.\n";
 }

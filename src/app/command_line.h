@@ -4,12 +4,15 @@
 #include <string>
 #include <vector>
 
+#include "desktop/control/control_protocol.h"
+
 struct CommandLine {
-    enum class Mode { Gui, List, CronNext, Headless, Help, Version, Error };
+    enum class Mode { Gui, List, CronNext, Headless, Control, Help, Version, Error };
     Mode mode = Mode::Gui;
     std::string appDir;                  // --app-dir DIR
     std::vector<std::string> cronArgs;   // everything after --cron-next
     std::string error;                   // for Mode::Error
+    ControlRequest request;              // for Mode::Control (--status, --pause, ...)
 };
 
 CommandLine ParseCommandLine(int argc, char** argv);

@@ -15,6 +15,7 @@
 #include "core/cron/cron_next_command.h"
 #include "core/i18n/ui_language.h"
 #include "core/list_command.h"
+#include "desktop/control/control_client.h"
 #include "desktop/platform/display_threads.h"
 #include "gui/cadrelle_app.h"
 
@@ -80,6 +81,8 @@ int main(int argc, char** argv)
         return RunConsole(argc, argv, [&] {
             return RunHeadless(ChooseAppDir(wxString::FromUTF8(cl.appDir), ExecutableDir()));
         });
+    case CommandLine::Mode::Control:
+        return RunControlClient(cl.request, std::cout, std::cerr);
     case CommandLine::Mode::Gui:
         break;
     }

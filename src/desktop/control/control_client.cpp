@@ -1,0 +1,89 @@
+#include "desktop/control/control_client.h"
+
+#include <cerrno>
+#include <cstring>
+#include <ostream>
+#include <sstream>
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "desktop/control/runtime_dir.h"
+
+namespace {
+
+constexpr const char* kNoInstance = "No running Cadrelle instance.";
+// The instance answers at once unless a modal dialog holds its window.
+constexpr int kAnswerLimitMs = 60000;
+
+int Exchange(const ControlRequest& request, ControlAnswer& answer, std::string& problem)
+{
+    const std::string path = ControlSocketPath();
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (fd < 0) {
+        problem = std::string("cannot create a socket: ") + std::strerror(errno);
+        return kControlExitFailed;
+    }
+    if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
+        const int error = errno;
+        ::close(fd);
+        if (error == ENOENT || error == ECONNREFUSED || error == ENOTDIR) {
+            problem = kNoInstance;
+            return kControlExitNoInstance;
+        }
+        problem = "cannot reach the running Cadrelle instance at " + path + ": " + std::strerror(error);
+        return kControlExitFailed;
+    }
+    const std::string line = FormatRequest(request);
+    ::send(fd, line.data(), line.size(), MSG_NOSIGNAL);
+    ::shutdown(fd, SHUT_WR);
+    std::string text;
+    char buffer[512];
+    for (;;) {
+        pollfd pfd{fd, POLLIN, 0};
+        if (::poll(&pfd, 1, kAnswerLimitMs) <= 0)
+            break;
+        const ssize_t got = ::read(fd, buffer, sizeof buffer);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0)
+            break;
+        text.append(buffer, static_cast<std::size_t>(got));
+    }
+    ::close(fd);
+    const std::optional<ControlAnswer> parsed = ParseAnswer(text);
+    if (!parsed) {
+        problem = "the running Cadrelle instance gave no answer";
+        return kControlExitFailed;
+    }
+    answer = *parsed;
+    return answer.exitCode;
+}
+
+}  // namespace
+
+int RunControlClient(const ControlRequest& request, std::ostream& out, std::ostream& err)
+{
+    ControlAnswer answer;
+    std::string problem;
+    const int status = Exchange(request, answer, problem);
+    if (!problem.empty()) {
+        err << problem << "\n";
+        return status;
+    }
+    out << answer.out;
+    err << answer.err;
+    return status;
+}
+
+bool SendControlRequestQuietly(const ControlRequest& request)
+{
+    ControlAnswer answer;
+    std::string problem;
+    return Exchange(request, answer, problem) == 0;
+}

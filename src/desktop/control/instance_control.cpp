@@ -1,0 +1,101 @@
+#include "desktop/control/instance_control.h"
+
+#include "core/engine/scheduler_engine.h"
+#include "core/scheduler.h"
+
+ControlAnswer ServeControlRequest(InstanceControl& control, const ControlRequest& request)
+{
+    ControlAnswer answer;
+    switch (request.kind) {
+    case ControlRequest::Kind::Status:
+        answer.out = FormatStatus(control.Status());
+        break;
+    case ControlRequest::Kind::Pause:
+    case ControlRequest::Kind::Resume:
+        if (!control.SetPaused(request.kind == ControlRequest::Kind::Pause)) {
+            answer.exitCode = kControlExitFailed;
+            answer.err = "The triggers are not checked yet (the first check comes 2 seconds after start); try again.\n";
+        }
+        break;
+    case ControlRequest::Kind::Silent:
+        control.SetSilent(request.on);
+        break;
+    case ControlRequest::Kind::Run:
+        if (!control.Run(request.jid)) {
+            answer.exitCode = kControlExitUnknownJob;
+            answer.err = UnknownJobText(request.jid) + "\n";
+        }
+        break;
+    case ControlRequest::Kind::Show:
+        if (!control.Show()) {
+            answer.exitCode = kControlExitFailed;
+            answer.err = "The running Cadrelle instance has no window (it runs headless).\n";
+        }
+        break;
+    }
+    return answer;
+}
+
+InstanceStatus CollectStatus(const Scheduler& scheduler, const SchedulerEngine& engine)
+{
+    InstanceStatus status;
+    status.paused = engine.IsPaused();
+    status.silent = engine.IsSilentMode();
+    const auto lock = scheduler.ReadLock();
+    status.jobs = scheduler.Jobs().size();
+    status.triggers = scheduler.Triggers().size();
+    // The earliest coming firing of an enabled trigger of an enabled job.
+    for (const auto& trigger : scheduler.Triggers()) {
+        if (!trigger->IsEnabled() || trigger->IsFinished())
+            continue;
+        const Job* owner = scheduler.GetTriggerOwner(trigger->GetTid());
+        const wxDateTime next = trigger->GetNextFire();
+        if (!owner || !owner->IsEnabled() || !next.IsValid() || next.GetYear() <= 1999)
+            continue;
+        const std::int64_t seconds = next.GetTicks();
+        if (!status.hasNext || seconds < status.nextSeconds) {
+            status.hasNext = true;
+            status.nextSeconds = seconds;
+            status.nextJid = owner->GetId();
+        }
+    }
+    return status;
+}
+
+namespace {
+
+class EngineControl final : public InstanceControl {
+public:
+    EngineControl(Scheduler& scheduler, SchedulerEngine& engine) : m_scheduler(scheduler), m_engine(engine) {}
+
+    InstanceStatus Status() override { return CollectStatus(m_scheduler, m_engine); }
+    bool SetPaused(bool paused) override
+    {
+        if (!m_engine.IsStarted())
+            return false;
+        if (m_engine.IsPaused() != paused)
+            m_engine.TogglePause();
+        return true;
+    }
+    void SetSilent(bool silent) override { m_engine.SetSilentMode(silent); }
+    bool Run(std::int32_t jid) override
+    {
+        const auto job = m_scheduler.GetJobById(jid);
+        if (!job)
+            return false;
+        m_engine.PostJobRun(*job, 128);
+        return true;
+    }
+    bool Show() override { return false; }
+
+private:
+    Scheduler& m_scheduler;
+    SchedulerEngine& m_engine;
+};
+
+}  // namespace
+
+std::unique_ptr<InstanceControl> MakeEngineControl(Scheduler& scheduler, SchedulerEngine& engine)
+{
+    return std::make_unique<EngineControl>(scheduler, engine);
+}

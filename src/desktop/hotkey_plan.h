@@ -1,0 +1,54 @@
+#pragma once
+// The five global hot keys as the preferences describe them: which modifier
+// bits and key each one grabs, and the texts shown when one cannot be
+// registered. No X11 here.
+
+#include <array>
+#include <cstdint>
+
+#include <wx/string.h>
+
+
+enum class HotKeyId { RestoreMainFrame = 0, PauseMode = 1, Custom1 = 2, Custom2 = 3, Custom3 = 4 };
+constexpr int kHotKeyCount = 5;
+
+// Modifier bits of the stored codes (as on Windows).
+constexpr int kModAlt = 1;
+constexpr int kModControl = 2;
+constexpr int kModShift = 4;
+constexpr int kModWin = 8;
+
+struct HotKeySpec {
+    HotKeyId id;
+    const char* modifierKey;  // preference with the modifier code
+    const char* keyKey;       // preference with the virtual key code
+    const char* jidKey;       // preference with the job of a custom key, else null
+    const char* failure;      // the message when it cannot be registered
+    char defaultKey;          // the default key character
+};
+
+const std::array<HotKeySpec, kHotKeyCount>& HotKeySpecs();
+
+struct HotKeyBinding {
+    bool valid = false;
+    int modifiers = 0;       // kMod* bits, always with kModControl
+    int virtualKey = 0;      // the stored key code
+    unsigned long keysym = 0;  // the X keysym of that key
+};
+
+// The stored modifier code with the Ctrl bit added, and the stored key code.
+// Invalid when a value is not a number or the key has no X equivalent.
+HotKeyBinding BindingFromValues(const wxString& modifierCode, const wxString& keyCode);
+
+// The X keysym of a Windows virtual key code (digits, letters, F1-F24, the
+// number pad, space and a few others); 0 when there is none.
+unsigned long KeysymForVirtualKey(int virtualKey);
+
+// The key's failure message, the default that can be restored ("Ctrl +
+// Shift + 9", or "Ctrl + Alt + 9" when the stored modifier code is 1) and
+// the hint to the settings dialog.
+wxString HotKeyFailureText(HotKeyId id, const wxString& modifierCode);
+
+// Which custom key (0-2) a pressed virtual key code selects, comparing the
+// stored key codes in order; -1 when none.
+int CustomKeyIndex(int pressedVirtualKey, const std::array<wxString, 3>& storedKeyCodes);
