@@ -9,18 +9,24 @@ std::int64_t SystemClock::ReadMs() const
 }
 
 namespace {
-SystemClock g_systemClock;
-std::atomic<Clock*> g_clock{&g_systemClock};
+// Never destroyed: a job thread left running at exit may still read it.
+Clock& TheSystemClock()
+{
+    static Clock& clock = *new SystemClock;
+    return clock;
+}
+std::atomic<Clock*> g_clock{nullptr};  // null: the system clock
 }  // namespace
 
 Clock& GetClock()
 {
-    return *g_clock.load(std::memory_order_acquire);
+    Clock* clock = g_clock.load(std::memory_order_acquire);
+    return clock ? *clock : TheSystemClock();
 }
 
 void SetClock(Clock* clock)
 {
-    g_clock.store(clock ? clock : &g_systemClock, std::memory_order_release);
+    g_clock.store(clock, std::memory_order_release);
 }
 
 ClockPassScope::ClockPassScope()

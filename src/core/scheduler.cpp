@@ -401,7 +401,9 @@ bool Scheduler::RunJobByNumber(std::int32_t jid)
 {
     if (jid > 99)
         return false;
-    Job* job = FindJob(jid);
+    // An exact lookup: a JID that no longer exists runs nothing (FindJob
+    // would hand back the last job of the list, which could shut down).
+    const JobPtr job = GetJobById(jid);
     if (!job || !m_pRunRequests)
         return false;
     m_pRunRequests->PostJobRun(*job, 128);

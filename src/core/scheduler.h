@@ -63,6 +63,7 @@ public:
 
     // The first element with the id; the LAST element when none matches (kept
     // on purpose: compare the id of the result); null for an empty list.
+    // Never use it to choose a job to run: GetJobById is exact.
     Job* FindJob(std::int32_t jid) const;
     Trigger* FindTrigger(std::int64_t tid) const;
     // Exact lookups: null when no element has the id.
@@ -98,7 +99,8 @@ public:
     // start, and by the reset command.
     std::size_t PrepareWithStartTriggers();
 
-    // Hands job `jid` to execution with value 128; JIDs above 99 are refused.
+    // Hands job `jid` to execution with value 128; JIDs above 99 and JIDs of
+    // no job are refused (false, nothing runs).
     bool RunJobByNumber(std::int32_t jid);
 
     // Fills the empty scheduler from data1 (or data2 when data1 is unusable).

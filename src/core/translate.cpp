@@ -1,13 +1,8 @@
 #include "core/translate.h"
 
-#include <mutex>
-
-#include <wx/intl.h>
-
-wxString TranslateFromAnyThread(const char* text)
+std::mutex& TranslationMutex()
 {
-    static std::mutex mutex;
-    std::lock_guard<std::mutex> lock(mutex);
-    // A copy, not a reference into the toolkit's table.
-    return wxString(wxGetTranslation(text).wc_str());
+    // Never destroyed: a job thread left running at exit may still translate.
+    static std::mutex& mutex = *new std::mutex;
+    return mutex;
 }

@@ -25,16 +25,22 @@ void UserMessages::ShowReminder(std::uint32_t jobId, const wxString& text, bool 
 }
 
 namespace {
-LogUserMessages g_logMessages;
-std::atomic<UserMessages*> g_messages{&g_logMessages};
+// Never destroyed: a job thread left running at exit may still report.
+UserMessages& LogMessages()
+{
+    static UserMessages& messages = *new LogUserMessages;
+    return messages;
+}
+std::atomic<UserMessages*> g_messages{nullptr};  // null: the logging default
 }  // namespace
 
 UserMessages& GetUserMessages()
 {
-    return *g_messages.load(std::memory_order_acquire);
+    UserMessages* messages = g_messages.load(std::memory_order_acquire);
+    return messages ? *messages : LogMessages();
 }
 
 void SetUserMessages(UserMessages* messages)
 {
-    g_messages.store(messages ? messages : &g_logMessages, std::memory_order_release);
+    g_messages.store(messages, std::memory_order_release);
 }

@@ -1,5 +1,11 @@
-// The firing loop's rules: the thread-count table, the share by TID, the
-// silent-mode set, and what a checker pass posts.
+// The firing loop's rules: the thread-count table, the share by TID, what a
+// checker pass posts; and translation from any thread.
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <mutex>
+#include <thread>
 
 #include "core/engine/checker_plan.h"
 #include "core/scheduler.h"
@@ -20,20 +26,23 @@ TEST(CheckerPlan, ThreadCountTableIsExact)
     }
 }
 
-TEST(SilentMode, SuppressesExactlyTheEightKinds)
+TEST(Translation, EveryFormWaitsForTheLockTheWorkersTake)
 {
-    std::vector<std::uint32_t> suppressed;
-    for (std::uint32_t kind = 0; kind < NJobTypeCount; ++kind) {
-        if (IsSuppressedInSilentMode(kind))
-            suppressed.push_back(kind);
+    // wxGetTranslation is not thread-safe: `_()`, wxPLURAL and a call of
+    // wxGetTranslation written out must all take the one translation lock.
+    const std::function<wxString()> forms[] = {[] { return _("Reminder"); },
+                                               [] { return wxGetTranslation("Reminder"); },
+                                               [] { return wxPLURAL("Reminder", "Reminders", 1); }};
+    for (const auto& translate : forms) {
+        std::unique_lock<std::mutex> held(TranslationMutex());
+        std::atomic<bool> done{false};
+        std::thread other([&] { done = translate() == "Reminder"; });
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        EXPECT_FALSE(done.load());
+        held.unlock();
+        other.join();
+        EXPECT_TRUE(done.load());
     }
-    // Key Typing is held back while Open Folder runs: the notice shown to
-    // the user differs from this set on purpose.
-    EXPECT_EQ(suppressed, (std::vector<std::uint32_t>{NJobTypeReminder, NJobTypeOpenUrl, NJobTypeOpenFile,
-                                                      NJobTypeExecDosCommand, NJobTypeExecScriptFile, NJobTypeSendKey,
-                                                      NJobTypeKeyTyping, NJobTypeMouseClick}));
-    EXPECT_FALSE(IsSuppressedInSilentMode(NJobTypeOpenFolder));
-    EXPECT_FALSE(IsSuppressedInSilentMode(99));
 }
 
 namespace {
@@ -70,7 +79,7 @@ protected:
     }
 };
 
-TEST_F(CheckerPassTest, OnlyTheThreadWhoseIndexMatchesTheTidChecksATrigger)
+TEST_F(CheckerPassTest, OnlyTheThreadOfItsTidChecksATriggerAndNotWhileItIsEdited)
 {
     At(moment, -60000);
     Scheduler s;
@@ -80,8 +89,11 @@ TEST_F(CheckerPassTest, OnlyTheThreadWhoseIndexMatchesTheTidChecksATrigger)
     RecordingSink sink;
     for (std::size_t index : {0u, 2u, 3u})
         s.CheckTriggerShare(4, index, sink);
+    s.Triggers()[0]->SetEditing(true);  // open in a dialog: not checked either
+    s.CheckTriggerShare(4, 1, sink);
     EXPECT_TRUE(sink.runs.empty());
     EXPECT_FALSE(s.Triggers()[0]->IsFinished());
+    s.Triggers()[0]->SetEditing(false);
     s.CheckTriggerShare(4, 1, sink);
     EXPECT_EQ(sink.runs, (std::vector<std::int32_t>{0}));
     EXPECT_TRUE(s.IsDataChanged());
@@ -125,17 +137,4 @@ TEST_F(CheckerPassTest, AdvanceNoticeOnceAndOnlyForWarnBeforeRunJobs)
     // Editing the trigger clears the flag, so a new notice can come.
     s.UpdateTrigger(s.GetTriggerById(4), false);
     EXPECT_FALSE(s.GetTriggerById(4)->IsNoticeGiven());
-}
-
-TEST_F(CheckerPassTest, TriggerBeingEditedIsNeverChecked)
-{
-    At(moment, -60000);
-    Scheduler s;
-    AddJobWithTrigger(s, 0, NJobTypeReminder, 1);
-    s.Triggers()[0]->SetEditing(true);
-    At(moment, -100);
-    RecordingSink sink;
-    s.CheckTriggerShare(4, 1, sink);
-    EXPECT_TRUE(sink.runs.empty());
-    EXPECT_FALSE(s.Triggers()[0]->IsFinished());
 }

@@ -1,9 +1,11 @@
-// Main-thread edits while 16 checker threads and many job threads run. Run
-// it in the ThreadSanitizer and AddressSanitizer builds: the point is that
-// they stay silent.
+// Main-thread edits, quick pause/resume pairs and shutdown while 16 checker
+// threads and many job threads run. Run it in the ThreadSanitizer and
+// AddressSanitizer builds: the point is that they stay silent.
 
 #include <atomic>
 #include <chrono>
+#include <cstdio>
+#include <cstdlib>
 #include <random>
 #include <thread>
 
@@ -13,16 +15,6 @@
 
 #include "core/engine/scheduler_engine.h"
 #include "core/jobs/job_actions.h"
-
-namespace {
-
-class QuietHost : public EngineHost {
-public:
-    void WakeMainThread() override {}
-};
-
-
-}  // namespace
 
 TEST(EngineStress, EditsWhileCheckersAndJobsRun)
 {
@@ -37,34 +29,51 @@ TEST(EngineStress, EditsWhileCheckersAndJobsRun)
 
     Scheduler scheduler;
     std::int64_t nextTid = 0;
-    for (std::int32_t jid = 0; jid < 150; ++jid) {
-        std::unique_ptr<Job> job = CreateJob(static_cast<std::uint32_t>(jid % NJobTypeCount));
+    // A job with an every-second trigger of its own; short chains that end:
+    // jobs 0..8 lead to 9, 10..18 to 19, ...
+    auto addJob = [&](std::int32_t jid, std::uint32_t kind, bool notify) {
+        std::unique_ptr<Job> job = CreateJob(kind);
         JobParam p;
         p.id = jid;
-        p.type = job->GetType();
+        p.type = kind;
         p.triggerIds = {static_cast<std::int32_t>(nextTid)};
-        // Short chains that end: jobs 0..8 lead to 9, 10..18 to 19, ...
         if (jid % 10 != 9)
             p.associatedJids = {jid + 1};
         p.params = {"first", "second"};
         job->SetParam(p);
-        scheduler.AddTrigger(EverySecondTrigger(nextTid++), false);
-        scheduler.AddJob(std::move(job), false);
-    }
+        scheduler.AddTrigger(EverySecondTrigger(nextTid++), notify);
+        scheduler.AddJob(std::move(job), notify);
+    };
+    for (std::int32_t jid = 0; jid < 150; ++jid)
+        addJob(jid, static_cast<std::uint32_t>(jid % NJobTypeCount), false);
 
-    QuietHost host;
+    struct : EngineHost {
+        void WakeMainThread() override {}
+    } host;
     SchedulerEngine engine(scheduler, host);
     engine.StartChecking();
     EXPECT_EQ(engine.ThreadCount(), 16u);
 
+    // A pause and a resume within 50 ms once hung in the join; a watchdog
+    // ends the program rather than letting the test wait for ever.
+    std::atomic<bool> done{false};
+    std::thread watchdog([&done] {
+        for (int i = 0; i < 600 && !done; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        if (!done) {
+            std::fprintf(stderr, "the engine hung\n");
+            std::abort();
+        }
+    });
     std::mt19937 rng(7);
     const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(3000);
     int edits = 0;
+    int pairs = 0;
     while (std::chrono::steady_clock::now() < end) {
         engine.ProcessRequests();
         const auto& jobs = scheduler.Jobs();
         Job* job = jobs[rng() % jobs.size()].get();
-        switch (rng() % 6) {
+        switch (rng() % 7) {
         case 0: scheduler.SetJobEnable(job, !job->IsEnabled(), true); break;
         case 1: {
             // A dialog's edit: in place, under the edit lock.
@@ -87,21 +96,17 @@ TEST(EngineStress, EditsWhileCheckersAndJobsRun)
             // Replace a job and its trigger: delete, then add anew.
             const std::int32_t jid = job->GetId();
             scheduler.DeleteJob(job, true);
-            std::unique_ptr<Job> fresh = CreateJob(NJobTypeSendUdpMsg);
-            JobParam p;
-            p.id = jid;
-            p.type = NJobTypeSendUdpMsg;
-            p.triggerIds = {static_cast<std::int32_t>(nextTid)};
-            if (jid % 10 != 9)
-                p.associatedJids = {jid + 1};
-            fresh->SetParam(p);
-            scheduler.AddTrigger(EverySecondTrigger(nextTid++), true);
-            scheduler.AddJob(std::move(fresh), true);
+            addJob(jid, NJobTypeSendUdpMsg, true);
         } break;
         case 4: scheduler.RunJobByNumber(static_cast<std::int32_t>(rng() % 100)); break;
+        case 5:
+            // Two quick presses of the pause key.
+            pairs += engine.TogglePause();
+            std::this_thread::sleep_for(std::chrono::microseconds(rng() % 3000));
+            pairs += !engine.TogglePause();
+            break;
         default: {
             scheduler.SetDataChanged(true);
-            std::string ignored;
             std::size_t total = 0, active = 0;
             auto lock = scheduler.ReadLock();
             scheduler.CountTriggers(total, active);
@@ -110,9 +115,21 @@ TEST(EngineStress, EditsWhileCheckersAndJobsRun)
         ++edits;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
+    // Exactly one set of checkers is left, it still fires, and pausing ends it.
+    EXPECT_EQ(engine.RunningCheckerCount(), 16u);
+    const int before = executed.load();
+    for (int i = 0; i < 300 && executed.load() == before; ++i) {
+        engine.ProcessRequests();
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_GT(executed.load(), before);
+    EXPECT_TRUE(engine.TogglePause());
+    EXPECT_EQ(engine.RunningCheckerCount(), 0u);
     engine.Shutdown();
+    done = true;
+    watchdog.join();
     EXPECT_TRUE(engine.WaitForJobThreads(10000));
     ClearJobActions();
     EXPECT_GT(edits, 500);
-    EXPECT_GT(executed.load(), 100);
+    EXPECT_GT(pairs, 2 * 100);
 }

@@ -216,7 +216,7 @@ TEST(SchedulerQueries, CategoryQueriesKeepListOrderAndListEachJobOnce)
     EXPECT_TRUE(s.JobsByTriggerType(NTriggerTypeWithStart).empty());
 }
 
-TEST(SchedulerRunByNumber, RefusesAbove99AndPostsWith128)
+TEST(SchedulerRunByNumber, RefusesAbove99AndUnknownJidsAndPostsWith128)
 {
     Scheduler s;
     RecordingRuns runs;
@@ -225,6 +225,7 @@ TEST(SchedulerRunByNumber, RefusesAbove99AndPostsWith128)
     s.AddJob(MakeJob(99), false);
     s.AddJob(MakeJob(100), false);
     EXPECT_FALSE(s.RunJobByNumber(100));
+    EXPECT_FALSE(s.RunJobByNumber(5));  // no such job: never the last one of the list
     EXPECT_TRUE(s.RunJobByNumber(99));
     ASSERT_EQ(runs.posted.size(), 1u);
     EXPECT_EQ(runs.posted[0], std::make_pair(99, 128));

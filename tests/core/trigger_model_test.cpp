@@ -35,7 +35,7 @@ TEST(TriggerFactory, StatusNames)
     const char* const names[] = {"Wait Start", "Waiting", "Fired", "Timeout", "Disable", "Editing"};
     for (std::uint32_t status = 0; status < 6; ++status)
         EXPECT_EQ(TriggerStatusName(status), names[status]);
-    EXPECT_EQ(TriggerStatusName(6), "");
+    EXPECT_EQ(TriggerStatusName(7), "");
 }
 
 TEST(TriggerBase, NewTriggerStartsWaitingEnabledAndNeverFired)

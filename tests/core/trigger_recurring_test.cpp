@@ -159,24 +159,37 @@ TEST_F(RecurringTest, FiringMissedWhileClosedIsMadeUpOnceWhenAsked)
     EXPECT_FALSE(fresh->CheckAndAdvance());
 }
 
-TEST_F(RecurringTest, MalformedConditionIsReportedOnceAndNeverThrows)
+TEST_F(RecurringTest, MalformedConditionNeverFiresShowsInvalidAndIsReportedOnce)
 {
-    At(Local(2026, 11, 23, 10, 0, 0, 400));
-    std::unique_ptr<Trigger> trigger;
-    ASSERT_NO_THROW(trigger = Make(NTriggerTypeCron, "0 0 25 * * ?"));
-    for (int i = 0; i < 40; ++i) {
-        clock.Advance(50);
-        ASSERT_NO_THROW(trigger->CheckAndAdvance());
-    }
-    EXPECT_EQ(messages.texts, (std::vector<wxString>{"Specified range exceeds maximum"}));
-    // "Now" stands in for the search result.
-    EXPECT_EQ(trigger->GetNextFire(), Local(2026, 11, 23, 10, 0, 2));
+    const struct {
+        std::uint32_t type;
+        const char* condition;
+        const char* message;
+    } cases[] = {
+        {NTriggerTypeCron, "0 0 25 * * ?", "Specified range exceeds maximum"},
+        {NTriggerTypeInterval, "0/0 * * * * ?", "Incrementer must be a positive value"},
+        {NTriggerTypeEveryMinute, "0, * * * * *", "Value cannot end with comma"},
+        {NTriggerTypeEveryDay, "0 0 8 * *", "cron expression must have six fields"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.condition);
+        messages.texts.clear();
+        At(Local(2026, 11, 23, 9, 59, 58, 400));
+        std::unique_ptr<Trigger> trigger;
+        ASSERT_NO_THROW(trigger = Make(c.type, c.condition));
+        EXPECT_EQ(trigger->GetStatus(), NTriggerStatusInvalid);
+        // Checks that land on whole seconds, where "now" used to match.
+        EXPECT_TRUE(Drive(*trigger, Local(2026, 11, 23, 10, 0, 0), Local(2026, 11, 23, 10, 0, 3)).empty());
+        EXPECT_EQ(trigger->GetStatus(), NTriggerStatusInvalid);
+        EXPECT_FALSE(trigger->GetNextFire().IsValid());
+        EXPECT_FALSE(trigger->IsDue(300));
+        EXPECT_EQ(messages.texts, (std::vector<wxString>{c.message}));
+        EXPECT_EQ(TriggerStatusName(trigger->GetStatus()), "Invalid");
 
-    // A new condition is parsed afresh.
-    trigger->SetCondition("0 0 12 * * ?");
-    trigger->CheckAndAdvance();
-    EXPECT_EQ(trigger->GetNextFire(), Local(2026, 11, 23, 12, 0, 0));
-    trigger->SetCondition("1 2 3");
-    trigger->CheckAndAdvance();
-    EXPECT_EQ(messages.texts.back(), "cron expression must have six fields");
+        // A corrected condition is parsed afresh and the trigger works again.
+        trigger->SetCondition("0 0 12 * * ?");
+        trigger->CheckAndAdvance();
+        EXPECT_EQ(trigger->GetStatus(), NTriggerStatusWaiting);
+        EXPECT_EQ(trigger->GetNextFire(), Local(2026, 11, 23, 12, 0, 0));
+    }
 }

@@ -27,6 +27,7 @@ void EngineMailbox::Close()
     std::lock_guard<std::mutex> lock(m_mutex);
     m_bClosed = true;
     m_requests.clear();
+    m_closed.notify_all();
 }
 
 bool EngineMailbox::IsClosed() const
@@ -47,21 +48,53 @@ void EngineMailbox::SetSilent(bool silent)
     m_bSilent = silent;
 }
 
-void EngineMailbox::JobThreadStarted()
+std::uint64_t EngineMailbox::JobThreadStarted(std::int32_t jid)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
-    ++m_nJobThreads;
+    const std::uint64_t token = m_nextToken++;
+    m_running.emplace(token, jid);
+    return token;
 }
 
-void EngineMailbox::JobThreadEnded()
+void EngineMailbox::JobThreadEnded(std::uint64_t token)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
-    if (--m_nJobThreads == 0)
+    m_running.erase(token);
+    if (m_running.empty())
         m_jobThreadsDone.notify_all();
 }
 
 bool EngineMailbox::WaitForJobThreads(int timeoutMs)
 {
     std::unique_lock<std::mutex> lock(m_mutex);
-    return m_jobThreadsDone.wait_for(lock, std::chrono::milliseconds(timeoutMs), [this] { return m_nJobThreads == 0; });
+    return m_jobThreadsDone.wait_for(lock, std::chrono::milliseconds(timeoutMs), [this] { return m_running.empty(); });
+}
+
+std::vector<std::int32_t> EngineMailbox::RunningJobIds() const
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    std::vector<std::int32_t> ids;
+    for (const auto& entry : m_running)
+        ids.push_back(entry.second);
+    return ids;
+}
+
+bool EngineMailbox::SleepUnlessClosed(int ms)
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    return !m_closed.wait_for(lock, std::chrono::milliseconds(ms), [this] { return m_bClosed; });
+}
+
+void EngineMailbox::ReportUnlessAbandoned(const std::function<void()>& report)
+{
+    std::lock_guard<std::mutex> lock(m_reportMutex);
+    if (!m_bAbandoned)
+        report();
+}
+
+void EngineMailbox::Abandon()
+{
+    // Waits for a report under way: once this returns, none follows.
+    std::lock_guard<std::mutex> lock(m_reportMutex);
+    m_bAbandoned = true;
 }

@@ -1,15 +1,18 @@
 #pragma once
 // What worker threads share with the main thread: the queue of requests
-// (run a job, give an advance notice) and the silent-mode flag. Job threads
-// keep it alive by shared_ptr, so a thread that outlives the engine posts
-// into a closed mailbox instead of into freed memory.
+// (run a job, give an advance notice), the silent-mode flag, and the list of
+// running job threads. Job threads keep it alive by shared_ptr, so a thread
+// that outlives the engine posts into a closed mailbox instead of into freed
+// memory.
 
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 class Job;
 
@@ -30,15 +33,28 @@ public:
     // False (and nothing queued) once the mailbox is closed.
     bool Post(EngineRequest request);
     std::deque<EngineRequest> TakeAll();
+    // Closing is the job threads' stop request: no new request is taken and
+    // a thread waiting out its delay wakes at once.
     void Close();
     bool IsClosed() const;
 
-    // Job threads count themselves in and out, so that a caller can wait
-    // for the running ones to end (tests, an orderly exit).
-    void JobThreadStarted();
-    void JobThreadEnded();
+    // Job threads count themselves in and out, so that shutdown can wait
+    // for them and name the ones that would not end.
+    std::uint64_t JobThreadStarted(std::int32_t jid);
+    void JobThreadEnded(std::uint64_t token);
     // True when no job thread runs any more; false after `timeoutMs`.
     bool WaitForJobThreads(int timeoutMs);
+    // The JIDs of the job threads still running, in start order.
+    std::vector<std::int32_t> RunningJobIds() const;
+    // Sleeps `ms` unless the mailbox is or gets closed; true when the whole
+    // time passed open.
+    bool SleepUnlessClosed(int ms);
+
+    // After shutdown gave up waiting, a job thread still running must not
+    // reach the log, the clock or the application any more: `report` runs
+    // only while the engine still listens, and never after Abandon().
+    void ReportUnlessAbandoned(const std::function<void()>& report);
+    void Abandon();
 
     // 1 normal, 0 silent: read by every job thread when it starts.
     bool IsSilent() const;
@@ -46,10 +62,14 @@ public:
 
 private:
     mutable std::mutex m_mutex;
+    std::mutex m_reportMutex;
     std::deque<EngineRequest> m_requests;
     std::function<void()> m_wake;
     std::condition_variable m_jobThreadsDone;
-    int m_nJobThreads = 0;
+    std::condition_variable m_closed;
+    std::map<std::uint64_t, std::int32_t> m_running;  // token -> JID
+    std::uint64_t m_nextToken = 1;
     bool m_bClosed = false;
+    bool m_bAbandoned = false;
     bool m_bSilent = false;
 };

@@ -1,6 +1,5 @@
 #include "core/engine/job_thread.h"
 
-#include <chrono>
 #include <system_error>
 #include <thread>
 
@@ -19,11 +18,9 @@ void RunJob(const std::shared_ptr<Job>& job, int delayMs, const std::shared_ptr<
     // A closing program starts no more jobs.
     if (!mailbox->IsClosed()) {
         const bool suppressed = mailbox->IsSilent() && IsSuppressedInSilentMode(job->GetType());
-        if (!suppressed) {
-            if (delayMs > 0)
-                std::this_thread::sleep_for(std::chrono::milliseconds(delayMs));
+        // Shutdown cuts the delay short, and the job then does not run.
+        if (!suppressed && (delayMs <= 0 || mailbox->SleepUnlessClosed(delayMs)))
             job->Execute();
-        }
     }
     // Chaining runs for every thread that reaches its end, a suppressed job
     // included. The list is the copy's own, so edits cannot disturb it.
@@ -36,8 +33,10 @@ void RunJob(const std::shared_ptr<Job>& job, int delayMs, const std::shared_ptr<
         request.delayMs = job->GetJobInterval();
         mailbox->Post(std::move(request));
     }
-    wxLogMessage("%d <<- [JID_%d, ThreadID_%zu] Exit", LogMs(), job->GetId(),
-                 static_cast<std::size_t>(wxThread::GetCurrentId()));
+    mailbox->ReportUnlessAbandoned([&job] {
+        wxLogMessage("%d <<- [JID_%d, ThreadID_%zu] Exit", LogMs(), job->GetId(),
+                     static_cast<std::size_t>(wxThread::GetCurrentId()));
+    });
 }
 
 }  // namespace
@@ -56,11 +55,11 @@ std::shared_ptr<Job> SnapshotJob(const Job& job)
 
 std::size_t StartJobThread(std::shared_ptr<Job> job, int delayMs, std::shared_ptr<EngineMailbox> mailbox)
 {
-    mailbox->JobThreadStarted();
+    const std::uint64_t token = mailbox->JobThreadStarted(job->GetId());
     try {
-        std::thread thread([job, delayMs, mailbox]() {
+        std::thread thread([job, delayMs, mailbox, token]() {
             RunJob(job, delayMs, mailbox);
-            mailbox->JobThreadEnded();
+            mailbox->JobThreadEnded(token);
         });
         // The native handle is the id the thread itself logs with (no
         // waiting for the new thread to be scheduled).
@@ -68,7 +67,7 @@ std::size_t StartJobThread(std::shared_ptr<Job> job, int delayMs, std::shared_pt
         thread.detach();
         return id;
     } catch (const std::system_error&) {
-        mailbox->JobThreadEnded();
+        mailbox->JobThreadEnded(token);
         return 0;
     }
 }

@@ -26,7 +26,7 @@ SchedulerEngine::~SchedulerEngine()
 
 void SchedulerEngine::StartChecking()
 {
-    if (m_bStarted)
+    if (m_bStarted || m_bShutDown)
         return;
     wxLogMessage("%d *** CadrelleFrame::Onm_timerTrigger", LogMs());
     m_scheduler.SetStopCheck(0);
@@ -38,8 +38,6 @@ void SchedulerEngine::StartChecking()
 
 void SchedulerEngine::StartCheckerThreads()
 {
-    // Threads of an earlier run end within one pass of stopCheck = 1.
-    JoinCheckerThreads();
     std::size_t total = 0;
     std::size_t active = 0;
     {
@@ -49,10 +47,16 @@ void SchedulerEngine::StartCheckerThreads()
     const CheckerPlan plan = ChooseCheckerPlan(total);
     m_nThreadCnt = plan.threadCount;
     m_nCheckTriggerCnt = plan.checkTriggerCnt;
+    m_checkerStop = std::make_shared<CheckerStop>();
     for (std::size_t index = 0; index < plan.threadCount; ++index) {
+        // Counted before it starts, so the count is exact once this returns.
+        ++m_nRunningCheckers;
         try {
-            m_checkers.emplace_back([this, count = plan.threadCount, index] { CheckerLoop(count, index); });
+            m_checkers.emplace_back([this, count = plan.threadCount, index, stop = m_checkerStop] {
+                CheckerLoop(count, index, stop);
+            });
         } catch (const std::system_error&) {
+            --m_nRunningCheckers;
             GetUserMessages().ShowMessage("Can't create thread!", "Cadrelle");
             break;
         }
@@ -63,35 +67,46 @@ void SchedulerEngine::StartCheckerThreads()
     }
 }
 
-void SchedulerEngine::JoinCheckerThreads()
+void SchedulerEngine::StopCheckerThreads()
 {
+    if (m_checkerStop) {
+        std::lock_guard<std::mutex> lock(m_checkerStop->mutex);
+        m_checkerStop->stop = true;
+        m_checkerStop->wake.notify_all();
+    }
+    // A thread in its sleep wakes at once; one in a pass ends after it.
     for (std::thread& checker : m_checkers) {
         if (checker.joinable())
             checker.join();
     }
     m_checkers.clear();
+    m_checkerStop.reset();
 }
 
-void SchedulerEngine::CheckerLoop(std::size_t count, std::size_t index)
+void SchedulerEngine::CheckerLoop(std::size_t count, std::size_t index, const std::shared_ptr<CheckerStop>& stop)
 {
     for (;;) {
         if (m_scheduler.GetStopCheck() == 1)
             break;
         m_scheduler.CheckTriggerShare(count, index, *this);
-        std::this_thread::sleep_for(std::chrono::milliseconds(kCheckPeriodMs));
+        std::unique_lock<std::mutex> lock(stop->mutex);
+        if (stop->wake.wait_for(lock, std::chrono::milliseconds(kCheckPeriodMs), [&stop] { return stop->stop; }))
+            break;
     }
+    --m_nRunningCheckers;
 }
 
 bool SchedulerEngine::TogglePause()
 {
-    if (!m_bStarted)
-        return false;
+    if (!m_bStarted || m_bShutDown)
+        return IsPaused();
     if (m_scheduler.GetStopCheck() != 0) {
         m_scheduler.SetStopCheck(0);
         StartCheckerThreads();
         return false;
     }
     m_scheduler.SetStopCheck(1);
+    StopCheckerThreads();
     return true;
 }
 
@@ -108,14 +123,24 @@ std::size_t SchedulerEngine::ResetWithStartTriggers()
 
 bool SchedulerEngine::IsPaused() const
 {
-    return m_bStarted && m_scheduler.GetStopCheck() != 0;
+    return m_bStarted && !m_bShutDown && m_scheduler.GetStopCheck() != 0;
 }
 
-void SchedulerEngine::Shutdown()
+void SchedulerEngine::Shutdown(int jobWaitMs)
 {
+    if (m_bShutDown)
+        return;
+    m_bShutDown = true;
     m_scheduler.SetStopCheck(1);
-    JoinCheckerThreads();
+    StopCheckerThreads();
     m_mailbox->Close();
+    if (m_mailbox->WaitForJobThreads(jobWaitMs))
+        return;
+    wxString jids;
+    for (std::int32_t jid : m_mailbox->RunningJobIds())
+        jids += wxString::Format(" JID_%d", jid);
+    wxLogMessage("%d ### Jobs still running after %d ms, left behind:%s", LogMs(), jobWaitMs, jids);
+    m_mailbox->Abandon();
 }
 
 bool SchedulerEngine::RunJob(const std::shared_ptr<Job>& job)

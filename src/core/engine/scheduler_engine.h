@@ -5,8 +5,10 @@
 // (EngineHost::WakeMainThread) and HousekeepingTick() every second or so.
 
 #include <atomic>
+#include <condition_variable>
 #include <cstddef>
 #include <memory>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -34,6 +36,8 @@ public:
     static constexpr long kDelayedSaveMs = 55000;
     // Advance notice period, seconds.
     static constexpr int kNoticeSeconds = 300;
+    // How long shutdown waits for running jobs before it leaves them behind.
+    static constexpr int kJobThreadWaitMs = 5000;
 
     SchedulerEngine(Scheduler& scheduler, EngineHost& host);
     ~SchedulerEngine() override;
@@ -45,23 +49,30 @@ public:
     void StartChecking();
     bool IsStarted() const { return m_bStarted; }
     // Pause mode on/off (nothing before StartChecking). True when paused now.
+    // Pausing ends the checker threads and waits for them (at most one
+    // pass); leaving pause starts a fresh set, which checks at once.
     bool TogglePause();
     bool IsPaused() const;
     // The reset command: arms the unfired With Start triggers again from now
     // and logs "%zd WithStart triggers reset."; returns the count.
     std::size_t ResetWithStartTriggers();
     // Stops the checker threads and waits for them; closes the mailbox so no
-    // further job starts. Called before the Scheduler goes away.
-    void Shutdown();
+    // further job starts and delayed jobs give up their wait; then waits up
+    // to `jobWaitMs` for the running job threads. Those still running are
+    // logged by JID and left behind, cut off from the log and the program.
+    // Called before the Scheduler goes away; later calls do nothing.
+    void Shutdown(int jobWaitMs = kJobThreadWaitMs);
 
     // Waits up to `timeoutMs` for running job threads to end; true when none
-    // runs any more. The program itself never waits for its jobs.
+    // runs any more.
     bool WaitForJobThreads(int timeoutMs) { return m_mailbox->WaitForJobThreads(timeoutMs); }
 
     void SetSilentMode(bool silent) { m_mailbox->SetSilent(silent); }
     bool IsSilentMode() const { return m_mailbox->IsSilent(); }
     std::size_t ThreadCount() const { return m_nThreadCnt.load(); }
     std::size_t CheckTriggerCount() const { return m_nCheckTriggerCnt.load(); }
+    // Checker threads alive right now (0 while paused).
+    std::size_t RunningCheckerCount() const { return m_nRunningCheckers.load(); }
 
     // Main thread: starts the requested job threads, hands notices over.
     void ProcessRequests();
@@ -75,16 +86,27 @@ public:
     void PostJobRun(Job& job, int value) override;
 
 private:
+    // One set of checker threads has its own stop flag, so a thread of a set
+    // that was told to stop can never see a later resume and carry on.
+    struct CheckerStop {
+        std::mutex mutex;
+        std::condition_variable wake;
+        bool stop = false;
+    };
+
     void StartCheckerThreads();
-    void JoinCheckerThreads();
-    void CheckerLoop(std::size_t count, std::size_t index);
+    void StopCheckerThreads();
+    void CheckerLoop(std::size_t count, std::size_t index, const std::shared_ptr<CheckerStop>& stop);
     void StartJob(const std::shared_ptr<Job>& job, int delayMs);
 
     Scheduler& m_scheduler;
     EngineHost& m_host;
     std::shared_ptr<EngineMailbox> m_mailbox;
     std::vector<std::thread> m_checkers;
+    std::shared_ptr<CheckerStop> m_checkerStop;
+    std::atomic<std::size_t> m_nRunningCheckers{0};
     std::atomic<std::size_t> m_nThreadCnt{0};
     std::atomic<std::size_t> m_nCheckTriggerCnt{0};
     bool m_bStarted = false;
+    bool m_bShutDown = false;
 };

@@ -10,9 +10,11 @@
 
 namespace {
 
+// The table and its lock are never destroyed: a job thread left running at
+// exit may still look an action up during static destruction.
 std::array<JobAction, NJobTypeCount>& Actions()
 {
-    static std::array<JobAction, NJobTypeCount> actions;
+    static auto& actions = *new std::array<JobAction, NJobTypeCount>;
     return actions;
 }
 
@@ -21,7 +23,7 @@ std::array<JobAction, NJobTypeCount>& Actions()
 // table from meeting a lookup.
 std::mutex& ActionsMutex()
 {
-    static std::mutex mutex;
+    static std::mutex& mutex = *new std::mutex;
     return mutex;
 }
 

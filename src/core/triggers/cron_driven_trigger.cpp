@@ -23,6 +23,7 @@ void CronDrivenTrigger::Load(const TriggerParam& param)
     if (shown.IsValid())
         shown.SetSecond(0).SetMillisecond(0);
     m_dtNextFire = shown;
+    m_bConditionInvalid = !m_schedule.IsConditionValid(m_strCondition, ConditionVersion(), GetTid());
 }
 
 bool CronDrivenTrigger::InActivePeriod(std::int64_t nowMs) const
@@ -34,6 +35,15 @@ bool CronDrivenTrigger::InActivePeriod(std::int64_t nowMs) const
 
 bool CronDrivenTrigger::CheckAndAdvance()
 {
+    // A malformed condition never fires, enabled or not, and says so in the
+    // trigger list until it is corrected.
+    const bool valid = m_schedule.IsConditionValid(m_strCondition, ConditionVersion(), GetTid());
+    if (m_bConditionInvalid.load(std::memory_order_relaxed) == valid)
+        m_bConditionInvalid.store(!valid, std::memory_order_relaxed);
+    if (!valid) {
+        m_dtNextFire.SetMs(AtomicMoment::kInvalid);
+        return false;
+    }
     if (!IsEnabled()) {
         SetStatus(NTriggerStatusDisable);
         return false;

@@ -74,7 +74,7 @@ void CronSchedule::Compute(std::int64_t nowSec)
     m_validUntil = m_moments.next1Ms >= 0 ? m_moments.next1Ms / 1000 : StartOfNextLocalYear(nowSec);
 }
 
-CronMoments CronSchedule::Lookup(const wxString& condition, unsigned version, std::int64_t nowSec, std::int64_t tid)
+void CronSchedule::ParseIfNeeded(const wxString& condition, unsigned version, std::int64_t tid)
 {
     const bool changed = !m_bParsed || version != m_nVersion;
     if (changed || !m_bCaching) {
@@ -82,12 +82,19 @@ CronMoments CronSchedule::Lookup(const wxString& condition, unsigned version, st
         Parse(condition, changed, tid);
         m_nVersion = version;
     }
-    if (!m_expr) {
-        CronMoments now;
-        now.next1Ms = nowSec * 1000;
-        now.next2Ms = nowSec * 1000;
-        return now;
-    }
+}
+
+bool CronSchedule::IsConditionValid(const wxString& condition, unsigned version, std::int64_t tid)
+{
+    ParseIfNeeded(condition, version, tid);
+    return m_expr.has_value();
+}
+
+CronMoments CronSchedule::Lookup(const wxString& condition, unsigned version, std::int64_t nowSec, std::int64_t tid)
+{
+    ParseIfNeeded(condition, version, tid);
+    if (!m_expr)
+        return CronMoments();
     if (!m_bValid || nowSec < m_validFrom || nowSec >= m_validUntil)
         Compute(nowSec);
     return m_moments;

@@ -14,7 +14,7 @@ const char* const kTypeNames[NTriggerTypeCount] = {
 };
 
 const char* const kStatusNames[NTriggerStatusCount] = {
-    "Wait Start", "Waiting", "Fired", "Timeout", "Disable", "Editing",
+    "Wait Start", "Waiting", "Fired", "Timeout", "Disable", "Editing", "Invalid",
 };
 
 }  // namespace

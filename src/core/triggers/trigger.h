@@ -35,12 +35,13 @@ enum TriggerStatus : std::uint32_t {
     NTriggerStatusTimeout = 3,
     NTriggerStatusDisable = 4,
     NTriggerStatusEditing = 5,
-    NTriggerStatusCount = 6
+    NTriggerStatusInvalid = 6,  // a recurring kind whose CONDITION does not parse
+    NTriggerStatusCount = 7
 };
 
 // Display name of a kind ("Specical Time" is spelt so on purpose); empty above 11.
 wxString TriggerTypeName(std::uint32_t type);
-// Display name of a status; empty above 5.
+// Display name of a status; empty above 6.
 wxString TriggerStatusName(std::uint32_t status);
 // True for the kinds whose condition is a cron expression (2 and 5 to 11).
 bool IsCronDrivenType(std::uint32_t type);
@@ -109,7 +110,15 @@ public:
     void SetFirePending(bool pending) { m_bFirePending = pending; }
     bool IsNoticeGiven() const { return m_bNoticeGiven.load(std::memory_order_relaxed); }
     void SetNoticeGiven(bool given) { m_bNoticeGiven.store(given, std::memory_order_relaxed); }
-    std::uint32_t GetStatus() const { return m_nStatus.load(std::memory_order_relaxed); }
+    // "Invalid" while the CONDITION of a recurring kind does not parse,
+    // whatever the other rules set (only "Editing" shows through).
+    std::uint32_t GetStatus() const
+    {
+        const std::uint32_t status = m_nStatus.load(std::memory_order_relaxed);
+        return m_bConditionInvalid.load(std::memory_order_relaxed) && status != NTriggerStatusEditing
+                   ? static_cast<std::uint32_t>(NTriggerStatusInvalid)
+                   : status;
+    }
     void SetStatus(std::uint32_t status)
     {
         // Checked twenty times a second: do not dirty the line needlessly.
@@ -158,6 +167,7 @@ protected:
     std::atomic<bool> m_bFirePending{false};
     std::atomic<bool> m_bNoticeGiven{false};
     std::atomic<std::uint32_t> m_nStatus{NTriggerStatusWaiting};
+    std::atomic<bool> m_bConditionInvalid{false};
 
 private:
     unsigned m_nConditionVersion = 0;
