@@ -4,28 +4,27 @@
 #include <chrono>
 #include <condition_variable>
 #include <csignal>
+#include <functional>
 #include <iostream>
 #include <mutex>
+#include <vector>
 
 #include <wx/log.h>
 
-#include "core/app_start_time.h"
 #include "core/clock.h"
 #include "core/core_log.h"
-#include "core/data/atomic_file.h"
-#include "core/engine/scheduler_engine.h"
 #include "core/log/weekday_log.h"
-#include "core/prefs/preference.h"
-#include "core/settings_lookup.h"
-#include "core/scheduler.h"
+#include "desktop/control/control_server.h"
+#include "desktop/control/instance_control.h"
+#include "desktop/session/app_session.h"
 #include "desktop/single_instance.h"
-#include "desktop/desktop_actions.h"
-#include "desktop/jobs/web_refresh.h"
 
 namespace {
 
 std::atomic<int> g_stopSignal{0};
 
+// Only records the signal: the loop below sees it within 100 ms and ends the
+// session on the main thread.
 extern "C" void OnStopSignal(int signal)
 {
     g_stopSignal.store(signal);
@@ -55,11 +54,32 @@ public:
         m_wake.wait_for(lock, period, [this] { return m_bWoken; });
         m_bWoken = false;
     }
+    // Any thread: `task` runs on the main thread at the loop's next pass
+    // (requests of `cadrelle --status` and the other control commands).
+    void Post(std::function<void()> task)
+    {
+        {
+            std::lock_guard<std::mutex> lock(m_mutex);
+            m_tasks.push_back(std::move(task));
+        }
+        WakeMainThread();
+    }
+    void RunPosted()
+    {
+        std::vector<std::function<void()>> tasks;
+        {
+            std::lock_guard<std::mutex> lock(m_mutex);
+            tasks.swap(m_tasks);
+        }
+        for (auto& task : tasks)
+            task();
+    }
 
 private:
     std::mutex m_mutex;
     std::condition_variable m_wake;
     bool m_bWoken = false;
+    std::vector<std::function<void()>> m_tasks;
 };
 
 }  // namespace
@@ -71,63 +91,43 @@ int RunHeadless(const wxString& appDir)
         std::cerr << SingleInstanceGuard::RefusalMessage() << std::endl;
         return 1;
     }
-    std::signal(SIGINT, OnStopSignal);
-    std::signal(SIGTERM, OnStopSignal);
-
-    SetAppStartTime(GetClock().Now());
-    // The log first, so that loading the data file is logged too. Without a
-    // file (a folder that cannot be written) the run goes on unlogged.
-    wxString dirError;
-    if (!EnsurePrivateDir(appDir, &dirError))
-        std::cerr << "cadrelle: " << dirError << std::endl;
-    WeekdayLog log(appDir);
-    if (!log.Open())
-        std::cerr << "cadrelle: cannot open the log file in " << appDir << "; running without a log" << std::endl;
-    Preference& preferences = Preference::Instance();
-    SetSettings(&preferences);
-    Scheduler scheduler(appDir);
-    scheduler.LoadSchedulerData();
-    RegisterDesktopJobActions();
+    for (int signal : {SIGINT, SIGTERM, SIGHUP})
+        std::signal(signal, OnStopSignal);
 
     HeadlessHost host;
-    {
-        SchedulerEngine engine(scheduler, host);
-        const std::int64_t started = GetClock().NowMs();
-        std::int64_t lastHousekeeping = started;
-        std::int64_t lastLoggingCheck = started;
-        // The trigger timer's first tick comes 2000 ms after start.
-        constexpr std::int64_t kTriggerTimerMs = 2000;
-        constexpr std::int64_t kHousekeepingMs = 1000;
-        while (g_stopSignal.load() == 0) {
-            host.WaitForWork(std::chrono::milliseconds(100));
-            const std::int64_t now = GetClock().NowMs();
-            if (!engine.IsStarted() && now - started >= kTriggerTimerMs)
-                engine.StartChecking();
-            engine.ProcessRequests();
-            if (now - lastHousekeeping >= kHousekeepingMs) {
-                lastHousekeeping = now;
-                engine.HousekeepingTick();
-            }
-            if (now - lastLoggingCheck >= WeekdayLog::kTimerPeriodMs) {
-                lastLoggingCheck = now;
-                log.OnLoggingTimer(engine.ThreadCount(), engine.CheckTriggerCount());
-            }
-            // Lines of worker threads reach the file through the main thread.
-            WeekdayLog::Flush();
+    AppSession session(appDir);
+    session.Start(host);
+    SchedulerEngine& engine = session.GetEngine();
+    const std::unique_ptr<InstanceControl> control = MakeEngineControl(session.GetScheduler(), engine);
+    ControlServer server([&control](const ControlRequest& request) { return ServeControlRequest(*control, request); },
+                         [&host](std::function<void()> task) { host.Post(std::move(task)); });
+    std::string controlError;
+    if (!server.Start(&controlError))
+        std::cerr << "cadrelle: no control from the command line: " << controlError << std::endl;
+    const std::int64_t started = GetClock().NowMs();
+    std::int64_t lastHousekeeping = started;
+    std::int64_t lastLoggingCheck = started;
+    // The trigger timer's first tick comes 2000 ms after start.
+    constexpr std::int64_t kTriggerTimerMs = 2000;
+    constexpr std::int64_t kHousekeepingMs = 1000;
+    while (g_stopSignal.load() == 0) {
+        host.WaitForWork(std::chrono::milliseconds(100));
+        const std::int64_t now = GetClock().NowMs();
+        if (!engine.IsStarted() && now - started >= kTriggerTimerMs)
+            engine.StartChecking();
+        engine.ProcessRequests();
+        host.RunPosted();
+        if (now - lastHousekeeping >= kHousekeepingMs) {
+            lastHousekeeping = now;
+            session.HousekeepingTick();
         }
-        wxLogMessage("%d *** ->> CadrelleFrame::~CadrelleFrame", LogMs());
-        // Checker threads stop and are waited for before anything is saved;
-        // web requests still running end as "Cancelled".
-        engine.Shutdown();
-        CancelWebRequests();
+        if (now - lastLoggingCheck >= WeekdayLog::kTimerPeriodMs) {
+            lastLoggingCheck = now;
+            session.LoggingTick();
+        }
+        // Lines of worker threads reach the file through the main thread.
+        WeekdayLog::Flush();
     }
-    scheduler.SetDataChanged(true);
-    scheduler.SaveSchedulerData(true);
-    wxLogMessage("%d *** SaveSchedulerData(true) Completed", LogMs());
-    preferences.SaveSettingParam();
-    wxLogMessage("%d *** SaveSettingParam() Completed", LogMs());
-    SetSettings(nullptr);
-    wxLogMessage("%d <<- CadrelleFrame::~CadrelleFrame", LogMs());
-    log.Close();  // the end banner
+    session.Stop();
     return 0;
 }

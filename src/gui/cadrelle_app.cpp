@@ -1,16 +1,17 @@
 #include "gui/cadrelle_app.h"
 
+#include <wx/config.h>
+#include <wx/image.h>
 #include <wx/log.h>
-
 #include <wx/msgdlg.h>
 
 #include "core/app_dir.h"
 #include "core/i18n/ui_language.h"
-#include "core/app_start_time.h"
+#include "desktop/control/control_client.h"
 #include "desktop/platform/idle_time_platform.h"
-#include "desktop/desktop_actions.h"
 #include "gui/gui_user_messages.h"
 #include "gui/main_frame.h"
+#include "core/prefs/preference.h"
 
 namespace {
 wxString g_appDirOverride;
@@ -27,23 +28,38 @@ void CadrelleApp::SetAppDirOverride(const wxString& appDir)
 
 bool CadrelleApp::OnInit()
 {
+    // Identity, then the configuration (keys read with a default are written
+    // back), the folder, the single-instance guard, images, the frame.
     SetVendorName("Vantrel");
     SetAppName("Cadrelle");
+    wxConfigBase::Get()->SetRecordDefaults(true);
+    const wxString appDir = ChooseAppDir(g_appDirOverride, ExecutableDir());
     // Log lines go to standard error, never into dialogs.
     delete wxLog::SetActiveTarget(new wxLogStderr);
     SetUpUiLanguage(ExecutableDir());
     SetUserMessages(&g_userMessages);
     m_pInstance = std::make_unique<SingleInstanceGuard>();
     if (m_pInstance->IsAnotherRunning()) {
+        // The running instance comes to the front (through its password
+        // when one is set); this one still says why it ends.
+        SendControlRequestQuietly(ControlRequest{ControlRequest::Kind::Show});
         wxMessageBox(wxGetTranslation(SingleInstanceGuard::RefusalMessage()), "Cadrelle", wxOK | wxICON_ERROR);
+        m_pInstance.reset();
         return false;
     }
-    SetAppStartTime(wxDateTime::UNow());
-    RegisterDesktopJobActions();
+    wxInitAllImageHandlers();
     g_idleTime = CreatePlatformIdleTimeSource();
     SetIdleTimeSource(g_idleTime.get());
-    auto* frame = new CadrelleFrame(ChooseAppDir(g_appDirOverride, ExecutableDir()));
+    auto* frame = new CadrelleFrame(appDir);
     frame->Show();
+    SetTopWindow(frame);
+    // Started minimised, the password is asked when the window is restored.
+    if (Preference::Instance().GetValue("minimizeOnAppStart") == "1") {
+        frame->Iconize(true);
+    } else if (Preference::Instance().GetValue("usePassword") == "1") {
+        auto* ask = new wxThreadEvent(wxEVT_THREAD, 6006);
+        wxQueueEvent(frame, ask);
+    }
     return true;
 }
 
@@ -52,5 +68,6 @@ int CadrelleApp::OnExit()
     SetIdleTimeSource(nullptr);
     g_idleTime.reset();
     SetUserMessages(nullptr);
+    m_pInstance.reset();
     return wxApp::OnExit();
 }

@@ -1,81 +1,182 @@
 #include "gui/main_frame.h"
 
-#include <wx/listctrl.h>
+#include <wx/aboutdlg.h>
+#include <wx/artprov.h>
+#include <wx/aui/auibar.h>
 #include <wx/log.h>
+#include <wx/menu.h>
+#include <wx/msgdlg.h>
+#include <wx/panel.h>
+#include <wx/srchctrl.h>
 #include <wx/sizer.h>
-#include <wx/splitter.h>
+#include <wx/statusbr.h>
+#include <wx/treelist.h>
 
 #include "core/core_log.h"
-#include "core/data/atomic_file.h"
+#include "core/log/weekday_log.h"
 #include "core/prefs/preference.h"
 #include "core/scheduler.h"
-#include "desktop/jobs/web_refresh.h"
-#include "core/settings_lookup.h"
+#include "desktop/session/app_session.h"
+#include "desktop/session/session_end.h"
+#include "gui/dialogs/auth_dlg.h"
+#include "gui/dialogs/job_detail_dlg.h"
+#include "gui/dialogs/language_dlg.h"
+#include "gui/dialogs/setting_dlg.h"
+#include "gui/dialogs/trigger_dlg.h"
+#include "gui/frame/frame_icons.h"
+#include "gui/shell/desktop_shell.h"
 
 namespace {
 
 enum {
-    ID_LISTCTRL_JOBS = wxID_HIGHEST + 1,
-    ID_LISTCTRL_TRIGGERS,
+    ID_TBI_NEWJOB = wxID_HIGHEST + 100,
+    ID_TBI_EDITJOB,
+    ID_TBI_ENABLEJOB,
+    ID_TBI_DELJOB,
+    ID_TBI_TESTEXEC,
+    ID_TBI_RESETTRIGGER,
+    ID_TBI_BLOCK,
+    ID_TBI_PAUSE,
+    ID_TBI_SETTING,
+    ID_TBI_ABOUT,
+    ID_PPM_COPYJOB,
+    ID_PPM_ENABLEALL,
+    ID_PPM_DISABLEALL,
+    ID_MNU_NEWJOB,
+    ID_MNU_LANGUAGE,
+    ID_FIND_JOB,
     ID_TIMER_TRIGGER,
     ID_TIMER_HOUSEKEEPING,
     ID_TIMER_LOGGING
 };
 
+// The deferred password prompt at start.
+constexpr int kEventPopupAuthDlg = 6006;
 // The trigger timer's period; only its first tick does anything.
 constexpr int kTriggerTimerMs = 2000;
+// The delayed save, the status bar and the lists' repaint while jobs fire.
 constexpr int kHousekeepingMs = 1000;
-// Above this many triggers the list is not refreshed every second.
-constexpr std::size_t kLiveRefreshLimit = 500;
 
-wxString FormatMoment(const wxDateTime& dt)
+const char* const kCaption = "Cadrelle";
+
+bool PrefIsOn(const char* key)
 {
-    return dt.IsValid() ? dt.Format("%Y-%m-%d %H:%M:%S") : wxString("-");
+    return Preference::Instance().GetValue(key) == "1";
 }
+
+long PrefNumber(const char* key, long fallback)
+{
+    long value = 0;
+    return Preference::Instance().GetValue(key).ToLong(&value) ? value : fallback;
+}
+
+void Tell(wxWindow* parent, const wxString& text, long icon = wxICON_INFORMATION)
+{
+    wxMessageBox(text, kCaption, wxOK | icon, parent);
+}
+
+bool Ask(wxWindow* parent, const wxString& text)
+{
+    return wxMessageBox(text, kCaption, wxYES_NO | wxICON_QUESTION, parent) == wxYES;
+}
+
+class CategoryData final : public wxClientData {
+public:
+    explicit CategoryData(const wxString& key) : m_key(key) {}
+    const wxString& Key() const { return m_key; }
+
+private:
+    wxString m_key;
+};
 
 }  // namespace
 
 CadrelleFrame::CadrelleFrame(const wxString& appDir)
-    : wxFrame(nullptr, wxID_ANY, "Cadrelle", wxDefaultPosition, wxSize(900, 560)),
-      m_pLog(std::make_unique<WeekdayLog>(appDir)), m_pScheduler(std::make_unique<Scheduler>(appDir)),
+    : wxFrame(nullptr, wxID_ANY, kCaption), m_pSession(std::make_unique<AppSession>(appDir)),
       m_timerTrigger(this, ID_TIMER_TRIGGER), m_timerHousekeeping(this, ID_TIMER_HOUSEKEEPING),
       m_timerLogging(this, ID_TIMER_LOGGING)
 {
-    wxString dirError;
-    EnsurePrivateDir(appDir, &dirError);
-    m_pLog->Open();
-    SetSettings(&Preference::Instance());
-    const DataLoadReport report = m_pScheduler->LoadSchedulerData();
-    m_pEngine = std::make_unique<SchedulerEngine>(*m_pScheduler, *this);
+    m_pSession->Start(*this);
+    m_strStartTime = wxDateTime::Now().Format("%Y-%m-%d %H:%M:%S");
+    m_nSortCol = static_cast<int>(PrefNumber("colSortIndex", 0));
+    m_nSortDir = PrefNumber("colSortDir", kSortDefault);
 
-    auto* splitter = new wxSplitterWindow(this, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxSP_LIVE_UPDATE);
-    m_pLcJob = new wxListCtrl(splitter, ID_LISTCTRL_JOBS, wxDefaultPosition, wxDefaultSize,
-                              wxLC_REPORT | wxLC_SINGLE_SEL);
-    m_pLcTrigger = new wxListCtrl(splitter, ID_LISTCTRL_TRIGGERS, wxDefaultPosition, wxDefaultSize,
-                                  wxLC_REPORT | wxLC_SINGLE_SEL);
-    splitter->SplitHorizontally(m_pLcJob, m_pLcTrigger, 300);
-    splitter->SetMinimumPaneSize(80);
+    SetIcons(AppIcons(appDir));
+    SetSize(static_cast<int>(PrefNumber("mainFrmX", 16)), static_cast<int>(PrefNumber("mainFrmY", 16)),
+            static_cast<int>(PrefNumber("mainFrmW", 1024)), static_cast<int>(PrefNumber("mainFrmH", 512)));
+    m_mgr.SetManagedWindow(this);
+    BuildMenus();
+    BuildToolBar();
 
-    const char* const jobColumns[] = {"JID", "Job Type", "Enable", "Description", "Parameters"};
-    const int jobWidths[] = {50, 130, 60, 220, 400};
-    for (int i = 0; i < 5; ++i)
-        m_pLcJob->AppendColumn(wxGetTranslation(jobColumns[i]), wxLIST_FORMAT_LEFT, jobWidths[i]);
-    const char* const triggerColumns[] = {"TID", "Trigger Type", "Status", "Condition", "Previous", "Next"};
-    const int triggerWidths[] = {50, 110, 80, 200, 150, 150};
-    for (int i = 0; i < 6; ++i)
-        m_pLcTrigger->AppendColumn(wxGetTranslation(triggerColumns[i]), wxLIST_FORMAT_LEFT, triggerWidths[i]);
+    auto* categoryPanel = new wxPanel(this, wxID_ANY);
+    categoryPanel->SetName("ID_PANEL_CATEGORY");
+    BuildCategoryTree(categoryPanel);
+    auto* jobPanel = new wxPanel(this, wxID_ANY);
+    jobPanel->SetName("ID_PANEL2");
+    BuildJobList(jobPanel);
+    auto* triggerPanel = new wxPanel(this, wxID_ANY);
+    triggerPanel->SetName("ID_PANEL_TRIGGER");
+    BuildTriggerList(triggerPanel);
 
-    FillJobList();
-    FillTriggerList();
+    m_mgr.AddPane(m_pToolBar, wxAuiPaneInfo().Name("PaneName0").ToolbarPane().Top().Gripper(false).Resizable());
+    m_mgr.AddPane(categoryPanel, wxAuiPaneInfo().Name("Type").Caption(_("Job Type")).Left().BestSize(220, -1)
+                                     .CloseButton(false).MinSize(120, 100));
+    m_mgr.AddPane(jobPanel, wxAuiPaneInfo().Name("JobList").Caption(_("Job List")).Center().CloseButton(false));
+    m_mgr.AddPane(triggerPanel, wxAuiPaneInfo().Name("TriggerList").Caption(_("Trigger List")).Bottom()
+                                    .BestSize(-1, 200).MinSize(-1, 100).CloseButton(false));
+    m_mgr.Update();
 
-    CreateStatusBar();
-    if (!report.keptCopies.empty())
-        m_strLoadNote = wxString::Format(" - an unreadable data file was kept as %s", report.keptCopies.front());
+    wxStatusBar* statusBar = CreateStatusBar(3);
+    statusBar->SetName("ID_STATUSBAR1");
+    const int widths[] = {250, 110, -1};
+    statusBar->SetStatusWidths(3, widths);
+
+    m_pShell = std::make_unique<DesktopShell>(*this);
+    RefreshViews();
     UpdateStatusBar();
 
+    Bind(wxEVT_CLOSE_WINDOW, &CadrelleFrame::OnClose, this);
+    Bind(wxEVT_ICONIZE, &CadrelleFrame::OnIconize, this);
+    Bind(wxEVT_CHAR_HOOK, &CadrelleFrame::OnCharHook, this);
+    Bind(wxEVT_THREAD, &CadrelleFrame::OnPopupAuthDlg, this, kEventPopupAuthDlg);
     Bind(wxEVT_TIMER, &CadrelleFrame::Onm_timerTrigger, this, ID_TIMER_TRIGGER);
     Bind(wxEVT_TIMER, &CadrelleFrame::OnHousekeeping, this, ID_TIMER_HOUSEKEEPING);
     Bind(wxEVT_TIMER, &CadrelleFrame::Onm_timerLogging, this, ID_TIMER_LOGGING);
+    Bind(wxEVT_MENU, &CadrelleFrame::Onm_pTbiNewJobClick, this, ID_TBI_NEWJOB);
+    Bind(wxEVT_MENU, &CadrelleFrame::Onm_pTbiNewJobClick, this, ID_MNU_NEWJOB);
+    Bind(wxEVT_MENU, &CadrelleFrame::Onm_pTbiEditJobClick, this, ID_TBI_EDITJOB);
+    Bind(wxEVT_MENU, &CadrelleFrame::Onm_pTbiEnableJobClick, this, ID_TBI_ENABLEJOB);
+    Bind(wxEVT_MENU, &CadrelleFrame::Onm_pTbiDelJobClick, this, ID_TBI_DELJOB);
+    Bind(wxEVT_MENU, &CadrelleFrame::Onm_pTbiTestExecClick, this, ID_TBI_TESTEXEC);
+    Bind(wxEVT_MENU, &CadrelleFrame::Onm_pTbiResetTriggerClick, this, ID_TBI_RESETTRIGGER);
+    Bind(wxEVT_MENU, &CadrelleFrame::Onm_pTbiBlockClick, this, ID_TBI_BLOCK);
+    Bind(wxEVT_MENU, &CadrelleFrame::Onm_pTbiPauseClick, this, ID_TBI_PAUSE);
+    Bind(wxEVT_MENU, &CadrelleFrame::Onm_pTbiSettingClick, this, ID_TBI_SETTING);
+    Bind(wxEVT_MENU, &CadrelleFrame::OnAbout, this, ID_TBI_ABOUT);
+    Bind(wxEVT_MENU, &CadrelleFrame::OnPpmCopyJobClick, this, ID_PPM_COPYJOB);
+    Bind(wxEVT_MENU, &CadrelleFrame::OnPpmEnableAllClick, this, ID_PPM_ENABLEALL);
+    Bind(wxEVT_MENU, &CadrelleFrame::OnPpmDisableAllClick, this, ID_PPM_DISABLEALL);
+    Bind(wxEVT_MENU, &CadrelleFrame::OnChooseLanguage, this, ID_MNU_LANGUAGE);
+    Bind(wxEVT_MENU, &CadrelleFrame::OnQuit, this, wxID_EXIT);
+    Bind(wxEVT_MENU, &CadrelleFrame::OnAbout, this, wxID_ABOUT);
+    Bind(wxEVT_MENU, &CadrelleFrame::Onm_pTbiSettingClick, this, wxID_PREFERENCES);
+    Bind(wxEVT_MENU, [this](wxCommandEvent&) { m_pFilter->SetFocus(); }, ID_FIND_JOB);
+
+    // Keys that work wherever the focus is; Enter and Delete belong to the
+    // job list (OnCharHook).
+    wxAcceleratorEntry keys[] = {wxAcceleratorEntry(wxACCEL_NORMAL, WXK_F5, ID_TBI_TESTEXEC),
+                                 wxAcceleratorEntry(wxACCEL_CTRL, 'F', ID_FIND_JOB),
+                                 wxAcceleratorEntry(wxACCEL_CTRL, 'N', ID_TBI_NEWJOB)};
+    SetAcceleratorTable(wxAcceleratorTable(3, keys));
+
+    // A signal or the end of the desktop session closes the window for good
+    // on the main thread; a lost display still saves before the end.
+    WatchStopSignals([this](int signal) {
+        wxLogMessage("%d *** CadrelleFrame::OnStopSignal - %d", LogMs(), signal);
+        CloseForGood();
+    });
+    WatchDisplayLoss([this] { m_pSession->EmergencyStop(); });
+
     m_timerLogging.Start(WeekdayLog::kTimerPeriodMs);
     m_timerTrigger.Start(kTriggerTimerMs);
     m_timerHousekeeping.Start(kHousekeepingMs);
@@ -83,91 +184,797 @@ CadrelleFrame::CadrelleFrame(const wxString& appDir)
 
 CadrelleFrame::~CadrelleFrame()
 {
+    Hide();
+    WatchStopSignals(nullptr);
+    WatchDisplayLoss(nullptr);
     m_timerTrigger.Stop();
     m_timerHousekeeping.Stop();
     m_timerLogging.Stop();
-    wxLogMessage("%d *** ->> CadrelleFrame::~CadrelleFrame", LogMs());
-    // Checker threads stop and are waited for before anything is saved.
-    m_pEngine->Shutdown();
-    CancelWebRequests();
-    m_pScheduler->SetDataChanged(true);
-    m_pScheduler->SaveSchedulerData(true);
-    wxLogMessage("%d *** SaveSchedulerData(true) Completed", LogMs());
-    Preference::Instance().SaveSettingParam();
-    wxLogMessage("%d *** SaveSettingParam() Completed", LogMs());
-    m_pEngine.reset();
-    wxLogMessage("%d <<- CadrelleFrame::~CadrelleFrame", LogMs());
-    m_pLog->Close();  // the end banner
+    m_pPopupMenu.reset();
+    if (m_pShell)
+        m_pShell->RemoveTrayIcon();
+    // Saving, then the hot keys released, then the end banner.
+    m_pSession->Stop([this] { m_pShell.reset(); });
+    m_mgr.UnInit();
+}
+
+// --- building ---------------------------------------------------------------
+
+void CadrelleFrame::BuildMenus()
+{
+    auto* file = new wxMenu;
+    file->Append(ID_MNU_NEWJOB, _("&New Job...\tAlt-N"));
+    file->Append(wxID_EXIT, _("E&xit\tAlt-F4"), _("Exit the application"));
+    auto* setting = new wxMenu;
+    setting->Append(wxID_PREFERENCES, _("&Setting...\tAlt-S"), _("Setting the application"));
+    setting->Append(ID_MNU_LANGUAGE, _("&Choose Language...\tAlt-C"), _("Choose the application language"));
+    auto* help = new wxMenu;
+    help->Append(wxID_ABOUT, _("&About...\tF1"), _("Show info about this application"));
+    auto* bar = new wxMenuBar;
+    bar->Append(file, _("&File"));
+    bar->Append(setting, _("&Setting"));
+    bar->Append(help, _("Help"));
+    SetMenuBar(bar);
+
+    m_pPopupMenu = std::make_unique<wxMenu>();
+    m_pPopupMenu->Append(ID_TBI_EDITJOB, _("&Edit..."));
+    m_pPopupMenu->Append(ID_TBI_ENABLEJOB, _("Enable/Di&sable"));
+    m_pPopupMenu->Append(ID_TBI_TESTEXEC, _("E&xecute"));
+    m_pPopupMenu->Append(ID_PPM_COPYJOB, _("&Copy..."));
+    m_pPopupMenu->Append(ID_TBI_DELJOB, _("&Delete..."));
+    m_pPopupMenu->AppendSeparator();
+    m_pPopupMenu->Append(ID_PPM_ENABLEALL, _("Ena&ble All..."));
+    m_pPopupMenu->Append(ID_PPM_DISABLEALL, _("Disable &All..."));
+}
+
+void CadrelleFrame::BuildToolBar()
+{
+    const wxString& dir = m_pSession->AppDir();
+    m_pToolBar = new wxAuiToolBar(this, wxID_ANY, wxDefaultPosition, wxDefaultSize,
+                                  wxAUI_TB_DEFAULT_STYLE | wxAUI_TB_TEXT | wxAUI_TB_HORZ_LAYOUT);
+    m_pToolBar->SetName("ID_AUITOOLBAR1");
+    m_pToolBar->SetToolTextOrientation(wxAUI_TBTOOL_TEXT_BOTTOM);
+    struct Tool {
+        int id;
+        const char* label;
+        const char* tip;
+        const char* theme;
+        const char* own;
+        wxItemKind kind;
+    };
+    const Tool tools[] = {
+        {ID_TBI_NEWJOB, "New Job", "New Job", "document-new", "tool-new", wxITEM_NORMAL},
+        {ID_TBI_EDITJOB, "Edit", "Edit Job", "document-properties", "tool-edit", wxITEM_NORMAL},
+        {ID_TBI_ENABLEJOB, "Enable/Disable", "Enable/Disable Job", "", "tool-enable", wxITEM_NORMAL},
+        {ID_TBI_DELJOB, "Delete", "Delete Job", "edit-delete", "tool-delete", wxITEM_NORMAL},
+        {ID_TBI_TESTEXEC, "Execute", "Execute Job", "system-run", "tool-run", wxITEM_NORMAL},
+        {ID_TBI_RESETTRIGGER, "Reset WithStart Triggers", "Reset WithStart Triggers", "", "tool-reset",
+         wxITEM_NORMAL},
+        {ID_TBI_BLOCK, "Silent Mode", "Change to Silent Mode", "audio-volume-muted", "tool-silent", wxITEM_CHECK},
+        {ID_TBI_PAUSE, "Pause Mode", "Change to Pause Mode", "media-playback-pause", "tool-pause", wxITEM_CHECK},
+        {ID_TBI_SETTING, "Setting", "Setting", "preferences-system", "tool-setting", wxITEM_NORMAL},
+        {ID_TBI_ABOUT, "About", "About", "help-about", "tool-about", wxITEM_NORMAL},
+    };
+    for (const Tool& tool : tools)
+        m_pToolBar->AddTool(tool.id, wxGetTranslation(tool.label), ToolIcon(dir, tool.theme, tool.own),
+                            wxGetTranslation(tool.tip), tool.kind);
+    m_pToolBar->Realize();
+}
+
+void CadrelleFrame::BuildCategoryTree(wxWindow* parent)
+{
+    m_pTcCategory = new wxDataViewTreeCtrl(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize,
+                                           wxDV_NO_HEADER | wxDV_SINGLE);
+    m_pTcCategory->SetName("ID_TREECTRL_CATEGORY");
+    auto add = [this](const wxDataViewItem& parentItem, const wxString& text, const wxString& key,
+                      Category category, bool container) {
+        const wxDataViewItem item = container ? m_pTcCategory->AppendContainer(parentItem, text)
+                                              : m_pTcCategory->AppendItem(parentItem, text);
+        m_pTcCategory->SetItemData(item, new CategoryData(key));
+        m_categories.emplace_back(item, category);
+        return item;
+    };
+    Category all;
+    const wxDataViewItem root = add(wxDataViewItem(), _("All Jobs"), "ALL", all, true);
+    Category group;
+    group.grouping = true;
+    group.kind = Category::Kind::Status;
+    const wxDataViewItem byStatus = add(root, _("By Job Status"), "ByJobStatus", group, true);
+    add(byStatus, _("Enable"), "ByJobStatus", Category{Category::Kind::Status, 1, false}, false);
+    add(byStatus, _("Disable"), "ByJobStatus", Category{Category::Kind::Status, 0, false}, false);
+    group.kind = Category::Kind::JobType;
+    const wxDataViewItem byJob = add(root, _("By Job Type"), "ByJobType", group, true);
+    for (std::uint32_t type = 0; type < NJobTypeCount; ++type)
+        add(byJob, JobTypeName(type), "ByJobType", Category{Category::Kind::JobType, type, false}, false);
+    group.kind = Category::Kind::TriggerType;
+    const wxDataViewItem byTrigger = add(root, _("By Trigger Type"), "ByTriggerType", group, true);
+    for (std::uint32_t type = 0; type < NTriggerTypeCount; ++type)
+        add(byTrigger, TriggerTypeName(type), "ByTriggerType", Category{Category::Kind::TriggerType, type, false},
+            false);
+    m_pTcCategory->Expand(root);
+    m_pTcCategory->Expand(byStatus);
+    m_pTcCategory->Select(root);
+    m_pTcCategory->Bind(wxEVT_DATAVIEW_SELECTION_CHANGED, &CadrelleFrame::Onm_pTcCategorySelectionChanged, this);
+    auto* sizer = new wxBoxSizer(wxVERTICAL);
+    sizer->Add(m_pTcCategory, 1, wxEXPAND);
+    parent->SetSizer(sizer);
+}
+
+void CadrelleFrame::BuildJobList(wxWindow* parent)
+{
+    m_pFilter = new wxSearchCtrl(parent, wxID_ANY);
+    m_pFilter->SetName("ID_SEARCH_JOBS");
+    m_pFilter->SetDescriptiveText(_("Filter by description, parameters or JID (Ctrl+F)"));
+    m_pFilter->ShowCancelButton(true);
+    m_pFilter->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { SetFilterText(m_pFilter->GetValue()); });
+    m_pFilter->Bind(wxEVT_SEARCH_CANCEL, [this](wxCommandEvent&) { m_pFilter->Clear(); });
+
+    m_pLcJob = new wxDataViewCtrl(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize,
+                                  wxDV_SINGLE | wxDV_ROW_LINES | wxDV_HORIZ_RULES | wxDV_VERT_RULES);
+    m_pLcJob->SetName("ID_LISTCTRL_JOBS");
+    m_jobModel = new JobListModel;
+    m_pLcJob->AssociateModel(m_jobModel.get());
+    const auto& columns = JobColumns();
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        m_pLcJob->AppendTextColumn(wxGetTranslation(columns[i].header), static_cast<unsigned>(i),
+                                   wxDATAVIEW_CELL_INERT,
+                                   static_cast<int>(PrefNumber(columns[i].widthKey, columns[i].defaultWidth)),
+                                   wxALIGN_LEFT, wxDATAVIEW_COL_RESIZABLE);
+    m_pLcJob->Bind(wxEVT_DATAVIEW_ITEM_ACTIVATED, &CadrelleFrame::Onm_pLcJobItemActivated, this);
+    m_pLcJob->Bind(wxEVT_DATAVIEW_ITEM_CONTEXT_MENU, &CadrelleFrame::Onm_pLcJobItemRClick, this);
+    m_pLcJob->Bind(wxEVT_DATAVIEW_COLUMN_HEADER_CLICK, &CadrelleFrame::Onm_pLcJobColumnClick, this);
+    m_pLcJob->Bind(wxEVT_DATAVIEW_SELECTION_CHANGED, &CadrelleFrame::Onm_pLcJobSelectionChanged, this);
+
+    auto* sizer = new wxBoxSizer(wxVERTICAL);
+    sizer->Add(m_pFilter, 0, wxEXPAND | wxALL, 2);
+    sizer->Add(m_pLcJob, 1, wxEXPAND);
+    parent->SetSizer(sizer);
+}
+
+void CadrelleFrame::BuildTriggerList(wxWindow* parent)
+{
+    m_pLcTrigger = new wxDataViewCtrl(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize,
+                                      wxDV_SINGLE | wxDV_ROW_LINES | wxDV_HORIZ_RULES | wxDV_VERT_RULES);
+    m_pLcTrigger->SetName("ID_LISTCTRL_TRIGGERS");
+    m_triggerModel = new TriggerListModel(m_pSession->GetScheduler());
+    m_pLcTrigger->AssociateModel(m_triggerModel.get());
+    const auto& columns = TriggerColumns();
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        m_pLcTrigger->AppendTextColumn(wxGetTranslation(columns[i].header), static_cast<unsigned>(i),
+                                       wxDATAVIEW_CELL_INERT,
+                                       static_cast<int>(PrefNumber(columns[i].widthKey, columns[i].defaultWidth)),
+                                       wxALIGN_LEFT, wxDATAVIEW_COL_RESIZABLE);
+    m_pLcTrigger->Bind(wxEVT_DATAVIEW_ITEM_ACTIVATED, &CadrelleFrame::Onm_pLcTriggerItemActivated, this);
+    auto* sizer = new wxBoxSizer(wxVERTICAL);
+    sizer->Add(m_pLcTrigger, 1, wxEXPAND);
+    parent->SetSizer(sizer);
+}
+
+// --- views ------------------------------------------------------------------
+
+void CadrelleFrame::RefreshViews()
+{
+    m_bViewsDirty = false;
+    const std::int32_t selected = SelectedJid();
+    std::vector<JobRow> rows = BuildJobRows(m_pSession->GetScheduler());
+    std::vector<std::size_t> order = VisibleJobOrder(rows, m_category, m_strFilter, m_nSortCol, m_nSortDir);
+    m_jobModel->SetRows(std::move(rows), std::move(order));
+    std::size_t triggers = 0;
+    {
+        auto lock = m_pSession->GetScheduler().ReadLock();
+        triggers = m_pSession->GetScheduler().Triggers().size();
+    }
+    if (triggers != m_nShownTriggers) {
+        m_nShownTriggers = triggers;
+        m_triggerModel->Reset(static_cast<unsigned>(triggers));
+    }
+    if (selected >= 0)
+        SelectJob(selected);
+    // Only the visible rows are painted again.
+    m_pLcJob->Refresh();
+    m_pLcTrigger->Refresh();
+    UpdateStatusBar();
+}
+
+void CadrelleFrame::ApplyOrder()
+{
+    const std::int32_t selected = SelectedJid();
+    std::vector<JobRow> rows = m_jobModel->AllRows();
+    std::vector<std::size_t> order = VisibleJobOrder(rows, m_category, m_strFilter, m_nSortCol, m_nSortDir);
+    // A new order of the same rows: every visible row changes.
+    const bool sameCount = order.size() == m_jobModel->Order().size();
+    m_jobModel->SetRows(std::move(rows), std::move(order));
+    if (sameCount)
+        m_pLcJob->Refresh();
+    if (selected >= 0)
+        SelectJob(selected);
+}
+
+void CadrelleFrame::SortByColumn(int column)
+{
+    NextSortState(column, m_nSortCol, m_nSortDir);
+    Preference::Instance().SetValue("colSortIndex", wxString::Format("%d", m_nSortCol));
+    Preference::Instance().SetValue("colSortDir", wxString::Format("%ld", m_nSortDir));
+    ApplyOrder();
+}
+
+void CadrelleFrame::SelectCategory(int index)
+{
+    if (index < 0 || index >= static_cast<int>(m_categories.size()))
+        return;
+    m_nCurrTcIdx = index;
+    m_category = m_categories[static_cast<std::size_t>(index)].second;
+    wxLogMessage("%d ### CadrelleFrame::Onm_pTcCategorySelectionChanged - m_nCurrTcIdx: %d", LogMs(), index);
+    if (m_pTcCategory->GetSelection() != m_categories[static_cast<std::size_t>(index)].first)
+        m_pTcCategory->Select(m_categories[static_cast<std::size_t>(index)].first);
+    ApplyOrder();
+}
+
+void CadrelleFrame::SetFilterText(const wxString& text)
+{
+    if (m_pFilter->GetValue() != text)
+        m_pFilter->ChangeValue(text);
+    m_strFilter = text;
+    ApplyOrder();
+}
+
+bool CadrelleFrame::SelectJob(std::int32_t jid)
+{
+    const int row = m_jobModel->RowOf(jid);
+    if (row < 0)
+        return false;
+    const wxDataViewItem item = m_jobModel->GetItem(static_cast<unsigned>(row));
+    m_pLcJob->Select(item);
+    m_pLcJob->EnsureVisible(item);
+    return true;
+}
+
+std::int32_t CadrelleFrame::SelectedJid() const
+{
+    if (!m_pLcJob || !m_pLcJob->HasSelection())
+        return -1;
+    const JobRow* row = m_jobModel->RowAt(m_jobModel->GetRow(m_pLcJob->GetSelection()));
+    return row ? row->jid : -1;
+}
+
+std::int32_t CadrelleFrame::RequireSelectedJid()
+{
+    const std::int32_t jid = SelectedJid();
+    if (jid < 0)
+        Tell(this, _("Please select a job."));
+    return jid;
+}
+
+void CadrelleFrame::UpdateStatusBar()
+{
+    if (!GetStatusBar())
+        return;
+    Scheduler& scheduler = m_pSession->GetScheduler();
+    SchedulerEngine& engine = m_pSession->GetEngine();
+    Counters counters;
+    std::vector<std::int64_t> tids;
+    {
+        auto lock = scheduler.ReadLock();
+        counters.jobs = scheduler.Jobs().size();
+        for (const auto& job : scheduler.Jobs())
+            counters.enabledJobs += job->IsEnabled() ? 1 : 0;
+        scheduler.CountTriggers(counters.triggers, counters.activeTriggers);
+        tids.reserve(scheduler.Triggers().size());
+        for (const auto& trigger : scheduler.Triggers())
+            tids.push_back(trigger->GetTid());
+    }
+    ShareTriggers(tids, engine.ThreadCount(), counters);
+    counters.lastPass = engine.CheckTriggerCount();
+    const wxString state = engine.IsPaused() || m_bPendingPause ? _("Pause")
+                           : engine.IsSilentMode()              ? _("Silent Mode")
+                                                                : _("Running");
+    const wxString counterText = CountersText(counters);
+    SetStatusText(_("Start running:") + " " + m_strStartTime, 0);
+    SetStatusText(state, 1);
+    SetStatusText(counterText, 2);
+    const wxString all = state + " " + counterText;
+    if (all != m_strLastStatus) {
+        m_strLastStatus = all;
+        wxLogMessage("%d ### CadrelleFrame::updateStatusbar -> %s", LogMs(), all);
+    }
+}
+
+void CadrelleFrame::SaveLayout()
+{
+    Preference& prefs = Preference::Instance();
+    if (!IsIconized() && !IsMaximized()) {
+        const wxRect r = GetRect();
+        prefs.SetValue("mainFrmX", wxString::Format("%d", r.x));
+        prefs.SetValue("mainFrmY", wxString::Format("%d", r.y));
+        prefs.SetValue("mainFrmW", wxString::Format("%d", r.width));
+        prefs.SetValue("mainFrmH", wxString::Format("%d", r.height));
+    }
+    const auto& jobColumns = JobColumns();
+    for (unsigned i = 0; i < m_pLcJob->GetColumnCount() && i < jobColumns.size(); ++i)
+        prefs.SetValue(jobColumns[i].widthKey, wxString::Format("%d", m_pLcJob->GetColumn(i)->GetWidth()));
+    const auto& triggerColumns = TriggerColumns();
+    for (unsigned i = 0; i < m_pLcTrigger->GetColumnCount() && i < triggerColumns.size(); ++i)
+        prefs.SetValue(triggerColumns[i].widthKey, wxString::Format("%d", m_pLcTrigger->GetColumn(i)->GetWidth()));
+}
+
+// --- commands ---------------------------------------------------------------
+
+void CadrelleFrame::RunNow(std::int32_t jid)
+{
+    ExecuteJobById(jid);
+}
+
+void CadrelleFrame::Onm_pTbiNewJobClick(wxCommandEvent&)
+{
+    wxLogMessage("%d *** CadrelleFrame::Onm_pTbiNewJobClick", LogMs());
+    std::int32_t jid = -1;
+    if (!ShowJobDetailDlg(this, m_pSession->GetScheduler(), JobDlgMode::NewJob, -1, &jid,
+                          [this](std::int32_t id) { RunNow(id); }))
+        return;
+    wxLogMessage("%d ### Add New Job => [JID_%d]", LogMs(), jid);
+    RefreshViews();
+    SelectJob(jid);
+}
+
+void CadrelleFrame::Onm_pTbiEditJobClick(wxCommandEvent&)
+{
+    wxLogMessage("%d *** CadrelleFrame::Onm_pTbiEditJobClick", LogMs());
+    const std::int32_t jid = RequireSelectedJid();
+    if (jid < 0)
+        return;
+    std::int32_t result = jid;
+    if (!ShowJobDetailDlg(this, m_pSession->GetScheduler(), JobDlgMode::EditJob, jid, &result,
+                          [this](std::int32_t id) { RunNow(id); }))
+        return;
+    wxLogMessage("%d ### Edit Job => [JID_%d]", LogMs(), result);
+    RefreshViews();
+}
+
+void CadrelleFrame::OnPpmCopyJobClick(wxCommandEvent&)
+{
+    wxLogMessage("%d *** CadrelleFrame::OnPpmCopyJobClick", LogMs());
+    const std::int32_t jid = RequireSelectedJid();
+    if (jid < 0)
+        return;
+    std::int32_t copy = -1;
+    if (!ShowJobDetailDlg(this, m_pSession->GetScheduler(), JobDlgMode::CopyJob, jid, &copy,
+                          [this](std::int32_t id) { RunNow(id); }))
+        return;
+    wxLogMessage("%d ### Copy Job => [JID_%d]", LogMs(), copy);
+    RefreshViews();
+    SelectJob(copy);
+}
+
+void CadrelleFrame::ToggleJobEnable(std::int32_t jid)
+{
+    Scheduler& scheduler = m_pSession->GetScheduler();
+    Scheduler::JobPtr job;
+    {
+        auto lock = scheduler.ReadLock();
+        job = scheduler.GetJobById(jid);
+    }
+    if (!job)
+        return;
+    const bool enable = !job->IsEnabled();
+    scheduler.SetJobEnable(job.get(), enable, true);
+    wxLogMessage("%d ### %s Job => [JID_%d]", LogMs(), enable ? "Enable" : "Disable", jid);
+    RefreshViews();
+}
+
+void CadrelleFrame::Onm_pTbiEnableJobClick(wxCommandEvent&)
+{
+    wxLogMessage("%d *** CadrelleFrame::Onm_pTbiEnableJobClick", LogMs());
+    const std::int32_t jid = RequireSelectedJid();
+    if (jid >= 0)
+        ToggleJobEnable(jid);
+}
+
+void CadrelleFrame::Onm_pTbiDelJobClick(wxCommandEvent&)
+{
+    wxLogMessage("%d *** CadrelleFrame::Onm_pTbiDelJobClick", LogMs());
+    const std::int32_t jid = RequireSelectedJid();
+    if (jid < 0 || !Ask(this, _("Do you want to delete?")))
+        return;
+    Scheduler& scheduler = m_pSession->GetScheduler();
+    Scheduler::JobPtr job;
+    {
+        auto lock = scheduler.ReadLock();
+        job = scheduler.GetJobById(jid);
+    }
+    if (!job)
+        return;
+    scheduler.DeleteJob(job.get(), true);
+    wxLogMessage("%d ### Del Job => [JID_%d]", LogMs(), jid);
+    RefreshViews();
+}
+
+bool CadrelleFrame::ExecuteJobById(std::int32_t jid)
+{
+    Scheduler::JobPtr job;
+    {
+        auto lock = m_pSession->GetScheduler().ReadLock();
+        job = m_pSession->GetScheduler().GetJobById(jid);
+    }
+    // Runs whether the job is enabled or not: the user asked for it.
+    if (!job || !m_pSession->GetEngine().RunJob(job))
+        return false;
+    m_pSession->GetEngine().ProcessRequests();
+    return true;
+}
+
+void CadrelleFrame::Onm_pTbiTestExecClick(wxCommandEvent&)
+{
+    wxLogMessage("%d *** CadrelleFrame::Onm_pTbiTestExecClick", LogMs());
+    const std::int32_t jid = RequireSelectedJid();
+    if (jid >= 0)
+        ExecuteJobById(jid);
+}
+
+void CadrelleFrame::Onm_pTbiResetTriggerClick(wxCommandEvent&)
+{
+    wxLogMessage("%d *** CadrelleFrame::Onm_pTbiResetTriggerClick", LogMs());
+    const std::size_t reset = m_pSession->GetEngine().ResetWithStartTriggers();
+    RefreshViews();
+    Tell(this, wxString::Format(_("%zd WithStart triggers reset."), reset));
+}
+
+void CadrelleFrame::OnPpmEnableAllClick(wxCommandEvent&)
+{
+    wxLogMessage("%d *** CadrelleFrame::OnPpmEnableAllClick", LogMs());
+    if (!Ask(this, _("Do you want to enable all jobs?")))
+        return;
+    m_pSession->GetScheduler().EnableAllJobs(true);
+    RefreshViews();
+}
+
+void CadrelleFrame::OnPpmDisableAllClick(wxCommandEvent&)
+{
+    wxLogMessage("%d *** CadrelleFrame::OnPpmDisableAllClick", LogMs());
+    if (!Ask(this, _("Do you want to disable all jobs?")))
+        return;
+    m_pSession->GetScheduler().EnableAllJobs(false);
+    RefreshViews();
+}
+
+void CadrelleFrame::OpenTriggerDialogForJob(std::int32_t jid)
+{
+    std::int64_t tid = -1;
+    {
+        auto lock = m_pSession->GetScheduler().ReadLock();
+        const Scheduler::JobPtr job = m_pSession->GetScheduler().GetJobById(jid);
+        if (job && !job->GetTriggerIds().empty())
+            tid = job->GetTriggerIds().front();
+    }
+    if (tid < 0)
+        return;
+    if (!ShowTriggerDlgForTrigger(this, m_pSession->GetScheduler(), tid)) {
+        Tell(this, _("Nothing to be changed!"));
+        return;
+    }
+    RefreshViews();
+}
+
+void CadrelleFrame::Onm_pLcTriggerItemActivated(wxDataViewEvent& event)
+{
+    wxLogMessage("%d *** CadrelleFrame::Onm_pLcTriggerItemActivated", LogMs());
+    const std::int64_t tid = m_triggerModel->TidAt(m_triggerModel->GetRow(event.GetItem()));
+    if (tid < 0)
+        return;
+    if (!ShowTriggerDlgForTrigger(this, m_pSession->GetScheduler(), tid)) {
+        Tell(this, _("Nothing to be changed!"));
+        return;
+    }
+    RefreshViews();
+}
+
+void CadrelleFrame::Onm_pTbiSettingClick(wxCommandEvent&)
+{
+    wxLogMessage("%d *** CadrelleFrame::OnSetting", LogMs());
+    SettingDlgContext context;
+    context.hotKeyStates = m_pShell->HotKeyStates();
+    context.trayNote = m_pShell->TrayNote();
+    ShowSettingDlg(this, context);
+}
+
+void CadrelleFrame::OnChooseLanguage(wxCommandEvent&)
+{
+    wxLogMessage("%d *** CadrelleFrame::OnChooseLanguage", LogMs());
+    ShowLanguageChooser(this);
+}
+
+void CadrelleFrame::OnAbout(wxCommandEvent&)
+{
+    wxLogMessage("%d *** CadrelleFrame::OnAbout", LogMs());
+    wxAboutDialogInfo info;
+    info.SetName(kCaption);
+    info.SetVersion("6.6.0.0");
+    info.SetDescription(_("A desktop task scheduler: jobs run by time, interval, idle time or cron triggers."));
+    info.SetIcon(GetIcons().GetIcon(64));
+    wxAboutBox(info, this);
+}
+
+// --- modes ------------------------------------------------------------------
+
+void CadrelleFrame::SwitchPauseMode()
+{
+    // Before the first tick of the trigger timer nothing runs to be paused.
+    if (m_timerTrigger.IsRunning() || !m_pToolBar->GetToolEnabled(ID_TBI_PAUSE)) {
+        m_pToolBar->ToggleTool(ID_TBI_PAUSE, m_pSession->GetEngine().IsPaused());
+        m_pToolBar->Refresh();
+        return;
+    }
+    const bool paused = m_pSession->GetEngine().TogglePause();
+    if (paused)
+        Tell(this, _("In Pause Mode, all trigger will be pause fire."));
+    else
+        Tell(this, _("Pause Mode is OFF: the triggers fire again."));
+    m_pToolBar->ToggleTool(ID_TBI_PAUSE, paused);
+    m_pToolBar->Realize();
+    UpdateStatusBar();
+    wxLogMessage("%d *** CadrelleFrame::OnOffPauseMode -> %s", LogMs(), paused ? "Pause" : "Running");
+}
+
+void CadrelleFrame::SetPauseMode(bool paused)
+{
+    SchedulerEngine& engine = m_pSession->GetEngine();
+    if (!engine.IsStarted())
+        m_bPendingPause = paused;  // applied at the first tick
+    else if (engine.IsPaused() != paused)
+        engine.TogglePause();
+    m_pToolBar->ToggleTool(ID_TBI_PAUSE, paused);
+    m_pToolBar->Refresh();
+    UpdateStatusBar();
+    wxLogMessage("%d *** CadrelleFrame::OnOffPauseMode -> %s", LogMs(), paused ? "Pause" : "Running");
+}
+
+void CadrelleFrame::SwitchSilentMode()
+{
+    wxLogMessage("%d *** CadrelleFrame::Onm_pTbiBlockClick", LogMs());
+    SchedulerEngine& engine = m_pSession->GetEngine();
+    const bool silent = !engine.IsSilentMode();
+    engine.SetSilentMode(silent);
+    m_pToolBar->ToggleTool(ID_TBI_BLOCK, silent);
+    m_pToolBar->Refresh();
+    if (silent) {
+        wxString text = _("Silent Mode: ON") + "\n\n" +
+                        _("In Slient Mode, the following job type will not be executed:\n");
+        for (const char* kind : {"Mouse Click", "Send Key", "Exec Script File", "Exec DOS Command", "Open Folder",
+                                 "Open File", "Open URL", "Reminder"})
+            text += wxGetTranslation(kind) + "\n";
+        Tell(this, text);
+    } else {
+        Tell(this, _("Silent Mode: OFF"));
+    }
+    UpdateStatusBar();
+}
+
+void CadrelleFrame::SetSilentMode(bool silent)
+{
+    wxLogMessage("%d *** CadrelleFrame::Onm_pTbiBlockClick", LogMs());
+    m_pSession->GetEngine().SetSilentMode(silent);
+    m_pToolBar->ToggleTool(ID_TBI_BLOCK, silent);
+    m_pToolBar->Refresh();
+    UpdateStatusBar();
+}
+
+void CadrelleFrame::Onm_pTbiBlockClick(wxCommandEvent&)
+{
+    SwitchSilentMode();
+}
+
+void CadrelleFrame::Onm_pTbiPauseClick(wxCommandEvent&)
+{
+    wxLogMessage("%d *** CadrelleFrame::Onm_pTbiPauseClick", LogMs());
+    SwitchPauseMode();
+}
+
+// --- window life ------------------------------------------------------------
+
+void CadrelleFrame::RestoreMainFrame()
+{
+    wxLogMessage("%d *** CadrelleFrame::OnHotKeyRestoreMainFrame", LogMs());
+    if (PrefIsOn("usePassword")) {
+        Hide();
+        if (!AskUnlockPassword(this)) {
+            m_bUnlocked = false;
+            CloseForGood();
+            return;
+        }
+    }
+    Show();
+    Iconize(false);
+    Raise();
+    SetIcons(AppIcons(m_pSession->AppDir()));
+}
+
+void CadrelleFrame::OnPopupAuthDlg(wxThreadEvent&)
+{
+    wxLogMessage("%d *** CadrelleFrame::OnPopupAuthDlg", LogMs());
+    Hide();
+    if (!AskUnlockPassword(this)) {
+        m_bUnlocked = false;
+        CloseForGood();
+        return;
+    }
+    Iconize(false);
+    Show();
+    wxTheApp->SetTopWindow(this);
+}
+
+void CadrelleFrame::TrayExit()
+{
+    wxLogMessage("%d *** CadrelleFrame::TrayExit", LogMs());
+    if (PrefIsOn("usePassword") && !AskUnlockPassword(this))
+        return;
+    if (PrefIsOn("hideMainFrmClickCloseBtn"))
+        CloseForGood();
+    else
+        Close();
+}
+
+void CadrelleFrame::CloseForGood()
+{
+    m_bForceClose = true;
+    Close(true);
+}
+
+void CadrelleFrame::OnQuit(wxCommandEvent&)
+{
+    wxLogMessage("%d *** CadrelleFrame::OnQuit", LogMs());
+    Close();
+}
+
+void CadrelleFrame::OnClose(wxCloseEvent& event)
+{
+    wxLogMessage("%d *** ->> CadrelleFrame::OnClose", LogMs());
+    SaveLayout();
+    if (PrefIsOn("hideTrayIcon"))
+        m_pShell->RemoveTrayIcon();
+    if (!m_bForceClose && event.CanVeto() && PrefIsOn("hideMainFrmClickCloseBtn")) {
+        if (m_pShell->CanHideWindow()) {
+            Hide();
+        } else {
+            // Without a tray the user could not get a hidden window back.
+            if (!m_bToldWhyNotHidden) {
+                m_bToldWhyNotHidden = true;
+                wxLogMessage("%d ### No tray in this session: the window is minimised instead of hidden", LogMs());
+            }
+            Iconize(true);
+        }
+        wxLogMessage("%d *** <<- CadrelleFrame::OnClose", LogMs());
+        event.Veto();
+        return;
+    }
+    wxLogMessage("%d *** <<- CadrelleFrame::OnClose", LogMs());
+    Destroy();
+}
+
+void CadrelleFrame::OnIconize(wxIconizeEvent& event)
+{
+    wxLogMessage("%d *** CadrelleFrame::OnIconize", LogMs());
+    if (m_pShell)
+        m_pShell->OnIconize(event.IsIconized());
+    event.Skip();
+}
+
+// --- timers and workers -----------------------------------------------------
+
+void CadrelleFrame::Onm_timerTrigger(wxTimerEvent&)
+{
+    m_timerTrigger.Stop();
+    m_pSession->GetEngine().StartChecking();
+    if (m_bPendingPause) {
+        m_bPendingPause = false;
+        m_pSession->GetEngine().TogglePause();
+    }
+    RefreshViews();
+}
+
+void CadrelleFrame::OnHousekeeping(wxTimerEvent&)
+{
+    m_pSession->HousekeepingTick();
+    // Firings change next times and statuses: at most one repaint a second.
+    if (m_bViewsDirty)
+        RefreshViews();
+    else
+        UpdateStatusBar();
 }
 
 void CadrelleFrame::Onm_timerLogging(wxTimerEvent&)
 {
-    m_pLog->OnLoggingTimer(m_pEngine->ThreadCount(), m_pEngine->CheckTriggerCount());
+    m_pSession->LoggingTick();
 }
 
 void CadrelleFrame::WakeMainThread()
 {
     // Any thread; queued to the main thread, never run on the caller's.
     CallAfter([this] {
-        if (m_pEngine)
-            m_pEngine->ProcessRequests();
+        if (m_pSession->IsRunning())
+            m_pSession->GetEngine().ProcessRequests();
     });
 }
 
 void CadrelleFrame::JobStarted(const Job&)
 {
-    if (m_pScheduler->Triggers().size() <= kLiveRefreshLimit)
-        FillTriggerList();
+    m_bViewsDirty = true;
 }
 
-void CadrelleFrame::Onm_timerTrigger(wxTimerEvent&)
+void CadrelleFrame::AdvanceNotice(const Job& job)
 {
-    m_timerTrigger.Stop();
-    m_pEngine->StartChecking();
-    UpdateStatusBar();
+    if (m_pShell)
+        m_pShell->ShowAdvanceNotice(job.GetId());
 }
 
-void CadrelleFrame::OnHousekeeping(wxTimerEvent&)
+Scheduler& CadrelleFrame::GetScheduler()
 {
-    m_pEngine->HousekeepingTick();
+    return m_pSession->GetScheduler();
 }
 
-void CadrelleFrame::UpdateStatusBar()
+SchedulerEngine& CadrelleFrame::GetEngine()
 {
-    wxString status = wxString::Format("%zu jobs, %zu triggers", m_pScheduler->Jobs().size(),
-                                       m_pScheduler->Triggers().size());
-    if (m_pEngine && m_pEngine->IsStarted())
-        status += wxString::Format(" - checking with %zu threads", m_pEngine->ThreadCount());
-    SetStatusText(status + m_strLoadNote);
+    return m_pSession->GetEngine();
 }
 
-void CadrelleFrame::FillJobList()
+// --- list events ------------------------------------------------------------
+
+void CadrelleFrame::Onm_pTcCategorySelectionChanged(wxDataViewEvent& event)
 {
-    auto lock = m_pScheduler->ReadLock();
-    m_pLcJob->DeleteAllItems();
-    long row = 0;
-    for (const Scheduler::JobPtr& job : m_pScheduler->Jobs()) {
-        const long item = m_pLcJob->InsertItem(row++, wxString::Format("%d", job->GetId()));
-        m_pLcJob->SetItem(item, 1, job->GetTypeName());
-        m_pLcJob->SetItem(item, 2, job->IsEnabled() ? _("Yes") : _("No"));
-        m_pLcJob->SetItem(item, 3, job->GetDescription());
-        m_pLcJob->SetItem(item, 4, job->GetParamText());
+    for (std::size_t i = 0; i < m_categories.size(); ++i)
+        if (m_categories[i].first == event.GetItem() && static_cast<int>(i) != m_nCurrTcIdx) {
+            SelectCategory(static_cast<int>(i));
+            return;
+        }
+}
+
+void CadrelleFrame::Onm_pLcJobItemActivated(wxDataViewEvent& event)
+{
+    wxLogMessage("%d *** CadrelleFrame::Onm_pLcJobItemActivated", LogMs());
+    wxCommandEvent edit(wxEVT_MENU, ID_TBI_EDITJOB);
+    Onm_pTbiEditJobClick(edit);
+    event.Skip(false);
+}
+
+void CadrelleFrame::Onm_pLcJobItemRClick(wxDataViewEvent& event)
+{
+    wxLogMessage("%d *** CadrelleFrame::Onm_pLcJobItemRClick", LogMs());
+    if (event.GetItem().IsOk())
+        m_pLcJob->Select(event.GetItem());
+    PopupMenu(m_pPopupMenu.get());
+}
+
+void CadrelleFrame::Onm_pLcJobColumnClick(wxDataViewEvent& event)
+{
+    wxLogMessage("%d *** CadrelleFrame::Onm_pLcJobColumnClick", LogMs());
+    if (event.GetDataViewColumn())
+        SortByColumn(static_cast<int>(event.GetDataViewColumn()->GetModelColumn()));
+}
+
+void CadrelleFrame::Onm_pLcJobSelectionChanged(wxDataViewEvent&)
+{
+    // The trigger list follows: the selected job's first trigger is shown.
+    const std::int32_t jid = SelectedJid();
+    const JobRow* row = nullptr;
+    const int index = m_jobModel->RowOf(jid);
+    if (index >= 0)
+        row = m_jobModel->RowAt(static_cast<unsigned>(index));
+    if (!row || row->firstTid < 0)
+        return;
+    const int triggerRow = m_triggerModel->RowOf(row->firstTid);
+    if (triggerRow < 0)
+        return;
+    const wxDataViewItem item = m_triggerModel->GetItem(static_cast<unsigned>(triggerRow));
+    m_pLcTrigger->Select(item);
+    m_pLcTrigger->EnsureVisible(item);
+}
+
+void CadrelleFrame::OnCharHook(wxKeyEvent& event)
+{
+    wxWindow* focus = FindFocus();
+    const bool inJobList = focus && (focus == m_pLcJob || focus->GetParent() == m_pLcJob);
+    if (inJobList && event.GetKeyCode() == WXK_DELETE && event.GetModifiers() == wxMOD_NONE) {
+        wxCommandEvent del(wxEVT_MENU, ID_TBI_DELJOB);
+        Onm_pTbiDelJobClick(del);
+        return;
     }
-}
-
-void CadrelleFrame::FillTriggerList()
-{
-    auto lock = m_pScheduler->ReadLock();
-    m_pLcTrigger->Freeze();
-    m_pLcTrigger->DeleteAllItems();
-    long row = 0;
-    for (const Scheduler::TriggerPtr& trigger : m_pScheduler->Triggers()) {
-        const long item = m_pLcTrigger->InsertItem(row++, wxString::Format("%lld", static_cast<long long>(trigger->GetTid())));
-        m_pLcTrigger->SetItem(item, 1, TriggerTypeName(trigger->GetType()));
-        m_pLcTrigger->SetItem(item, 2, TriggerStatusName(trigger->GetStatus()));
-        m_pLcTrigger->SetItem(item, 3, trigger->GetCondition());
-        m_pLcTrigger->SetItem(item, 4, FormatMoment(trigger->GetPrevFire()));
-        m_pLcTrigger->SetItem(item, 5, FormatMoment(trigger->GetNextFire()));
-    }
-    m_pLcTrigger->Thaw();
+    event.Skip();
 }

@@ -1,42 +1,151 @@
 #pragma once
-// The main window: the job list and the trigger list of the scheduler, which
-// runs while the window is open.
+// The main window: the category tree, the job and trigger lists, the toolbar,
+// the menus and the status bar over one AppSession, which runs the scheduler
+// while the window exists. Closing, quitting and hiding follow the
+// preferences hideMainFrmClickCloseBtn, hideTrayIcon and usePassword.
 
+#include <atomic>
+#include <cstdint>
 #include <memory>
+#include <vector>
 
+#include <wx/aui/aui.h>
+#include <wx/dataview.h>
 #include <wx/frame.h>
 #include <wx/timer.h>
 
 #include "core/engine/scheduler_engine.h"
-#include "core/log/weekday_log.h"
+#include "gui/frame/job_view_logic.h"
+#include "gui/frame/list_models.h"
 
+class AppSession;
+class DesktopShell;
 class Scheduler;
-class wxListCtrl;
+class wxAuiToolBar;
+class wxDataViewTreeCtrl;
+class wxSearchCtrl;
+class wxThreadEvent;
 
 class CadrelleFrame : public wxFrame, public EngineHost {
 public:
+    // `appDir` holds the data files and the log.
     explicit CadrelleFrame(const wxString& appDir);
     ~CadrelleFrame() override;
+
+    // Pause and silent mode from the toolbar and hot keys (with message
+    // boxes) and from the command line (without).
+    void SwitchPauseMode();
+    void SwitchSilentMode();
+    void SetPauseMode(bool paused);
+    void SetSilentMode(bool silent);
+    // The Execute command for job `jid`; false and nothing run when no job
+    // has that JID.
+    bool ExecuteJobById(std::int32_t jid);
+    // Shows, restores and raises the window, through the password when one
+    // is set; a refused password ends the program.
+    void RestoreMainFrame();
+    // The tray menu's Exit.
+    void TrayExit();
+    // The trigger dialog for the first trigger of job `jid`.
+    void OpenTriggerDialogForJob(std::int32_t jid);
+    void ToggleJobEnable(std::int32_t jid);
+    Scheduler& GetScheduler();
+    SchedulerEngine& GetEngine();
+
+    // The window closes for good even with hideMainFrmClickCloseBtn (a
+    // signal, the end of the session).
+    void CloseForGood();
+    // The job list's view state, for the views and their tests.
+    const JobListModel& JobModel() const { return *m_jobModel; }
+    int SortColumn() const { return m_nSortCol; }
+    long SortDir() const { return m_nSortDir; }
 
     // EngineHost
     void WakeMainThread() override;
     void JobStarted(const Job& job) override;
+    void AdvanceNotice(const Job& job) override;
+
+    // Command handlers, public so that keyboard, menus and tests reach the
+    // same code.
+    void Onm_pTbiNewJobClick(wxCommandEvent& event);
+    void Onm_pTbiEditJobClick(wxCommandEvent& event);
+    void Onm_pTbiEnableJobClick(wxCommandEvent& event);
+    void Onm_pTbiDelJobClick(wxCommandEvent& event);
+    void Onm_pTbiTestExecClick(wxCommandEvent& event);
+    void Onm_pTbiResetTriggerClick(wxCommandEvent& event);
+    void Onm_pTbiBlockClick(wxCommandEvent& event);
+    void Onm_pTbiPauseClick(wxCommandEvent& event);
+    void Onm_pTbiSettingClick(wxCommandEvent& event);
+    void OnAbout(wxCommandEvent& event);
+    void OnPpmCopyJobClick(wxCommandEvent& event);
+    void OnPpmEnableAllClick(wxCommandEvent& event);
+    void OnPpmDisableAllClick(wxCommandEvent& event);
+    void OnChooseLanguage(wxCommandEvent& event);
+    void OnQuit(wxCommandEvent& event);
+    // A click on job list header `column`.
+    void SortByColumn(int column);
+    // Selects category number `index` (0 = "All Jobs", in tree order).
+    void SelectCategory(int index);
+    // Selects job `jid` in the job list; false when it is not shown.
+    bool SelectJob(std::int32_t jid);
+    void SetFilterText(const wxString& text);
+    // Rebuilds the rows from the scheduler and repaints.
+    void RefreshViews();
 
 private:
-    void FillJobList();
-    void FillTriggerList();
+    void BuildMenus();
+    void BuildToolBar();
+    void BuildCategoryTree(wxWindow* parent);
+    void BuildJobList(wxWindow* parent);
+    void BuildTriggerList(wxWindow* parent);
+    void ApplyOrder();
     void UpdateStatusBar();
+    void SaveLayout();
+    std::int32_t SelectedJid() const;
+    // The selected job's JID, or -1 after "Please select a job.".
+    std::int32_t RequireSelectedJid();
+    void RunNow(std::int32_t jid);
+
+    void OnClose(wxCloseEvent& event);
+    void OnIconize(wxIconizeEvent& event);
+    void OnPopupAuthDlg(wxThreadEvent& event);
     void Onm_timerTrigger(wxTimerEvent& event);
     void OnHousekeeping(wxTimerEvent& event);
     void Onm_timerLogging(wxTimerEvent& event);
+    void Onm_pTcCategorySelectionChanged(wxDataViewEvent& event);
+    void Onm_pLcJobItemActivated(wxDataViewEvent& event);
+    void Onm_pLcJobItemRClick(wxDataViewEvent& event);
+    void Onm_pLcJobColumnClick(wxDataViewEvent& event);
+    void Onm_pLcJobSelectionChanged(wxDataViewEvent& event);
+    void Onm_pLcTriggerItemActivated(wxDataViewEvent& event);
+    void OnCharHook(wxKeyEvent& event);
 
-    std::unique_ptr<WeekdayLog> m_pLog;
-    std::unique_ptr<Scheduler> m_pScheduler;
-    std::unique_ptr<SchedulerEngine> m_pEngine;
+    std::unique_ptr<AppSession> m_pSession;
+    std::unique_ptr<DesktopShell> m_pShell;
+    wxAuiManager m_mgr;
+    wxAuiToolBar* m_pToolBar = nullptr;
+    wxDataViewTreeCtrl* m_pTcCategory = nullptr;
+    wxDataViewCtrl* m_pLcJob = nullptr;
+    wxDataViewCtrl* m_pLcTrigger = nullptr;
+    wxSearchCtrl* m_pFilter = nullptr;
+    std::unique_ptr<wxMenu> m_pPopupMenu;
+    wxObjectDataPtr<JobListModel> m_jobModel;
+    wxObjectDataPtr<TriggerListModel> m_triggerModel;
+    std::vector<std::pair<wxDataViewItem, Category>> m_categories;
+    Category m_category;
+    int m_nCurrTcIdx = 0;
+    int m_nSortCol = 0;
+    long m_nSortDir = kSortDefault;
+    wxString m_strFilter;
+    wxString m_strStartTime;
+    wxString m_strLastStatus;
     wxTimer m_timerTrigger;
     wxTimer m_timerHousekeeping;
     wxTimer m_timerLogging;
-    wxListCtrl* m_pLcJob = nullptr;
-    wxListCtrl* m_pLcTrigger = nullptr;
-    wxString m_strLoadNote;
+    std::atomic<bool> m_bViewsDirty{false};
+    std::size_t m_nShownTriggers = 0;
+    bool m_bPendingPause = false;
+    bool m_bForceClose = false;
+    bool m_bUnlocked = true;
+    bool m_bToldWhyNotHidden = false;
 };

@@ -1,0 +1,86 @@
+#include "gui/frame/list_models.h"
+
+#include "core/scheduler.h"
+
+void JobListModel::SetRows(std::vector<JobRow> rows, std::vector<std::size_t> order)
+{
+    const bool sameCount = order.size() == m_order.size();
+    m_rows = std::move(rows);
+    m_order = std::move(order);
+    // Same number of rows: the view only repaints what it shows.
+    if (!sameCount)
+        Reset(static_cast<unsigned>(m_order.size()));
+}
+
+const JobRow* JobListModel::RowAt(unsigned row) const
+{
+    return row < m_order.size() ? &m_rows[m_order[row]] : nullptr;
+}
+
+int JobListModel::RowOf(std::int32_t jid) const
+{
+    for (std::size_t i = 0; i < m_order.size(); ++i)
+        if (m_rows[m_order[i]].jid == jid)
+            return static_cast<int>(i);
+    return -1;
+}
+
+void JobListModel::GetValueByRow(wxVariant& value, unsigned row, unsigned col) const
+{
+    const JobRow* job = RowAt(row);
+    value = job ? job->Cell(static_cast<int>(col)) : wxString();
+}
+
+bool JobListModel::GetAttrByRow(unsigned row, unsigned, wxDataViewItemAttr& attr) const
+{
+    // Disabled jobs are greyed so that the state shows without a column.
+    const JobRow* job = RowAt(row);
+    if (!job || job->enabled)
+        return false;
+    attr.SetColour(*wxLIGHT_GREY);
+    attr.SetItalic(true);
+    return true;
+}
+
+int TriggerListModel::RowOf(std::int64_t tid) const
+{
+    auto lock = m_scheduler.ReadLock();
+    const auto& triggers = m_scheduler.Triggers();
+    for (std::size_t i = 0; i < triggers.size(); ++i)
+        if (triggers[i]->GetTid() == tid)
+            return static_cast<int>(i);
+    return -1;
+}
+
+std::int64_t TriggerListModel::TidAt(unsigned row) const
+{
+    auto lock = m_scheduler.ReadLock();
+    const auto& triggers = m_scheduler.Triggers();
+    return row < triggers.size() ? triggers[row]->GetTid() : -1;
+}
+
+void TriggerListModel::GetValueByRow(wxVariant& value, unsigned row, unsigned col) const
+{
+    auto lock = m_scheduler.ReadLock();
+    const auto& triggers = m_scheduler.Triggers();
+    if (row >= triggers.size()) {
+        value = wxString();
+        return;
+    }
+    const Trigger& t = *triggers[row];
+    switch (col) {
+    case 0: value = wxString::Format("%lld", static_cast<long long>(t.GetTid())); break;
+    case 1: value = TriggerTypeName(t.GetType()); break;
+    case 2: value = TriggerStatusName(t.GetStatus()); break;
+    case 3: {
+        // A previous fire in 1999 means never fired.
+        const wxDateTime prev = t.GetPrevFire();
+        value = FormatListTime(prev.IsValid() && prev.GetYear() == 1999 ? wxDateTime() : prev);
+        break;
+    }
+    case 4: value = FormatListTime(t.GetNextFire()); break;
+    case 5: value = FormatListTime(t.GetStart()); break;
+    case 6: value = FormatListTime(t.GetEnd()); break;
+    default: value = t.GetCondition(); break;
+    }
+}
