@@ -17,7 +17,28 @@ wxString UserDataHome()
     return dir.GetPath();
 }
 
+wxString InstalledShareDir(const wxString& exeDir)
+{
+    wxFileName dir = wxFileName::DirName(exeDir);
+    dir.AppendDir("..");
+    dir.AppendDir("share");
+    dir.AppendDir("cadrelle");
+    dir.Normalize(wxPATH_NORM_DOTS | wxPATH_NORM_ABSOLUTE);
+    return dir.GetPath();
+}
+
 }  // namespace
+
+bool IsInstalledLayout(const wxString& exeDir)
+{
+    const wxArrayString dirs = wxFileName::DirName(exeDir).GetDirs();
+    return !dirs.empty() && dirs.Last() == "bin" && wxFileName::DirExists(InstalledShareDir(exeDir));
+}
+
+wxString ResourceDir(const wxString& exeDir)
+{
+    return IsInstalledLayout(exeDir) ? InstalledShareDir(exeDir) : exeDir;
+}
 
 wxString ChooseAppDir(const wxString& overrideDir, const wxString& exeDir)
 {
@@ -26,7 +47,7 @@ wxString ChooseAppDir(const wxString& overrideDir, const wxString& exeDir)
         dir.MakeAbsolute();
         return dir.GetPath();
     }
-    if (!exeDir.empty() && wxFileName::IsDirWritable(exeDir))
+    if (!exeDir.empty() && wxFileName::IsDirWritable(exeDir) && !IsInstalledLayout(exeDir))
         return exeDir;
     return wxFileName(UserDataHome(), "Cadrelle").GetFullPath();
 }

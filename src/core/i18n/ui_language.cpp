@@ -107,6 +107,18 @@ std::vector<wxString> CatalogueFolders(const wxString& exeDir)
     return {portable.GetPath(), installed.GetPath()};
 }
 
+bool InstallTranslations(const wxString& language, const std::vector<wxString>& folders)
+{
+    for (const wxString& folder : folders)
+        wxFileTranslationsLoader::AddCatalogLookupPathPrefix(folder);
+    auto* translations = new wxTranslations;
+    translations->SetLanguage(language);
+    wxTranslations::Set(translations);  // owns it from here, drops the previous one
+    // The toolkit's own texts (stock buttons, standard dialogs), then ours.
+    translations->AddStdCatalog();
+    return language == kUiLanguageEn || translations->AddCatalog(kCatalogue);
+}
+
 wxString SetUpUiLanguage(const wxString& exeDir)
 {
     const wxString setting = ReadUiLanguageSetting();
@@ -118,14 +130,7 @@ wxString SetUpUiLanguage(const wxString& exeDir)
     if (choice.unknownCode)
         wxLogMessage("Uknown locale code '%s' in registry.", setting);
 
-    for (const wxString& folder : CatalogueFolders(exeDir))
-        wxFileTranslationsLoader::AddCatalogLookupPathPrefix(folder);
-    auto* translations = new wxTranslations;
-    translations->SetLanguage(choice.language);
-    wxTranslations::Set(translations);  // owns it from here
-    // The toolkit's own texts (stock buttons, standard dialogs), then ours.
-    translations->AddStdCatalog();
-    if (choice.language != kUiLanguageEn && !translations->AddCatalog(kCatalogue))
+    if (!InstallTranslations(choice.language, CatalogueFolders(exeDir)))
         wxLogMessage("No catalogue %s for language %s.", kCatalogue, choice.language);
     cron::SetMessageTranslator(TranslateCronMessage);
     return choice.language;

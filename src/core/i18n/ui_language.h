@@ -47,6 +47,11 @@ wxString ReadUiLanguageSetting();
 // (<exe dir>/../share/locale/<code>/LC_MESSAGES/).
 std::vector<wxString> CatalogueFolders(const wxString& exeDir);
 
+// Installs wxTranslations for `language` (one of ours) with catalogues
+// looked up in `folders`: the toolkit's own catalogue, then "Cadrelle".
+// Returns false when our catalogue of a translated language was not found.
+bool InstallTranslations(const wxString& language, const std::vector<wxString>& folders);
+
 // Resolves the language from the setting and the process environment (an
 // unknown code is logged), installs wxTranslations with the toolkit's own
 // catalogue and "Cadrelle", and returns the language. Call once at start-up,

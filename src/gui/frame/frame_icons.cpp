@@ -5,15 +5,20 @@
 #include <wx/artprov.h>
 #include <wx/filename.h>
 
+#include "core/app_dir.h"
+
 namespace {
 
-// img/ in the application folder first (an installed copy), then the
+// img/ in the application folder first (the user's own pictures), then the
+// program's (<prefix>/share/cadrelle/img when installed), then the
 // repository's assets the program was built from.
 wxString IconFile(const wxString& appDir, const wxString& name)
 {
-    const wxString local = appDir + "/img/" + name;
-    if (wxFileName::FileExists(local))
-        return local;
+    for (const wxString& dir : {appDir, ResourceDir(ExecutableDir())}) {
+        const wxString file = dir + "/img/" + name;
+        if (wxFileName::FileExists(file))
+            return file;
+    }
 #ifdef CADRELLE_ASSET_DIR
     const wxString built = wxString(CADRELLE_ASSET_DIR) + "/" + name;
     if (wxFileName::FileExists(built))
