@@ -173,7 +173,7 @@ void JobDetailDlg::RefreshTriggers()
         texts.end = t.end;
         const TriggerPreview preview = PreviewTrigger(t.type, texts, now, 1);
         wxVector<wxVariant> row;
-        row.push_back(wxVariant(wxString::Format("%d", t.tid)));
+        row.push_back(wxVariant(wxString::Format("%lld", static_cast<long long>(t.tid))));
         row.push_back(wxVariant(TriggerTypeName(t.type)));
         row.push_back(wxVariant(t.condition));
         row.push_back(wxVariant(preview.moments.empty() ? wxString("-")
@@ -182,7 +182,7 @@ void JobDetailDlg::RefreshTriggers()
     }
 }
 
-std::int32_t JobDetailDlg::UnusedTid() const
+std::int64_t JobDetailDlg::UnusedTid() const
 {
     std::int64_t tid = m_scheduler.MaxTID() + 1;
     for (const TriggerParam& t : m_triggers)
@@ -191,9 +191,9 @@ std::int32_t JobDetailDlg::UnusedTid() const
         return std::any_of(m_triggers.begin(), m_triggers.end(),
                            [candidate](const TriggerParam& t) { return t.tid == candidate; });
     };
-    while (!m_scheduler.IsTIDFree(tid) || local(tid) || m_deletedTids.count(static_cast<std::int32_t>(tid)))
+    while (!m_scheduler.IsTIDFree(tid) || local(tid) || m_deletedTids.count(tid))
         ++tid;
-    return static_cast<std::int32_t>(tid);
+    return tid;
 }
 
 void JobDetailDlg::AddTriggerParam(const TriggerParam& param)
@@ -232,7 +232,7 @@ void JobDetailDlg::OnDeleteTrigger()
         ShowMessage(this, _("Please select a trigger first."));
         return;
     }
-    const std::int32_t tid = m_triggers[static_cast<std::size_t>(row)].tid;
+    const std::int64_t tid = m_triggers[static_cast<std::size_t>(row)].tid;
     if (m_mode == JobDlgMode::EditJob && m_scheduler.GetTriggerOwner(tid) &&
         m_scheduler.GetTriggerOwner(tid)->GetId() == m_job.id)
         m_deletedTids.insert(tid);
@@ -265,7 +265,7 @@ bool JobDetailDlg::Collect(JobParam& param, wxString& message) const
 
 void JobDetailDlg::ApplyTriggers(Job& job, bool jobIsNew)
 {
-    for (std::int32_t tid : m_deletedTids)
+    for (std::int64_t tid : m_deletedTids)
         if (Trigger* trigger = m_scheduler.GetTriggerById(tid))
             m_scheduler.DeleteTrigger(trigger, false);
     for (TriggerParam param : m_triggers) {
@@ -315,7 +315,7 @@ bool JobDetailDlg::Apply()
         job->SetParam(param);
         if (edited) {
             // Its triggers are re-created below under the same TIDs.
-            for (std::int32_t tid : edited->GetTriggerIds())
+            for (std::int64_t tid : edited->GetTriggerIds())
                 if (std::find(param.triggerIds.begin(), param.triggerIds.end(), tid) == param.triggerIds.end())
                     m_deletedTids.insert(tid);
             m_scheduler.DeleteJob(edited.get(), false);
@@ -347,7 +347,7 @@ bool ShowJobDetailDlg(wxWindow* parent, Scheduler& scheduler, JobDlgMode mode, s
             return false;
         auto lock = scheduler.EditLock();
         job->GetParam(param);
-        for (std::int32_t tid : job->GetTriggerIds()) {
+        for (std::int64_t tid : job->GetTriggerIds()) {
             if (Trigger* trigger = scheduler.GetTriggerById(tid)) {
                 TriggerParam t;
                 trigger->MakeParam(t);

@@ -48,7 +48,7 @@ public:
     // The trigger records the dialog holds now.
     const std::vector<TriggerParam>& Triggers() const { return m_triggers; }
     // A TID used by no trigger of the scheduler nor of this dialog.
-    std::int32_t UnusedTid() const;
+    std::int64_t UnusedTid() const;
     // Adds a trigger record as the Add button does after its dialog.
     void AddTriggerParam(const TriggerParam& param);
 
@@ -66,8 +66,8 @@ private:
     JobParam m_job;
     std::uint32_t m_nOriginalType;
     std::vector<TriggerParam> m_triggers;
-    std::set<std::int32_t> m_editedTids;  // existing triggers changed here
-    std::set<std::int32_t> m_deletedTids; // existing triggers removed here
+    std::set<std::int64_t> m_editedTids;  // existing triggers changed here
+    std::set<std::int64_t> m_deletedTids; // existing triggers removed here
     std::function<void(std::int32_t)> m_runNow;
 
     wxTextCtrl* m_pDescription = nullptr;

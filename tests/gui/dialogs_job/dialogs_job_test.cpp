@@ -1,0 +1,196 @@
+// The trigger and job dialogs in the real event loop: what the user sees in
+// the preview, the messages that keep a dialog open, and what OK leaves in
+// the scheduler.
+
+#include <gtest/gtest.h>
+#include <wx/app.h>
+#include <wx/button.h>
+#include <wx/checklst.h>
+#include <wx/choice.h>
+#include <wx/msgdlg.h>
+#include <wx/radiobut.h>
+#include <wx/testing.h>
+#include <wx/textctrl.h>
+
+#include "core/scheduler.h"
+#include "gui/dialogs/job_detail_dlg.h"
+#include "gui/dialogs/trigger_dlg.h"
+#include "gui_test_support.h"
+
+namespace {
+
+// A message box captioned "Cadrelle" whose text starts with `start`.
+class ExpectMessage : public wxExpectModal<wxMessageDialog> {
+public:
+    explicit ExpectMessage(const wxString& start) : wxExpectModal<wxMessageDialog>(wxID_OK), m_start(start) {}
+
+protected:
+    int OnInvoked(wxMessageDialog* dlg) const override
+    {
+        EXPECT_EQ(dlg->GetTitle(), "Cadrelle");
+        EXPECT_TRUE(dlg->GetMessage().StartsWith(m_start)) << dlg->GetMessage();
+        return wxID_OK;
+    }
+
+private:
+    wxString m_start;
+};
+
+template <class T>
+T* Find(wxWindow* parent, const char* name)
+{
+    T* found = dynamic_cast<T*>(guitest::FindByName(name, parent));
+    EXPECT_TRUE(found) << name;
+    return found;
+}
+
+// Sends the event a user's action on the control sends.
+void Fire(wxWindow* control, wxEventType type, int value = 0)
+{
+    wxCommandEvent event(type, control->GetId());
+    event.SetEventObject(control);
+    event.SetInt(value);
+    control->ProcessWindowEvent(event);
+}
+
+void Tick(wxWindow* dlg, const char* list, unsigned item, bool on)
+{
+    auto* box = Find<wxCheckListBox>(dlg, list);
+    box->Check(item, on);
+    Fire(box, wxEVT_CHECKLISTBOX, static_cast<int>(item));
+}
+
+void PickKind(wxWindow* dlg, const char* radio)
+{
+    auto* button = Find<wxRadioButton>(dlg, radio);
+    button->SetValue(true);
+    Fire(button, wxEVT_RADIOBUTTON, 1);
+}
+
+void Choose(wxWindow* dlg, const char* name, int selection)
+{
+    auto* choice = Find<wxChoice>(dlg, name);
+    choice->SetSelection(selection);
+    Fire(choice, wxEVT_CHOICE, selection);
+}
+
+void Shot(wxWindow* dlg, const char* name)
+{
+    guitest::WaitFor([dlg] { return dlg->IsShownOnScreen(); });
+    guitest::Settle();
+    guitest::SaveScreenshot(dlg, name);
+}
+
+int CountLines(const wxString& text, const wxString& part)
+{
+    int n = 0;
+    for (const wxString& line : wxSplit(text, '\n'))
+        n += line.Contains(part) ? 1 : 0;
+    return n;
+}
+
+TEST(TriggerDialog, PreviewFollowsThePickersAndBadFormsStayOpen)
+{
+    TriggerParam param;
+    param.tid = 1;
+    TriggerDlg dlg(nullptr, param);
+    dlg.CallAfter([&dlg] {
+        PickKind(&dlg, "ID_RADIOBUTTON_EVERYDAY");
+        for (unsigned h = 0; h < 24; ++h)
+            Tick(&dlg, "ID_CHECKLISTBOX_HOUR", h, h == 8);
+        EXPECT_EQ(CountLines(dlg.PreviewText(), " 08:"), 5) << dlg.PreviewText();
+        // No hour ticked: the preview shows the error before OK is pressed.
+        Tick(&dlg, "ID_CHECKLISTBOX_HOUR", 8, false);
+        EXPECT_TRUE(dlg.PreviewText().Contains("Cron expressions format error")) << dlg.PreviewText();
+        wxTEST_DIALOG(Fire(Find<wxButton>(&dlg, "ID_BUTTON_OK"), wxEVT_BUTTON),
+                      ExpectMessage("Cron expressions format error"));
+        EXPECT_TRUE(dlg.IsModal());
+
+        PickKind(&dlg, "ID_RADIOBUTTON_EVERYWEEK");
+        Tick(&dlg, "ID_CHECKLISTBOX_HOUR", 8, true);
+        for (unsigned d = 1; d <= 5; ++d)
+            Tick(&dlg, "ID_CHECKLISTBOX_WEEK", d, true);
+        Shot(&dlg, "trigger-every-week");
+
+        PickKind(&dlg, "ID_RADIOBUTTON_COUNTDOWN");
+        Choose(&dlg, "ID_CHOICE8", 0);
+        wxTEST_DIALOG(Fire(Find<wxButton>(&dlg, "ID_BUTTON_OK"), wxEVT_BUTTON),
+                      ExpectMessage("Don't set Days/Hours/Minutes/Seconds value to ZERO in the same time."));
+        Choose(&dlg, "ID_CHOICE8", 5);
+        Shot(&dlg, "trigger-count-down");
+        Fire(Find<wxButton>(&dlg, "ID_BUTTON_OK"), wxEVT_BUTTON);
+    });
+    ASSERT_EQ(dlg.ShowModal(), wxID_OK);
+    EXPECT_EQ(dlg.Result().type, NTriggerTypeCountDown);
+    EXPECT_TRUE(dlg.Result().condition.EndsWith(" 0 0 5 0")) << dlg.Result().condition;
+}
+
+// Runs `step` once the job dialog is up, then presses its OK.
+void WithJobDialog(const std::function<void(wxWindow*)>& step)
+{
+    wxTheApp->CallAfter([step] {
+        ASSERT_TRUE(guitest::WaitFor([] { return guitest::FindByName("JobDetailDlg") != nullptr; }));
+        wxWindow* dlg = guitest::FindByName("JobDetailDlg");
+        step(dlg);
+        Fire(Find<wxButton>(dlg, "ID_BUTTON_OK"), wxEVT_BUTTON);
+    });
+}
+
+TEST(JobDialog, NewJobWithTriggerIsSavedAndCopied)
+{
+    Scheduler scheduler(guitest::FreshAppDir());
+    WithJobDialog([](wxWindow* dlg) {
+        Find<wxTextCtrl>(dlg, "ID_TEXTCTRL_DESCRIPTION")->ChangeValue("Wake the NAS");
+        EXPECT_FALSE(Find<wxButton>(dlg, "ID_BUTTON_RUN_NOW")->IsEnabled());
+        const std::pair<int, const char*> looks[] = {
+            {NJobTypeAutoScreenshot, "job-auto-screenshot"}, {NJobTypeSendKey, "job-send-key"},
+            {NJobTypeMouseClick, "job-mouse-click"}, {NJobTypeWakeOnLan, "job-wake-on-lan"}};
+        for (const auto& look : looks) {
+            Choose(dlg, "ID_CHOICE_JOB_TYPE", look.first);
+            Shot(dlg, look.second);
+        }
+        Find<wxTextCtrl>(dlg, "ID_PARAM_12_0")->ChangeValue("aa-bb");
+        wxTEST_DIALOG(Fire(Find<wxButton>(dlg, "ID_BUTTON_OK"), wxEVT_BUTTON),
+                      ExpectMessage("MAC Address: \"aa-bb\" is not a MAC address"));
+        Find<wxTextCtrl>(dlg, "ID_PARAM_12_0")->ChangeValue("01-23-45-67-89-ab");
+        Find<wxTextCtrl>(dlg, "ID_TEXTCTRL_ASSOCIATED")->ChangeValue("7");
+        wxTEST_DIALOG(Fire(Find<wxButton>(dlg, "ID_BUTTON_OK"), wxEVT_BUTTON),
+                      ExpectMessage("Associated JID: there is no job 7."));
+        EXPECT_TRUE(dynamic_cast<wxDialog*>(dlg)->IsModal());
+        Find<wxTextCtrl>(dlg, "ID_TEXTCTRL_ASSOCIATED")->ChangeValue("");
+        // Add opens the trigger dialog; its default kind is Every Day.
+        wxTheApp->CallAfter([] {
+            ASSERT_TRUE(guitest::WaitFor([] { return guitest::FindByName("ID_BUTTON_TEST") != nullptr; }));
+            Fire(guitest::FindByName("ID_BUTTON_OK", wxGetTopLevelParent(guitest::FindByName("ID_BUTTON_TEST"))),
+                 wxEVT_BUTTON);
+        });
+        Fire(Find<wxButton>(dlg, "ID_BUTTON_ADD_TRIGGER"), wxEVT_BUTTON);
+    });
+    std::int32_t jid = -1;
+    ASSERT_TRUE(ShowJobDetailDlg(nullptr, scheduler, JobDlgMode::NewJob, 0, &jid, {}));
+    std::shared_ptr<Job> job = scheduler.GetJobById(jid);
+    ASSERT_TRUE(job);
+    EXPECT_EQ(job->GetType(), NJobTypeWakeOnLan);
+    EXPECT_EQ(job->GetDescription(), "Wake the NAS");
+    EXPECT_EQ(job->GetParamText(), "01-23-45-67-89-ab $ 7788");
+    ASSERT_EQ(job->GetTriggerIds().size(), 1u);
+    const std::int64_t tid = job->GetTriggerIds()[0];
+    ASSERT_TRUE(scheduler.GetTriggerById(tid));
+    EXPECT_EQ(scheduler.GetTriggerById(tid)->GetType(), NTriggerTypeEveryDay);
+    EXPECT_EQ(scheduler.GetTriggerOwner(tid), job.get());
+    EXPECT_TRUE(scheduler.IsDataChanged());
+
+    WithJobDialog([](wxWindow*) {});
+    std::int32_t copyJid = -1;
+    ASSERT_TRUE(ShowJobDetailDlg(nullptr, scheduler, JobDlgMode::CopyJob, jid, &copyJid, {}));
+    std::shared_ptr<Job> copy = scheduler.GetJobById(copyJid);
+    ASSERT_TRUE(copy);
+    EXPECT_NE(copyJid, jid);
+    EXPECT_EQ(copy->GetDescription(), "Wake the NAS(Copy)");
+    ASSERT_EQ(copy->GetTriggerIds().size(), 1u);
+    EXPECT_NE(copy->GetTriggerIds()[0], tid);
+    EXPECT_EQ(scheduler.GetTriggerOwner(copy->GetTriggerIds()[0]), copy.get());
+    EXPECT_EQ(scheduler.Triggers().size(), 2u);
+}
+
+}  // namespace
