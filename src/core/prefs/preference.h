@@ -47,6 +47,10 @@ public:
     void Load();
     // Writes every key, then flushes the configuration.
     void SaveSettingParam();
+    // The configuration the values live in, for the few entries kept outside
+    // this table ("ui_language"): writing them through another object on the
+    // same file would be undone by the next save.
+    wxConfigBase* Config() const { return m_pConfig; }
 
     // The key table in its order, with the built-in defaults.
     static const std::vector<std::pair<const char*, const char*>>& Defaults();

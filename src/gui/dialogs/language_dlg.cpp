@@ -1,4 +1,39 @@
 #include "gui/dialogs/language_dlg.h"
 
-// Placeholder until the dialog lands.
-void ShowLanguageChooser(wxWindow*) {}
+#include <wx/choicdlg.h>
+#include <wx/confbase.h>
+#include <wx/msgdlg.h>
+
+#include "core/prefs/preference.h"
+
+namespace {
+
+// Stored codes, in the order of the choices; they name the catalogue folders.
+const char* const kCodes[] = {"default", "zh_CN", "en", "ja"};
+
+}  // namespace
+
+void ShowLanguageChooser(wxWindow* parent)
+{
+    // Written through the preferences' own configuration object: another
+    // object on the same file would lose the entry at the next save.
+    wxConfigBase* config = Preference::Instance().Config();
+    if (!config)
+        return;
+    config->SetPath("/");
+    const wxString current = config->Read("ui_language", "default");
+    int selected = 0;
+    for (int i = 0; i < 4; ++i)
+        if (current == kCodes[i])
+            selected = i;
+
+    const wxString choices[] = {_("(Use default language)"), _("Chinese (Simplified)"), _("English"), _("Japanese")};
+    wxSingleChoiceDialog dlg(parent, _("Select your prefered language"), _("Language selection"), 4, choices);
+    dlg.SetSelection(selected);
+    if (dlg.ShowModal() != wxID_OK || dlg.GetSelection() < 0 || kCodes[dlg.GetSelection()] == current)
+        return;
+    config->Write("ui_language", kCodes[dlg.GetSelection()]);
+    config->Flush();
+    wxMessageBox(_("You must restart application for this change to take effect."), _("Confirm"),
+                 wxOK | wxICON_INFORMATION, parent);
+}

@@ -1,7 +1,248 @@
 #include "gui/dialogs/setting_dlg.h"
 
-// Placeholder until the dialog lands: behaves as a cancelled dialog.
-bool ShowSettingDlg(wxWindow*, const SettingDlgContext&)
+#include <wx/button.h>
+#include <wx/checkbox.h>
+#include <wx/choice.h>
+#include <wx/msgdlg.h>
+#include <wx/sizer.h>
+#include <wx/statbox.h>
+#include <wx/stattext.h>
+#include <wx/textctrl.h>
+#include <wx/valtext.h>
+
+#include "core/prefs/preference.h"
+#include "desktop/platform/autostart.h"
+
+namespace {
+
+const int kGap = 6;
+
+wxArrayString KeyChoices()
 {
-    return false;
+    wxArrayString keys;
+    for (const char* c = kHotKeyCharacters; *c; ++c)
+        keys.Add(wxString(*c));
+    return keys;
+}
+
+}  // namespace
+
+bool ShowSettingDlg(wxWindow* parent, const SettingDlgContext& context)
+{
+    SettingDlg dlg(parent, context);
+    return dlg.ShowModal() == wxID_OK;
+}
+
+SettingDlg::SettingDlg(wxWindow* parent, const SettingDlgContext& context)
+    : wxDialog(parent, wxID_ANY, _("Setting Dialog"), wxDefaultPosition, wxDefaultSize,
+               wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER, "SettingDlg")
+{
+    auto* top = new wxBoxSizer(wxVERTICAL);
+    BuildJobGroup(this, top);
+    BuildApplicationGroup(this, top);
+    BuildAdvancedGroup(this, top, context.trayNote);
+    BuildHotKeyGroup(this, top, context);
+    top->Add(CreateSeparatedButtonSizer(wxOK | wxCANCEL), wxSizerFlags().Expand().Border(wxALL, kGap * 2));
+    SetSizerAndFit(top);
+    CentreOnParent();
+
+    Preference& prefs = Preference::Instance();
+    m_storedPassword = prefs.GetValue("password");
+    ShowForm(FormFromSettings(prefs, IsAutostartEnabled()));
+    m_pChkUsePassword->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { UpdatePasswordFields(); });
+    Bind(wxEVT_BUTTON, &SettingDlg::Onm_pBtnOKClick, this, wxID_OK);
+}
+
+wxCheckBox* SettingDlg::AddCheck(wxWindow* parent, wxSizer* sizer, const wxString& label, const wxString& name)
+{
+    auto* box = new wxCheckBox(parent, wxID_ANY, label, wxDefaultPosition, wxDefaultSize, 0,
+                               wxDefaultValidator, name);
+    sizer->Add(box, wxSizerFlags().Border(wxALL, kGap / 2));
+    return box;
+}
+
+void SettingDlg::BuildJobGroup(wxWindow* panel, wxSizer* top)
+{
+    auto* group = new wxStaticBoxSizer(wxVERTICAL, panel, _("Job Related Settings"));
+    wxWindow* box = group->GetStaticBox();
+    m_pChkMinimizeOnOpenJob = AddCheck(
+        box, group, _("Minimize window for execute: Open File/Open Folder/DOS Command/Batch File"), "minimizeOnOpenJob");
+    m_pChkExecMissFiredTrigger =
+        AddCheck(box, group,
+                 _("Refire miss fired trigger, when application start\n (Exclude With Start/IdleTimeout type triggers)"),
+                 "execMissFiredTrigger");
+    m_pChkHideNotifyWnd = AddCheck(box, group,
+                                   _("Do not show Notify Window when execute "
+                                     "Shutdown/Reboot/Logoff/Suspend/\nHibernates/Lock Workstation/Shutoff "
+                                     "Display/Empty Recyclebin/Close App"),
+                                   "hideNotifyWnd");
+    top->Add(group, wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxTOP, kGap * 2));
+}
+
+void SettingDlg::BuildApplicationGroup(wxWindow* panel, wxSizer* top)
+{
+    auto* group = new wxStaticBoxSizer(wxVERTICAL, panel, _("Application Settings"));
+    wxWindow* box = group->GetStaticBox();
+    m_pChkAutostart = AddCheck(box, group, _("Start with Windows startup"), "autostart");
+    m_pChkPreserveMainFrmSize = AddCheck(box, group, _("Preserve window positon and size"), "preserveMainFrmSize");
+    m_pChkHideMainFrmClickCloseBtn =
+        AddCheck(box, group, _("When click window's close button, NOT close app only minimize and hide window"),
+                 "hideMainFrmClickCloseBtn");
+    top->Add(group, wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxTOP, kGap * 2));
+}
+
+void SettingDlg::BuildAdvancedGroup(wxWindow* panel, wxSizer* top, const wxString& trayNote)
+{
+    auto* group = new wxStaticBoxSizer(wxVERTICAL, panel, _("Advanced Settings"));
+    wxWindow* box = group->GetStaticBox();
+    m_pChkUsePassword = AddCheck(box, group, _("Lock the application with a password"), "usePassword");
+
+    auto* fields = new wxFlexGridSizer(2, kGap, kGap * 2);
+    fields->AddGrowableCol(1);
+    m_pTxtPassword = new wxTextCtrl(box, wxID_ANY, wxString(), wxDefaultPosition, wxDefaultSize, wxTE_PASSWORD,
+                                    wxDefaultValidator, "password");
+    m_pTxtConfirmPassword = new wxTextCtrl(box, wxID_ANY, wxString(), wxDefaultPosition, wxDefaultSize,
+                                           wxTE_PASSWORD, wxDefaultValidator, "confirmPassword");
+    fields->Add(new wxStaticText(box, wxID_ANY, _("Password:")), wxSizerFlags().CentreVertical());
+    fields->Add(m_pTxtPassword, wxSizerFlags().Expand());
+    fields->Add(new wxStaticText(box, wxID_ANY, _("Confirm Password:")), wxSizerFlags().CentreVertical());
+    fields->Add(m_pTxtConfirmPassword, wxSizerFlags().Expand());
+    // Indented under their box, a gap on the right like the box's own.
+    auto* indent = new wxBoxSizer(wxHORIZONTAL);
+    indent->AddSpacer(kGap * 4);
+    indent->Add(fields, wxSizerFlags(1));
+    group->Add(indent, wxSizerFlags().Expand().Border(wxRIGHT | wxBOTTOM, kGap));
+    // The stored password is a hash: it cannot be shown, only kept or replaced.
+    if (!Preference::Instance().GetValue("password").empty())
+        group->Add(new wxStaticText(box, wxID_ANY, _("Leave both fields empty to keep the current password.")),
+                   wxSizerFlags().Border(wxLEFT | wxTOP, kGap * 4));
+
+    m_pChkMinimizeOnAppStart =
+        AddCheck(box, group, _("Minimize window to the tray when application start"), "minimizeOnAppStart");
+    m_pChkHideTrayIcon = AddCheck(
+        box, group, _("Hide tray icon when window is minimized or closed\n (balloon reminders will be disabled)"),
+        "hideTrayIcon");
+    if (!trayNote.empty()) {
+        auto* note = new wxStaticText(box, wxID_ANY, trayNote, wxDefaultPosition, wxDefaultSize, 0, "trayNote");
+        note->Wrap(FromDIP(480));
+        group->Add(note, wxSizerFlags().Border(wxALL, kGap));
+    }
+    top->Add(group, wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxTOP, kGap * 2));
+}
+
+void SettingDlg::BuildHotKeyGroup(wxWindow* panel, wxSizer* top, const SettingDlgContext& context)
+{
+    auto* group = new wxStaticBoxSizer(wxVERTICAL, panel, _("HOTKEY Settings (Need RESTART the application to take effect)"));
+    wxWindow* box = group->GetStaticBox();
+    const wxString labels[kHotKeyCount] = {_("Restore main window:"), _("Open/Close pause mode:"),
+                                           _("Customize Hotkey 1:"), _("Customize Hotkey 2:"),
+                                           _("Customize Hotkey 3:")};
+    const wxArrayString keys = KeyChoices();
+    const wxString modifiers[] = {_("Shift"), _("Alt")};
+    auto* grid = new wxFlexGridSizer(7, kGap, kGap);
+    grid->AddGrowableCol(6);
+    for (int i = 0; i < kHotKeyCount; ++i) {
+        const auto names = HotKeyPreferenceKeys(i);
+        grid->Add(new wxStaticText(box, wxID_ANY, labels[i]), wxSizerFlags().CentreVertical());
+        // Registration always adds Ctrl: the choice shows it, fixed.
+        const wxString ctrl[] = {_("Ctrl")};
+        auto* ctrlChoice = new wxChoice(box, wxID_ANY, wxDefaultPosition, wxDefaultSize, 1, ctrl);
+        ctrlChoice->SetSelection(0);
+        ctrlChoice->Disable();
+        grid->Add(ctrlChoice, wxSizerFlags().CentreVertical());
+        m_pChModifier[i] = new wxChoice(box, wxID_ANY, wxDefaultPosition, wxDefaultSize, 2, modifiers, 0,
+                                        wxDefaultValidator, names.first);
+        grid->Add(m_pChModifier[i], wxSizerFlags().CentreVertical());
+        m_pChKey[i] = new wxChoice(box, wxID_ANY, wxDefaultPosition, wxDefaultSize, keys, 0, wxDefaultValidator,
+                                   names.second);
+        grid->Add(m_pChKey[i], wxSizerFlags().CentreVertical());
+        if (i >= 2) {
+            const int c = i - 2;
+            grid->Add(new wxStaticText(box, wxID_ANY, _("Associated Job ID:")), wxSizerFlags().CentreVertical());
+            m_pTxtJid[c] = new wxTextCtrl(box, wxID_ANY, wxString(), wxDefaultPosition,
+                                          wxSize(FromDIP(64), -1), 0, wxTextValidator(wxFILTER_DIGITS),
+                                          wxString::Format("hotkeyAssociatedJID%d", c + 1));
+            grid->Add(m_pTxtJid[c], wxSizerFlags().CentreVertical());
+        } else {
+            grid->AddSpacer(0);
+            grid->AddSpacer(0);
+        }
+        grid->Add(new wxStaticText(box, wxID_ANY, context.hotKeyStates[i], wxDefaultPosition, wxDefaultSize, 0,
+                                   wxString::Format("hotKeyState%d", i)),
+                  wxSizerFlags().CentreVertical().Border(wxLEFT, kGap));
+    }
+    group->Add(grid, wxSizerFlags().Expand().Border(wxALL, kGap));
+    top->Add(group, wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxTOP, kGap * 2));
+}
+
+void SettingDlg::ShowForm(const SettingForm& form)
+{
+    m_pChkMinimizeOnOpenJob->SetValue(form.minimizeOnOpenJob);
+    m_pChkExecMissFiredTrigger->SetValue(form.execMissFiredTrigger);
+    m_pChkHideNotifyWnd->SetValue(form.hideNotifyWnd);
+    m_pChkAutostart->SetValue(form.autostart);
+    m_pChkPreserveMainFrmSize->SetValue(form.preserveMainFrmSize);
+    m_pChkHideMainFrmClickCloseBtn->SetValue(form.hideMainFrmClickCloseBtn);
+    m_pChkUsePassword->SetValue(form.usePassword);
+    m_pChkMinimizeOnAppStart->SetValue(form.minimizeOnAppStart);
+    m_pChkHideTrayIcon->SetValue(form.hideTrayIcon);
+    for (int i = 0; i < kHotKeyCount; ++i) {
+        m_pChModifier[i]->SetSelection(form.hotKeys[i].modifiers == kHotKeyAlt ? 1 : 0);
+        m_pChKey[i]->SetSelection(m_pChKey[i]->FindString(wxString(wxUniChar(form.hotKeys[i].keyCode))));
+    }
+    for (int i = 0; i < kCustomHotKeyCount; ++i)
+        m_pTxtJid[i]->ChangeValue(form.associatedJids[i]);
+    UpdatePasswordFields();
+}
+
+SettingForm SettingDlg::ReadForm() const
+{
+    SettingForm form;
+    form.minimizeOnOpenJob = m_pChkMinimizeOnOpenJob->GetValue();
+    form.execMissFiredTrigger = m_pChkExecMissFiredTrigger->GetValue();
+    form.hideNotifyWnd = m_pChkHideNotifyWnd->GetValue();
+    form.autostart = m_pChkAutostart->GetValue();
+    form.preserveMainFrmSize = m_pChkPreserveMainFrmSize->GetValue();
+    form.hideMainFrmClickCloseBtn = m_pChkHideMainFrmClickCloseBtn->GetValue();
+    form.usePassword = m_pChkUsePassword->GetValue();
+    form.password = m_pTxtPassword->GetValue();
+    form.confirmPassword = m_pTxtConfirmPassword->GetValue();
+    form.minimizeOnAppStart = m_pChkMinimizeOnAppStart->GetValue();
+    form.hideTrayIcon = m_pChkHideTrayIcon->GetValue();
+    for (int i = 0; i < kHotKeyCount; ++i) {
+        form.hotKeys[i].modifiers = m_pChModifier[i]->GetSelection() == 1 ? kHotKeyAlt : kHotKeyShift;
+        const int key = m_pChKey[i]->GetSelection();
+        form.hotKeys[i].keyCode = key >= 0 ? kHotKeyCharacters[key] : '0';
+    }
+    for (int i = 0; i < kCustomHotKeyCount; ++i)
+        form.associatedJids[i] = m_pTxtJid[i]->GetValue();
+    return form;
+}
+
+void SettingDlg::UpdatePasswordFields()
+{
+    const bool on = m_pChkUsePassword->GetValue();
+    m_pTxtPassword->Enable(on);
+    m_pTxtConfirmPassword->Enable(on);
+}
+
+void SettingDlg::Onm_pBtnOKClick(wxCommandEvent&)
+{
+    const SettingForm form = ReadForm();
+    const wxString refusal = ValidateSettingForm(form, m_storedPassword);
+    if (!refusal.empty()) {
+        wxMessageBox(refusal, "Cadrelle", wxOK | wxICON_WARNING, this);
+        return;
+    }
+    Preference& prefs = Preference::Instance();
+    const std::vector<wxString> notices = SettingChangeNotices(prefs, form);
+    // A failure is logged by SetAutostart; the other settings are stored anyway.
+    SetAutostart(form.autostart, RunningExecutablePath());
+    for (const auto& value : SettingValues(form, m_storedPassword))
+        prefs.SetValue(value.first, value.second);
+    prefs.SaveSettingParam();
+    for (const wxString& notice : notices)
+        wxMessageBox(notice, "Cadrelle", wxOK | wxICON_INFORMATION, this);
+    SetReturnCode(wxID_OK);
+    EndDialog(wxID_OK);
 }
