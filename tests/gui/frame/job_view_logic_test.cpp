@@ -1,0 +1,124 @@
+// Tables for what the job list shows: filter, categories, sort order and the
+// counters line.
+
+#include <gtest/gtest.h>
+
+#include "gui/frame/job_view_logic.h"
+
+namespace {
+
+JobRow Row(int jid, std::uint32_t type, bool enabled, const char* desc, const char* info, int hourOfNext,
+           std::uint32_t triggerKinds)
+{
+    JobRow row;
+    row.jid = jid;
+    row.type = type;
+    row.enabled = enabled;
+    row.typeName = wxString::Format("kind %u", type);
+    row.description = desc;
+    row.info = info;
+    row.firstTid = 100 - jid;
+    if (hourOfNext >= 0)
+        row.nextRun = wxDateTime(1, wxDateTime::Mar, 2026, hourOfNext);
+    row.triggerKinds = triggerKinds;
+    return row;
+}
+
+const std::vector<JobRow> kRows = {Row(3, 0, true, "Tea", "Drink $ 1", 9, 1u << 2),
+                                   Row(10, 10, false, "ping", "127.0.0.1 $ 9", -1, 1u << 11),
+                                   Row(1, 0, true, "backup", "/home $ /mnt", 7, (1u << 2) | (1u << 11)),
+                                   Row(30, 21, true, "Tea break", "", 9, 0)};
+
+TEST(JobViewLogic, FilterMatchesDescriptionParametersOrJidPrefix)
+{
+    const struct {
+        const char* text;
+        std::vector<int> jids;
+    } cases[] = {{"", {3, 10, 1, 30}}, {"  ", {3, 10, 1, 30}}, {"tea", {3, 30}}, {"TEA B", {30}},
+                 {"127.0", {10}},      {"1", {3, 10, 1}},      {"3", {3, 30}},   {"/mnt", {1}},
+                 {"nothing", {}}};
+    for (const auto& c : cases) {
+        std::vector<int> jids;
+        for (const JobRow& row : kRows)
+            if (MatchesFilter(row, c.text))
+                jids.push_back(row.jid);
+        EXPECT_EQ(jids, c.jids) << "'" << c.text << "'";
+    }
+}
+
+TEST(JobViewLogic, CategoriesAndOrder)
+{
+    using K = Category::Kind;
+    const struct {
+        Category category;
+        const char* filter;
+        int column;
+        long dir;
+        std::vector<std::size_t> order;
+    } cases[] = {
+        {{K::All, 0, false}, "", JColJID, kSortDefault, {0, 1, 2, 3}},  // file order
+        {{K::All, 0, false}, "", JColJID, kSortAscending, {2, 0, 1, 3}},
+        {{K::All, 0, false}, "", JColJID, kSortDescending, {3, 1, 0, 2}},
+        {{K::All, 0, false}, "", JColDesc, kSortAscending, {2, 1, 0, 3}},  // case-blind
+        {{K::All, 0, false}, "", JColNextTime, kSortAscending, {2, 0, 3, 1}},  // never-run last, stable
+        {{K::All, 0, false}, "", JColNextTime, kSortDescending, {1, 0, 3, 2}},
+        {{K::All, 0, false}, "", JColTID, kSortAscending, {3, 1, 0, 2}},
+        {{K::Status, 0, false}, "", JColJID, kSortAscending, {1}},
+        {{K::Status, 1, false}, "tea", JColJID, kSortDescending, {3, 0}},
+        {{K::Status, 0, true}, "", JColJID, kSortDefault, {0, 1, 2, 3}},  // the grouping item itself
+        {{K::JobType, 0, false}, "", JColJID, kSortAscending, {2, 0}},
+        {{K::TriggerType, 2, false}, "", JColJID, kSortDefault, {0, 2}},
+        {{K::TriggerType, 11, false}, "", JColJID, kSortDefault, {1, 2}},
+        {{K::TriggerType, 40, false}, "", JColJID, kSortDefault, {}},
+    };
+    for (std::size_t i = 0; i < std::size(cases); ++i)
+        EXPECT_EQ(VisibleJobOrder(kRows, cases[i].category, cases[i].filter, cases[i].column, cases[i].dir),
+                  cases[i].order)
+            << "case " << i;
+}
+
+TEST(JobViewLogic, HeaderClicksFlipOnlyTheSameColumn)
+{
+    const struct {
+        int column;
+        long dir;
+        int clicked;
+        int newColumn;
+        long newDir;
+    } cases[] = {{0, kSortDefault, 0, 0, kSortAscending},    {0, kSortAscending, 0, 0, kSortDescending},
+                 {0, kSortDescending, 0, 0, kSortAscending}, {0, kSortDescending, 3, 3, kSortAscending},
+                 {2, kSortAscending, 5, 5, kSortAscending},  {1, 12345, 1, 1, kSortAscending}};
+    for (const auto& c : cases) {
+        int column = c.column;
+        long dir = c.dir;
+        NextSortState(c.clicked, column, dir);
+        EXPECT_EQ(column, c.newColumn);
+        EXPECT_EQ(dir, c.newDir) << c.column << " " << c.dir << " " << c.clicked;
+    }
+}
+
+TEST(JobViewLogic, CountersLine)
+{
+    const struct {
+        std::vector<std::int64_t> tids;
+        std::size_t threads;
+        const char* text;
+    } cases[] = {
+        {{}, 0, "JobCount: 7|5, TriggerCount: 9|4, ThreadCount: 0, Triggers/Thread: 0|0|6"},
+        {{0, 1, 2, 3, 4, 5, 6, 7, 8}, 4, "JobCount: 7|5, TriggerCount: 9|4, ThreadCount: 4, Triggers/Thread: 2|3|6"},
+        {{0, 4, 8, 12}, 4, "JobCount: 7|5, TriggerCount: 9|4, ThreadCount: 4, Triggers/Thread: 0|4|6"},
+        {{1, 3, 5, 7, 9, 11, 13, 15}, 8, "JobCount: 7|5, TriggerCount: 9|4, ThreadCount: 8, Triggers/Thread: 0|2|6"},
+    };
+    for (const auto& c : cases) {
+        Counters counters;
+        counters.jobs = 7;
+        counters.enabledJobs = 5;
+        counters.triggers = 9;
+        counters.activeTriggers = 4;
+        counters.lastPass = 6;
+        ShareTriggers(c.tids, c.threads, counters);
+        EXPECT_EQ(CountersText(counters), c.text);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,226 @@
+// The main window over a real scheduler and session under Xvfb: commands,
+// confirmations, sorting kept across a restart, categories, the filter field,
+// the close rules and SIGTERM.
+
+#include <csignal>
+
+#include <gtest/gtest.h>
+#include <wx/app.h>
+#include <wx/log.h>
+#include <wx/msgdlg.h>
+#include <wx/srchctrl.h>
+#include <wx/testing.h>
+#include <wx/uiaction.h>
+#include <wx/weakref.h>
+
+#include "core/log/weekday_log.h"
+#include "core/prefs/preference.h"
+#include "core/scheduler.h"
+#include "frame_test_data.h"
+#include "gui/main_frame.h"
+#include "gui_test_support.h"
+
+namespace {
+
+// A message box captioned "Cadrelle" with exactly `text`, answered `answer`.
+class ExpectMessage : public wxExpectModal<wxMessageDialog> {
+public:
+    explicit ExpectMessage(const wxString& text, int answer = wxOK)
+        : wxExpectModal<wxMessageDialog>(answer), m_text(text)
+    {
+        Describe(text);
+    }
+
+protected:
+    int OnInvoked(wxMessageDialog* dlg) const override
+    {
+        EXPECT_EQ(dlg->GetMessage(), m_text);
+        EXPECT_EQ(dlg->GetCaption(), "Cadrelle");
+        return wxExpectModal<wxMessageDialog>::OnInvoked(dlg);
+    }
+
+private:
+    wxString m_text;
+};
+
+class MainFrameTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        wxTheApp->SetExitOnFrameDelete(false);
+        // The log file is part of what is checked.
+        wxLog::SetLogLevel(wxLOG_Message);
+        Preference::Instance().SetValue("hideMainFrmClickCloseBtn", "0");
+        Preference::Instance().SetValue("colSortDir", "4096");
+        m_appDir = guitest::FreshAppDir();
+        frametest::WriteExampleData(m_appDir);
+        Open();
+    }
+    void TearDown() override
+    {
+        if (m_frame)
+            m_frame->CloseForGood();
+        ASSERT_TRUE(guitest::WaitFor([&] { return !m_frame; }));
+        wxLog::SetLogLevel(wxLOG_Warning);
+    }
+    void Open()
+    {
+        m_frame = new CadrelleFrame(m_appDir);
+        m_frame->Show();
+        ASSERT_TRUE(guitest::WaitFor([&] { return m_frame->IsShownOnScreen(); }));
+    }
+    // The JIDs of the job list, top to bottom.
+    std::vector<int> Shown() const
+    {
+        std::vector<int> jids;
+        for (unsigned row = 0; m_frame->JobModel().RowAt(row); ++row)
+            jids.push_back(m_frame->JobModel().RowAt(row)->jid);
+        return jids;
+    }
+    std::size_t JobCount() { return m_frame->GetScheduler().Jobs().size(); }
+    void Run(int id)
+    {
+        wxCommandEvent event(wxEVT_MENU, id);
+        m_frame->ProcessWindowEvent(event);
+    }
+    wxString m_appDir;
+    wxWeakRef<CadrelleFrame> m_frame;
+};
+
+// Every command on "the selected job" refuses alike without a selection.
+TEST_F(MainFrameTest, CommandsWithoutSelectionAskForOne)
+{
+    using Handler = void (CadrelleFrame::*)(wxCommandEvent&);
+    const Handler handlers[] = {&CadrelleFrame::Onm_pTbiEditJobClick, &CadrelleFrame::Onm_pTbiEnableJobClick,
+                                &CadrelleFrame::Onm_pTbiDelJobClick, &CadrelleFrame::Onm_pTbiTestExecClick,
+                                &CadrelleFrame::OnPpmCopyJobClick};
+    wxCommandEvent event;
+    for (Handler handler : handlers) {
+        wxTEST_DIALOG((m_frame.get()->*handler)(event), ExpectMessage("Please select a job."));
+    }
+    EXPECT_EQ(JobCount(), 5u);
+    EXPECT_EQ(Shown(), (std::vector<int>{0, 1, 2, 12, 21}));
+    EXPECT_FALSE(frametest::LogText(m_appDir).Contains("->> [JID_"));
+}
+
+TEST_F(MainFrameTest, DeleteAsksFirstAndKeepsTheJobWhenRefused)
+{
+    wxCommandEvent event;
+    ASSERT_TRUE(m_frame->SelectJob(12));
+    wxTEST_DIALOG(m_frame->Onm_pTbiDelJobClick(event), ExpectMessage("Do you want to delete?", wxNO));
+    EXPECT_TRUE(m_frame->GetScheduler().GetJobById(12));
+    wxTEST_DIALOG(m_frame->Onm_pTbiDelJobClick(event), ExpectMessage("Do you want to delete?", wxYES));
+    EXPECT_FALSE(m_frame->GetScheduler().GetJobById(12));
+    EXPECT_EQ(Shown(), (std::vector<int>{0, 1, 2, 21}));
+    // Its trigger went with it.
+    EXPECT_FALSE(m_frame->GetScheduler().GetTriggerById(3));
+    EXPECT_TRUE(frametest::LogText(m_appDir).Contains("### Del Job => [JID_12]"));
+}
+
+// Disable All and Enable All after their questions; the status categories
+// and the counters line follow.
+TEST_F(MainFrameTest, EnableAllAndDisableAllAfterConfirmation)
+{
+    wxCommandEvent event;
+    wxTEST_DIALOG(m_frame->OnPpmDisableAllClick(event), ExpectMessage("Do you want to disable all jobs?", wxNO));
+    EXPECT_TRUE(m_frame->GetScheduler().GetJobById(0)->IsEnabled());
+    wxTEST_DIALOG(m_frame->OnPpmDisableAllClick(event), ExpectMessage("Do you want to disable all jobs?", wxYES));
+    m_frame->SelectCategory(2);  // By Job Status / Enable
+    EXPECT_TRUE(Shown().empty());
+    EXPECT_TRUE(m_frame->GetStatusBar()->GetStatusText(2).StartsWith("JobCount: 5|0, TriggerCount: 5|"));
+    wxTEST_DIALOG(m_frame->OnPpmEnableAllClick(event), ExpectMessage("Do you want to enable all jobs?", wxYES));
+    EXPECT_EQ(Shown().size(), 5u);
+    EXPECT_TRUE(m_frame->GetStatusBar()->GetStatusText(2).StartsWith("JobCount: 5|5, "));
+}
+
+// Category indices in tree order: 0 all, 1 by status, 2 enabled, 3 disabled,
+// 4 by job type, 5.. the 24 kinds, 29 by trigger type, 30.. the 12 kinds.
+TEST_F(MainFrameTest, CategoriesFilterTheJobList)
+{
+    const struct {
+        int index;
+        std::vector<int> jids;
+    } cases[] = {{0, {0, 1, 2, 12, 21}}, {1, {0, 1, 2, 12, 21}}, {2, {0, 1, 12, 21}}, {3, {2}},
+                 {5 + 0, {0, 12}},       {5 + 10, {1, 2}},       {5 + 23, {}},          {30 + 2, {0, 2, 21}},
+                 {30 + 11, {1, 12}},     {30 + 1, {}}};
+    for (const auto& c : cases) {
+        m_frame->SelectCategory(c.index);
+        EXPECT_EQ(Shown(), c.jids) << "category " << c.index;
+    }
+    EXPECT_TRUE(frametest::LogText(m_appDir).Contains("Onm_pTcCategorySelectionChanged - m_nCurrTcIdx: 31"));
+}
+
+// Ctrl+F, then typing: the list narrows as the text grows.
+TEST_F(MainFrameTest, FilterFieldNarrowsAsYouType)
+{
+    wxUIActionSimulator sim;
+    m_frame->Raise();
+    guitest::Settle();
+    sim.Char('f', wxMOD_CONTROL);
+    auto* field = dynamic_cast<wxSearchCtrl*>(guitest::FindByName("ID_SEARCH_JOBS", m_frame));
+    ASSERT_TRUE(field);
+    ASSERT_TRUE(guitest::WaitFor([&] {
+        const wxWindow* focus = wxWindow::FindFocus();
+        return focus && (focus == field || focus->GetParent() == field);
+    }));
+    sim.Text("o");
+    ASSERT_TRUE(guitest::WaitFor([&] { return Shown() == std::vector<int>{0, 1, 2, 21}; }));
+    sim.Text("l");  // "Old notice"
+    ASSERT_TRUE(guitest::WaitFor([&] { return Shown() == std::vector<int>{2}; }));
+    m_frame->SetFilterText("12");  // JID 12, and "127.0.0.1" in the parameters
+    EXPECT_EQ(Shown(), (std::vector<int>{1, 2, 12}));
+    m_frame->SetFilterText(" COFFEE ");
+    EXPECT_EQ(Shown(), (std::vector<int>{0}));
+}
+
+// A second click flips the direction; both survive the end of the session
+// (they are in the saved preferences, not only in memory).
+TEST_F(MainFrameTest, SortOrderSurvivesARestart)
+{
+    m_frame->SortByColumn(JColDesc);
+    EXPECT_EQ(Shown(), (std::vector<int>{0, 2, 21, 1, 12}));
+    m_frame->SortByColumn(JColDesc);
+    EXPECT_EQ(Shown(), (std::vector<int>{12, 1, 21, 2, 0}));
+    m_frame->CloseForGood();
+    ASSERT_TRUE(guitest::WaitFor([&] { return !m_frame; }));
+    Preference::Instance().SetValue("colSortIndex", "0");
+    Preference::Instance().SetValue("colSortDir", "4096");
+    Preference::Instance().Load();
+    Open();
+    EXPECT_EQ(m_frame->SortColumn(), JColDesc);
+    EXPECT_EQ(m_frame->SortDir(), kSortDescending);
+    EXPECT_EQ(Shown(), (std::vector<int>{12, 1, 21, 2, 0}));
+}
+
+TEST_F(MainFrameTest, CloseButtonHidesOrEndsAsThePreferenceSays)
+{
+    Preference::Instance().SetValue("hideMainFrmClickCloseBtn", "1");
+    m_frame->Close();
+    guitest::Settle();
+    ASSERT_TRUE(m_frame);
+    // No tray host here: minimised to the taskbar rather than lost.
+    EXPECT_TRUE(guitest::WaitFor([&] { return m_frame->IsIconized() || !m_frame->IsShown(); }));
+    EXPECT_FALSE(frametest::LogText(m_appDir).Contains(WeekdayLog::kEndBanner));
+    m_frame->RestoreMainFrame();
+    Preference::Instance().SetValue("hideMainFrmClickCloseBtn", "0");
+    m_frame->Close();
+    ASSERT_TRUE(guitest::WaitFor([&] { return !m_frame; }));
+    const wxString log = frametest::LogText(m_appDir);
+    EXPECT_LT(log.Find("CadrelleFrame::OnClose"), log.Find("SaveSchedulerData(true) Completed"));
+    EXPECT_LT(log.Find("SaveSettingParam() Completed"), log.Find(WeekdayLog::kEndBanner));
+}
+
+// SIGTERM closes for good on the main thread, even with the hide setting.
+TEST_F(MainFrameTest, SigtermEndsTheSessionInOrder)
+{
+    Preference::Instance().SetValue("hideMainFrmClickCloseBtn", "1");
+    std::raise(SIGTERM);
+    ASSERT_TRUE(guitest::WaitFor([&] { return !m_frame; }));
+    Preference::Instance().SetValue("hideMainFrmClickCloseBtn", "0");
+    const wxString log = frametest::LogText(m_appDir);
+    EXPECT_TRUE(log.Contains("CadrelleFrame::OnStopSignal - 15"));
+    EXPECT_LT(log.Find("SaveSchedulerData(true) Completed"), log.Find(WeekdayLog::kEndBanner));
+    EXPECT_EQ(frametest::Count(frametest::ReadText(m_appDir + "/data/data1.xml"), "<JOB>"), 5u);
+}
+
+}  // namespace
