@@ -13,7 +13,6 @@ PACKAGES=(
   tzdata xvfb xauth xdotool xprintidle
   libglib2.0-dev libxext-dev libxtst-dev libpng-dev
   openbox x11-utils dbus-daemon dbus-bin libglib2.0-bin python3 python3-dbusmock desktop-file-utils
-  librsvg2-bin imagemagick
   libsodium-dev
   librsvg2-bin imagemagick
 )
