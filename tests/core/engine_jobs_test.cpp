@@ -1,5 +1,5 @@
-// Job threads started by the engine: delay, silent mode, chaining, and a job
-// deleted while it is chained. Real threads, the real clock.
+// Job threads started by the engine: delay, silent mode, chaining, a job
+// deleted while it is chained, and shutdown. Real threads, the real clock.
 
 #include <chrono>
 #include <condition_variable>
@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "captured_log.h"
 #include "trigger_builders.h"
 
 #include "core/engine/scheduler_engine.h"
@@ -22,36 +23,55 @@ public:
     std::vector<std::int32_t> started;
 };
 
-// Records which jobs ran, in order, from any thread.
+// Holds a job's action until opened, and tells when one is waiting in it.
+struct Gate {
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool entered = false, open = false;
+    void Pass()
+    {
+        std::unique_lock<std::mutex> lock(mutex);
+        entered = true;
+        changed.notify_all();
+        changed.wait_for(lock, std::chrono::seconds(10), [this] { return open; });
+    }
+    bool WaitEntered()
+    {
+        std::unique_lock<std::mutex> lock(mutex);
+        return changed.wait_for(lock, std::chrono::seconds(5), [this] { return entered; });
+    }
+    void Open()
+    {
+        std::lock_guard<std::mutex> lock(mutex);
+        open = true;
+        changed.notify_all();
+    }
+};
+
+// Records which jobs ran, in order and when, from any thread.
 class RunLog {
 public:
     void Add(std::int32_t jid)
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        m_runs.push_back({jid, std::chrono::steady_clock::now()});
+        m_ids.push_back(jid);
+        m_times.push_back(std::chrono::steady_clock::now());
     }
     std::vector<std::int32_t> Ids() const
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        std::vector<std::int32_t> ids;
-        for (const auto& run : m_runs)
-            ids.push_back(run.first);
-        return ids;
-    }
-    std::size_t Count() const
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        return m_runs.size();
+        return m_ids;
     }
     std::chrono::milliseconds Gap(std::size_t from, std::size_t to) const
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        return std::chrono::duration_cast<std::chrono::milliseconds>(m_runs[to].second - m_runs[from].second);
+        return std::chrono::duration_cast<std::chrono::milliseconds>(m_times[to] - m_times[from]);
     }
 
 private:
     mutable std::mutex m_mutex;
-    std::vector<std::pair<std::int32_t, std::chrono::steady_clock::time_point>> m_runs;
+    std::vector<std::int32_t> m_ids;
+    std::vector<std::chrono::steady_clock::time_point> m_times;
 };
 
 class EngineJobsTest : public ::testing::Test {
@@ -89,7 +109,7 @@ protected:
     void PumpUntil(std::size_t count, std::chrono::milliseconds limit = std::chrono::milliseconds(5000))
     {
         const auto end = std::chrono::steady_clock::now() + limit;
-        while (runs.Count() < count && std::chrono::steady_clock::now() < end) {
+        while (runs.Ids().size() < count && std::chrono::steady_clock::now() < end) {
             engine.ProcessRequests();
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
@@ -114,7 +134,7 @@ TEST_F(EngineJobsTest, ChainSkipsOwnIdAndStartsDisabledJobsAfterTheInterval)
     engine.PostJobRun(*first, 0);
     PumpUntil(2);
     EXPECT_EQ(runs.Ids(), (std::vector<std::int32_t>{3, 7}));
-    ASSERT_EQ(runs.Count(), 2u);
+    ASSERT_EQ(runs.Ids().size(), 2u);
     EXPECT_GE(runs.Gap(0, 1).count(), 280);
     EXPECT_EQ(host.started, (std::vector<std::int32_t>{3, 7}));
 }
@@ -146,13 +166,10 @@ TEST_F(EngineJobsTest, JobDeletedBeforeItsTurnInAChainIsSkippedQuietly)
 
 TEST_F(EngineJobsTest, ARunningJobUsesItsOwnCopyWhileTheOriginalIsEditedOrDeleted)
 {
-    std::mutex gate;
-    std::condition_variable opened;
-    bool go = false;
+    Gate gate;
     wxString seen;
     SetJobAction(NJobTypeRefreshUrl, [&](Job& job) {
-        std::unique_lock<std::mutex> lock(gate);
-        opened.wait_for(lock, std::chrono::seconds(5), [&] { return go; });
+        gate.Pass();
         seen = job.GetParamAt(0);
         runs.Add(job.GetId());
     });
@@ -174,45 +191,35 @@ TEST_F(EngineJobsTest, ARunningJobUsesItsOwnCopyWhileTheOriginalIsEditedOrDelete
         job->SetParam(p);
     }
     scheduler.DeleteJob(job, false);
-    {
-        std::lock_guard<std::mutex> lock(gate);
-        go = true;
-    }
-    opened.notify_all();
+    gate.Open();
     PumpUntil(1);
     EXPECT_EQ(runs.Ids(), (std::vector<std::int32_t>{5}));
     EXPECT_EQ(seen, "http://127.0.0.1:9/before");
 }
 
-TEST_F(EngineJobsTest, PauseStopsTheCheckersAndASecondToggleStartsFreshOnes)
+TEST_F(EngineJobsTest, ShutdownCutsDelaysShortAndLeavesBehindOnlyAJobThatWillNotEnd)
 {
-    EXPECT_FALSE(engine.TogglePause());  // before the start: nothing happens
-    EXPECT_FALSE(engine.IsPaused());
-    scheduler.AddTrigger(EverySecondTrigger(1), false);
-    Job* job = AddJob(0, NJobTypeSendUdpMsg);
-    {
-        auto lock = scheduler.EditLock();
-        job->TriggerIds().push_back(1);
-    }
-    scheduler.UpdateJob(job, false);
-    engine.StartChecking();
-    EXPECT_EQ(engine.ThreadCount(), 4u);
-    PumpUntil(1, std::chrono::milliseconds(2500));
-    ASSERT_GE(runs.Count(), 1u);
-
-    EXPECT_TRUE(engine.TogglePause());
-    EXPECT_TRUE(engine.IsPaused());
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));  // the checkers see stopCheck
-    const wxDateTime pausedAt = scheduler.Triggers()[0]->GetPrevFire();
-    const std::size_t runsBefore = runs.Count();
-    std::this_thread::sleep_for(std::chrono::milliseconds(2200));
+    CapturedLog log;
+    wxLog* const previous = wxLog::SetActiveTarget(&log);  // whether or not the capture installs itself
+    Gate gate;
+    SetJobAction(NJobTypeRefreshUrl, [&](Job& job) {
+        gate.Pass();
+        runs.Add(job.GetId());
+    });
+    engine.PostJobRun(*AddJob(55, NJobTypeRefreshUrl), 0);
+    engine.PostJobRun(*AddJob(66, NJobTypeSendUdpMsg), 60000);
     engine.ProcessRequests();
-    EXPECT_EQ(scheduler.Triggers()[0]->GetPrevFire(), pausedAt);
-    EXPECT_EQ(runs.Count(), runsBefore);
-
-    EXPECT_FALSE(engine.TogglePause());
-    EXPECT_FALSE(engine.IsPaused());
-    PumpUntil(runsBefore + 1, std::chrono::milliseconds(2500));
-    EXPECT_GT(runs.Count(), runsBefore);
-    EXPECT_GT(scheduler.Triggers()[0]->GetPrevFire(), pausedAt);
+    ASSERT_TRUE(gate.WaitEntered());
+    const auto start = std::chrono::steady_clock::now();
+    engine.Shutdown(300);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+    const std::vector<wxString> behind = log.Matching("left behind");
+    ASSERT_EQ(behind.size(), 1u);
+    EXPECT_TRUE(behind[0].EndsWith("left behind: JID_55")) << behind[0];
+    EXPECT_TRUE(log.Has("<<- [JID_66,"));  // the delayed job gave up its wait and ended
+    gate.Open();
+    EXPECT_TRUE(engine.WaitForJobThreads(5000));
+    EXPECT_EQ(runs.Ids(), (std::vector<std::int32_t>{55}));
+    EXPECT_FALSE(log.Has("<<- [JID_55,"));  // left behind: it no longer reaches the log
+    wxLog::SetActiveTarget(previous);
 }

@@ -52,7 +52,6 @@ TEST(EngineStress, EditsWhileCheckersAndJobsRun)
     } host;
     SchedulerEngine engine(scheduler, host);
     engine.StartChecking();
-    EXPECT_EQ(engine.ThreadCount(), 16u);
 
     // A pause and a resume within 50 ms once hung in the join; a watchdog
     // ends the program rather than letting the test wait for ever.
