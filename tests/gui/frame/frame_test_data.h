@@ -1,12 +1,10 @@
 #pragma once
-// The example data of the window tests: five jobs of three kinds, one of
-// them disabled, with Interval and Cron triggers that do not fire during a
-// test (03:00 and 1 January).
+// Five jobs of three kinds, one disabled; Interval and Cron triggers that do
+// not fire during a test (03:00, 1 January).
 
 #include <wx/dir.h>
 #include <wx/ffile.h>
 #include <wx/filename.h>
-#include <wx/string.h>
 
 namespace frametest {
 
@@ -44,18 +42,14 @@ inline void WriteExampleData(const wxString& appDir)
 inline wxString ReadText(const wxString& path)
 {
     wxString text;
-    wxFFile file(path, "r");
-    if (file.IsOpened())
-        file.ReadAll(&text);
+    wxFFile(path, "r").ReadAll(&text);
     return text;
 }
 
 inline std::size_t Count(const wxString& text, const wxString& what)
 {
-    std::size_t count = 0;
-    for (std::size_t at = text.find(what); at != wxString::npos; at = text.find(what, at + 1))
-        ++count;
-    return count;
+    wxString rest = text;
+    return rest.Replace(what, "");
 }
 
 // All log files of `appDir`.

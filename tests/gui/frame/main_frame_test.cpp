@@ -26,10 +26,7 @@ namespace {
 class ExpectMessage : public wxExpectModal<wxMessageDialog> {
 public:
     explicit ExpectMessage(const wxString& text, int answer = wxOK)
-        : wxExpectModal<wxMessageDialog>(answer), m_text(text)
-    {
-        Describe(text);
-    }
+        : wxExpectModal<wxMessageDialog>(answer), m_text(text) { Describe(text); }
 
 protected:
     int OnInvoked(wxMessageDialog* dlg) const override
@@ -77,12 +74,6 @@ protected:
             jids.push_back(m_frame->JobModel().RowAt(row)->jid);
         return jids;
     }
-    std::size_t JobCount() { return m_frame->GetScheduler().Jobs().size(); }
-    void Run(int id)
-    {
-        wxCommandEvent event(wxEVT_MENU, id);
-        m_frame->ProcessWindowEvent(event);
-    }
     wxString m_appDir;
     wxWeakRef<CadrelleFrame> m_frame;
 };
@@ -95,10 +86,9 @@ TEST_F(MainFrameTest, CommandsWithoutSelectionAskForOne)
                                 &CadrelleFrame::Onm_pTbiDelJobClick, &CadrelleFrame::Onm_pTbiTestExecClick,
                                 &CadrelleFrame::OnPpmCopyJobClick};
     wxCommandEvent event;
-    for (Handler handler : handlers) {
+    for (Handler handler : handlers)
         wxTEST_DIALOG((m_frame.get()->*handler)(event), ExpectMessage("Please select a job."));
-    }
-    EXPECT_EQ(JobCount(), 5u);
+    EXPECT_EQ(m_frame->GetScheduler().Jobs().size(), 5u);
     EXPECT_EQ(Shown(), (std::vector<int>{0, 1, 2, 12, 21}));
     EXPECT_FALSE(frametest::LogText(m_appDir).Contains("->> [JID_"));
 }
@@ -112,7 +102,6 @@ TEST_F(MainFrameTest, DeleteAsksFirstAndKeepsTheJobWhenRefused)
     wxTEST_DIALOG(m_frame->Onm_pTbiDelJobClick(event), ExpectMessage("Do you want to delete?", wxYES));
     EXPECT_FALSE(m_frame->GetScheduler().GetJobById(12));
     EXPECT_EQ(Shown(), (std::vector<int>{0, 1, 2, 21}));
-    // Its trigger went with it.
     EXPECT_FALSE(m_frame->GetScheduler().GetTriggerById(3));
     EXPECT_TRUE(frametest::LogText(m_appDir).Contains("### Del Job => [JID_12]"));
 }
