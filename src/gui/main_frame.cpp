@@ -243,17 +243,22 @@ void CadrelleFrame::BuildToolBar()
         wxItemKind kind;
     };
     const Tool tools[] = {
-        {ID_TBI_NEWJOB, "New Job", "New Job", "document-new", "tool-new", wxITEM_NORMAL},
-        {ID_TBI_EDITJOB, "Edit", "Edit Job", "document-properties", "tool-edit", wxITEM_NORMAL},
-        {ID_TBI_ENABLEJOB, "Enable/Disable", "Enable/Disable Job", "", "tool-enable", wxITEM_NORMAL},
-        {ID_TBI_DELJOB, "Delete", "Delete Job", "edit-delete", "tool-delete", wxITEM_NORMAL},
-        {ID_TBI_TESTEXEC, "Execute", "Execute Job", "system-run", "tool-run", wxITEM_NORMAL},
-        {ID_TBI_RESETTRIGGER, "Reset WithStart Triggers", "Reset WithStart Triggers", "", "tool-reset",
+        {ID_TBI_NEWJOB, wxTRANSLATE("New Job"), wxTRANSLATE("New Job"), "document-new", "tool-new", wxITEM_NORMAL},
+        {ID_TBI_EDITJOB, wxTRANSLATE("Edit"), wxTRANSLATE("Edit Job"), "document-properties", "tool-edit",
          wxITEM_NORMAL},
-        {ID_TBI_BLOCK, "Silent Mode", "Change to Silent Mode", "audio-volume-muted", "tool-silent", wxITEM_CHECK},
-        {ID_TBI_PAUSE, "Pause Mode", "Change to Pause Mode", "media-playback-pause", "tool-pause", wxITEM_CHECK},
-        {ID_TBI_SETTING, "Setting", "Setting", "preferences-system", "tool-setting", wxITEM_NORMAL},
-        {ID_TBI_ABOUT, "About", "About", "help-about", "tool-about", wxITEM_NORMAL},
+        {ID_TBI_ENABLEJOB, wxTRANSLATE("Enable/Disable"), wxTRANSLATE("Enable/Disable Job"), "", "tool-enable",
+         wxITEM_NORMAL},
+        {ID_TBI_DELJOB, wxTRANSLATE("Delete"), wxTRANSLATE("Delete Job"), "edit-delete", "tool-delete", wxITEM_NORMAL},
+        {ID_TBI_TESTEXEC, wxTRANSLATE("Execute"), wxTRANSLATE("Execute Job"), "system-run", "tool-run", wxITEM_NORMAL},
+        {ID_TBI_RESETTRIGGER, wxTRANSLATE("Reset WithStart Triggers"), wxTRANSLATE("Reset WithStart Triggers"), "",
+         "tool-reset", wxITEM_NORMAL},
+        {ID_TBI_BLOCK, wxTRANSLATE("Silent Mode"), wxTRANSLATE("Change to Silent Mode"), "audio-volume-muted",
+         "tool-silent", wxITEM_CHECK},
+        {ID_TBI_PAUSE, wxTRANSLATE("Pause Mode"), wxTRANSLATE("Change to Pause Mode"), "media-playback-pause",
+         "tool-pause", wxITEM_CHECK},
+        {ID_TBI_SETTING, wxTRANSLATE("Setting"), wxTRANSLATE("Setting"), "preferences-system", "tool-setting",
+         wxITEM_NORMAL},
+        {ID_TBI_ABOUT, wxTRANSLATE("About"), wxTRANSLATE("About"), "help-about", "tool-about", wxITEM_NORMAL},
     };
     for (const Tool& tool : tools)
         m_pToolBar->AddTool(tool.id, wxGetTranslation(tool.label), ToolIcon(dir, tool.theme, tool.own),
@@ -289,7 +294,7 @@ void CadrelleFrame::BuildCategoryTree(wxWindow* parent)
     group.kind = Category::Kind::TriggerType;
     const wxDataViewItem byTrigger = add(root, _("By Trigger Type"), "ByTriggerType", group, true);
     for (std::uint32_t type = 0; type < NTriggerTypeCount; ++type)
-        add(byTrigger, TriggerTypeName(type), "ByTriggerType", Category{Category::Kind::TriggerType, type, false},
+        add(byTrigger, wxGetTranslation(TriggerTypeName(type)), "ByTriggerType", Category{Category::Kind::TriggerType, type, false},
             false);
     m_pTcCategory->Expand(root);
     m_pTcCategory->Expand(byStatus);

@@ -8,13 +8,18 @@
 
 namespace {
 
+// English here (the data file, logs and --list use them as they are);
+// marked for the catalogue so that the window shows them translated.
 const char* const kTypeNames[NTriggerTypeCount] = {
-    "Count Down",    "With Start",  "Interval",  "Idle Timeout", "Specical Time", "Every Minute",
-    "Every Hour",    "Every Day",   "Every Week", "Every Month", "Every Year",    "Cron",
+    wxTRANSLATE("Count Down"),  wxTRANSLATE("With Start"),    wxTRANSLATE("Interval"),
+    wxTRANSLATE("Idle Timeout"), wxTRANSLATE("Specical Time"), wxTRANSLATE("Every Minute"),
+    wxTRANSLATE("Every Hour"),  wxTRANSLATE("Every Day"),     wxTRANSLATE("Every Week"),
+    wxTRANSLATE("Every Month"), wxTRANSLATE("Every Year"),    wxTRANSLATE("Cron"),
 };
 
 const char* const kStatusNames[NTriggerStatusCount] = {
-    "Wait Start", "Waiting", "Fired", "Timeout", "Disable", "Editing", "Invalid",
+    wxTRANSLATE("Wait Start"), wxTRANSLATE("Waiting"), wxTRANSLATE("Fired"),   wxTRANSLATE("Timeout"),
+    wxTRANSLATE("Disable"),    wxTRANSLATE("Editing"), wxTRANSLATE("Invalid"),
 };
 
 }  // namespace

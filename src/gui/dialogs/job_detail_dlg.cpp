@@ -174,7 +174,7 @@ void JobDetailDlg::RefreshTriggers()
         const TriggerPreview preview = PreviewTrigger(t.type, texts, now, 1);
         wxVector<wxVariant> row;
         row.push_back(wxVariant(wxString::Format("%lld", static_cast<long long>(t.tid))));
-        row.push_back(wxVariant(TriggerTypeName(t.type)));
+        row.push_back(wxVariant(wxGetTranslation(TriggerTypeName(t.type))));
         row.push_back(wxVariant(t.condition));
         row.push_back(wxVariant(preview.moments.empty() ? wxString("-")
                                                         : preview.moments[0].Format("%Y-%m-%d %H:%M:%S")));

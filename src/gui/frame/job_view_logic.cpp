@@ -7,24 +7,27 @@
 const std::vector<ListColumn>& JobColumns()
 {
     static const std::vector<ListColumn> columns = {
-        {"JID", "jColWidthJID", 50},           {"Type", "jColWidthType", 100},
-        {"Description", "jColWidthDesc", 100}, {"Information", "jColWidthInfo", 150},
-        {"Related JID", "jColWidthRJID", 80},  {"Next Run Time", "jColWidthNextTime", 150},
-        {"Trigger ID", "jColWidthTID", 70}};
+        {wxTRANSLATE("JID"), "jColWidthJID", 50},
+        {wxTRANSLATE("Type"), "jColWidthType", 100},
+        {wxTRANSLATE("Description"), "jColWidthDesc", 100},
+        {wxTRANSLATE("Information"), "jColWidthInfo", 150},
+        {wxTRANSLATE("Related JID"), "jColWidthRJID", 80},
+        {wxTRANSLATE("Next Run Time"), "jColWidthNextTime", 150},
+        {wxTRANSLATE("Trigger ID"), "jColWidthTID", 70}};
     return columns;
 }
 
 const std::vector<ListColumn>& TriggerColumns()
 {
     static const std::vector<ListColumn> columns = {
-        {"TID", "tColWidthTID", 50},
-        {"Type", "tColWidthType", 100},
-        {"Status", "tColWidthStatus", 80},
-        {"Prev Run Time", "tColWidthPrevTime", 150},
-        {"Next Run Time", "tColWidthNextTime", 150},
-        {"Start Time", "tColWidthStartTime", 150},
-        {"End Time", "tColWidthEndTime", 150},
-        {"Condition", "tColWidthCondition", 80}};
+        {wxTRANSLATE("TID"), "tColWidthTID", 50},
+        {wxTRANSLATE("Type"), "tColWidthType", 100},
+        {wxTRANSLATE("Status"), "tColWidthStatus", 80},
+        {wxTRANSLATE("Prev Run Time"), "tColWidthPrevTime", 150},
+        {wxTRANSLATE("Next Run Time"), "tColWidthNextTime", 150},
+        {wxTRANSLATE("Start Time"), "tColWidthStartTime", 150},
+        {wxTRANSLATE("End Time"), "tColWidthEndTime", 150},
+        {wxTRANSLATE("Condition"), "tColWidthCondition", 80}};
     return columns;
 }
 
@@ -191,7 +194,7 @@ void ShareTriggers(const std::vector<std::int64_t>& tids, std::size_t threads, C
 
 wxString CountersText(const Counters& c)
 {
-    return wxString::Format("JobCount: %zu|%zu, TriggerCount: %zu|%zu, ThreadCount: %zu, Triggers/Thread: %zu|%zu|%zu",
+    return wxString::Format(_("JobCount: %zu|%zu, TriggerCount: %zu|%zu, ThreadCount: %zu, Triggers/Thread: %zu|%zu|%zu"),
                             c.jobs, c.enabledJobs, c.triggers, c.activeTriggers, c.threads, c.minShare,
                             c.maxShare, c.lastPass);
 }

@@ -70,8 +70,8 @@ void TriggerListModel::GetValueByRow(wxVariant& value, unsigned row, unsigned co
     const Trigger& t = *triggers[row];
     switch (col) {
     case 0: value = wxString::Format("%lld", static_cast<long long>(t.GetTid())); break;
-    case 1: value = TriggerTypeName(t.GetType()); break;
-    case 2: value = TriggerStatusName(t.GetStatus()); break;
+    case 1: value = wxGetTranslation(TriggerTypeName(t.GetType())); break;
+    case 2: value = wxGetTranslation(TriggerStatusName(t.GetStatus())); break;
     case 3: {
         // A previous fire in 1999 means never fired.
         const wxDateTime prev = t.GetPrevFire();
