@@ -50,9 +50,8 @@ pid=$!
 win=$(xdotool search --sync --onlyvisible --pid "$pid" --name '^Cadrelle$' | head -1)
 # The first tick of the trigger timer fills the next run times.
 sleep 3.5
-eval "$(xdotool getwindowgeometry --shell "$win")"
-# The window manager's frame around it: title bar and borders.
-import -window root -crop "$((WIDTH + 8))x$((HEIGHT + 30))+$((X - 4))+$((Y - 26))" +repage "$output"
+# With the window manager's frame: title bar and borders.
+import -frame -window "$win" "$output"
 kill -TERM "$pid"
 wait "$pid" || true
 grep -q 'Cadrelle End' "$work/app"/log_*.txt && echo "wrote $output"

@@ -10,6 +10,8 @@
 #include <wx/srchctrl.h>
 #include <wx/sizer.h>
 #include <wx/statusbr.h>
+#include <wx/stopwatch.h>
+#include <wx/time.h>
 #include <wx/treelist.h>
 
 #include "core/core_log.h"
@@ -397,10 +399,13 @@ void CadrelleFrame::ApplyOrder()
 
 void CadrelleFrame::SortByColumn(int column)
 {
+    const wxStopWatch watch;
     NextSortState(column, m_nSortCol, m_nSortDir);
     Preference::Instance().SetValue("colSortIndex", wxString::Format("%d", m_nSortCol));
     Preference::Instance().SetValue("colSortDir", wxString::Format("%ld", m_nSortDir));
     ApplyOrder();
+    wxLogMessage("%d ### Job list sorted by column %d (%ld) in %ld ms", LogMs(), m_nSortCol, m_nSortDir,
+                 watch.Time());
 }
 
 void CadrelleFrame::SelectCategory(int index)
@@ -877,6 +882,13 @@ void CadrelleFrame::Onm_timerTrigger(wxTimerEvent&)
 
 void CadrelleFrame::OnHousekeeping(wxTimerEvent&)
 {
+    // A tick far behind its period means the main thread was held up: the
+    // log says so, since nothing else would show it.
+    const wxLongLong now = wxGetUTCTimeMillis();
+    if (m_lastHousekeeping != 0 && now - m_lastHousekeeping > 2 * kHousekeepingMs)
+        wxLogMessage("%d ### Main thread held up: housekeeping %s ms apart", LogMs(),
+                     (now - m_lastHousekeeping).ToString());
+    m_lastHousekeeping = now;
     m_pSession->HousekeepingTick();
     // Firings change next times and statuses: at most one repaint a second.
     if (m_bViewsDirty)

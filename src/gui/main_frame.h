@@ -12,6 +12,7 @@
 #include <wx/aui/aui.h>
 #include <wx/dataview.h>
 #include <wx/frame.h>
+#include <wx/longlong.h>
 #include <wx/timer.h>
 
 #include "core/engine/scheduler_engine.h"
@@ -144,6 +145,7 @@ private:
     wxTimer m_timerLogging;
     std::atomic<bool> m_bViewsDirty{false};
     std::size_t m_nShownTriggers = 0;
+    wxLongLong m_lastHousekeeping = 0;
     bool m_bPendingPause = false;
     bool m_bForceClose = false;
     bool m_bUnlocked = true;
