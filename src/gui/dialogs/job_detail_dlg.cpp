@@ -132,12 +132,12 @@ void JobDetailDlg::BuildTriggerBox(wxWindow* parent, wxSizer* sizer)
 {
     auto* box = new wxStaticBoxSizer(wxHORIZONTAL, parent, _("Triggers"));
     wxWindow* sb = box->GetStaticBox();
-    m_pTriggerList = new wxDataViewListCtrl(sb, wxID_ANY, wxDefaultPosition, wxSize(-1, 130));
+    m_pTriggerList = new wxDataViewListCtrl(sb, wxID_ANY, wxDefaultPosition, wxSize(540, 130));
     m_pTriggerList->SetName("ID_LISTCTRL_TRIGGERS");
     m_pTriggerList->AppendTextColumn(_("TID"), wxDATAVIEW_CELL_INERT, 50);
     m_pTriggerList->AppendTextColumn(_("Type"), wxDATAVIEW_CELL_INERT, 100);
-    m_pTriggerList->AppendTextColumn(_("Condition"), wxDATAVIEW_CELL_INERT, 200);
-    m_pTriggerList->AppendTextColumn(_("Next moment"), wxDATAVIEW_CELL_INERT, 160);
+    m_pTriggerList->AppendTextColumn(_("Condition"), wxDATAVIEW_CELL_INERT, 190);
+    m_pTriggerList->AppendTextColumn(_("Next moment"), wxDATAVIEW_CELL_INERT, 150);
     box->Add(m_pTriggerList, 1, wxEXPAND | wxALL, 4);
     auto* column = new wxBoxSizer(wxVERTICAL);
     const std::pair<const char*, wxString> names[] = {{"ID_BUTTON_ADD_TRIGGER", _("&Add...")},

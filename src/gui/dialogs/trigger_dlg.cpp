@@ -114,14 +114,13 @@ TriggerDlg::TriggerDlg(wxWindow* parent, const TriggerParam& initial)
                wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER),
       m_result(initial)
 {
+    // Top to bottom: the kind, its own controls, the period, the preview.
     auto* top = new wxBoxSizer(wxVERTICAL);
-    auto* upper = new wxBoxSizer(wxHORIZONTAL);
-    BuildKinds(upper);
-    auto* right = new wxBoxSizer(wxVERTICAL);
-    BuildFields(right);
-    BuildValues(right);
-    upper->Add(right, 1, wxEXPAND);
-    top->Add(upper, 1, wxEXPAND | wxALL, 5);
+    BuildKinds(top);
+    auto* values = new wxBoxSizer(wxVERTICAL);
+    BuildFields(values);
+    BuildValues(values);
+    top->Add(values, 0, wxEXPAND | wxLEFT | wxRIGHT, 8);
     BuildPeriod(top);
 
     auto* previewBox = new wxStaticBoxSizer(wxVERTICAL, this, _("Next moments"));
@@ -129,7 +128,7 @@ TriggerDlg::TriggerDlg(wxWindow* parent, const TriggerParam& initial)
                                 wxSize(-1, 110), wxTE_MULTILINE | wxTE_READONLY);
     m_pPreview->SetName("ID_TEXTCTRL_PREVIEW");
     previewBox->Add(m_pPreview, 1, wxEXPAND | wxALL, 3);
-    top->Add(previewBox, 0, wxEXPAND | wxLEFT | wxRIGHT, 5);
+    top->Add(previewBox, 1, wxEXPAND | wxLEFT | wxRIGHT, 8);
 
     auto* buttons = new wxBoxSizer(wxHORIZONTAL);
     auto* test = new wxButton(this, wxID_ANY, _("Test"));
@@ -174,15 +173,17 @@ TriggerDlg::TriggerDlg(wxWindow* parent, const TriggerParam& initial)
 void TriggerDlg::BuildKinds(wxBoxSizer* top)
 {
     auto* box = new wxStaticBoxSizer(wxVERTICAL, this, _("Trigger Kind"));
+    auto* grid = new wxGridSizer(2, 6, 2, 8);
     for (std::size_t i = 0; i < NTriggerTypeCount; ++i) {
         const KindControl& k = kKinds[i];
         auto* radio = new wxRadioButton(box->GetStaticBox(), wxID_ANY, wxGetTranslation(k.label), wxDefaultPosition,
                                         wxDefaultSize, i == 0 ? wxRB_GROUP : 0);
         radio->SetName(k.name);
         m_pKind[k.kind] = radio;
-        box->Add(radio, 0, wxALL, 3);
+        grid->Add(radio, 0, wxALL, 2);
     }
-    top->Add(box, 0, wxEXPAND | wxRIGHT, 5);
+    box->Add(grid, 0, wxEXPAND);
+    top->Add(box, 0, wxEXPAND | wxALL, 8);
 }
 
 void TriggerDlg::BuildFields(wxBoxSizer* top)
@@ -214,7 +215,7 @@ void TriggerDlg::BuildFields(wxBoxSizer* top)
         row->Add(column, 0, wxEXPAND | wxRIGHT, 4);
     }
     panel->SetSizer(row);
-    top->Add(panel, 1, wxEXPAND);
+    top->Add(panel, 0, wxEXPAND);
 }
 
 void TriggerDlg::BuildValues(wxBoxSizer* top)
@@ -284,7 +285,7 @@ void TriggerDlg::BuildPeriod(wxBoxSizer* top)
     m_pPeriodBox->Add(new wxStaticText(box, wxID_ANY, _("End Time:")), 0, wxALIGN_CENTER_VERTICAL | wxALL, 4);
     m_pPeriodBox->Add(m_pEndDate, 0, wxALIGN_CENTER_VERTICAL | wxALL, 2);
     m_pPeriodBox->Add(m_pEndTime, 0, wxALIGN_CENTER_VERTICAL | wxALL, 2);
-    top->Add(m_pPeriodBox, 0, wxEXPAND | wxLEFT | wxRIGHT | wxBOTTOM, 5);
+    top->Add(m_pPeriodBox, 0, wxEXPAND | wxALL, 8);
 }
 
 TriggerForm TriggerDlg::GetForm() const
@@ -362,7 +363,7 @@ void TriggerDlg::UpdatePreview()
     const TriggerTexts texts = BuildTriggerTexts(form, wxDateTime::Now());
     wxString text;
     if (texts.ok)
-        text << texts.condition << "\n";
+        text << _("Condition:") << " " << texts.condition << "\n";
     text << FormatPreview(PreviewTrigger(form.kind, texts, wxDateTime::Now()));
     m_pPreview->ChangeValue(text);
 }
