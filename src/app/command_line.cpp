@@ -8,7 +8,7 @@ CommandLine ParseCommandLine(int argc, char** argv)
         if (arg == "--app-dir") {
             if (i + 1 >= argc) {
                 cl.mode = CommandLine::Mode::Error;
-                cl.error = "--app-dir needs a folder";
+                cl.error = wxTRANSLATE("--app-dir needs a folder");
                 return cl;
             }
             cl.appDir = argv[++i];
@@ -33,7 +33,7 @@ CommandLine ParseCommandLine(int argc, char** argv)
                 ParseRequest(arg.substr(2) + " " + value);
             if (!request) {
                 cl.mode = CommandLine::Mode::Error;
-                cl.error = arg == "--silent" ? "--silent needs on or off" : "--run needs a job id (JID)";
+                cl.error = arg == "--silent" ? wxTRANSLATE("--silent needs on or off") : wxTRANSLATE("--run needs a job id (JID)");
                 return cl;
             }
             ++i;
@@ -45,7 +45,8 @@ CommandLine ParseCommandLine(int argc, char** argv)
             cl.mode = CommandLine::Mode::Version;
         } else {
             cl.mode = CommandLine::Mode::Error;
-            cl.error = "unknown option: " + arg;
+            cl.error = wxTRANSLATE("unknown option: %s");
+            cl.errorArg = arg;
             return cl;
         }
     }
@@ -54,7 +55,8 @@ CommandLine ParseCommandLine(int argc, char** argv)
 
 const char* UsageText()
 {
-    return "Usage: cadrelle [--app-dir DIR]            start the scheduler window\n"
+    // Translated where it is printed; keep the manual page (cadrelle.1) in step.
+    return wxTRANSLATE("Usage: cadrelle [--app-dir DIR]            start the scheduler window\n"
            "       cadrelle --headless [--app-dir DIR] run the scheduler without a window (until SIGINT/SIGTERM)\n"
            "       cadrelle --list [--app-dir DIR]     print the jobs and triggers of the data file\n"
            "       cadrelle --cron-next \"EXPR\" [--count N] [--from \"YYYY-MM-DD HH:MM:SS\"]\n"
@@ -69,5 +71,5 @@ const char* UsageText()
            "The application folder (data/ and the log files) is the program's own folder when\n"
            "it is writable, otherwise $XDG_DATA_HOME/Cadrelle; --app-dir overrides both.\n"
            "The control options talk to this user's running instance (window or headless)\n"
-           "over a socket in $XDG_RUNTIME_DIR/cadrelle; with none running they exit with 3.\n";
+           "over a socket in $XDG_RUNTIME_DIR/cadrelle; with none running they exit with 3.\n");
 }

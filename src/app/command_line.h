@@ -11,7 +11,8 @@ struct CommandLine {
     Mode mode = Mode::Gui;
     std::string appDir;                  // --app-dir DIR
     std::vector<std::string> cronArgs;   // everything after --cron-next
-    std::string error;                   // for Mode::Error
+    std::string error;                   // for Mode::Error: English, marked for the catalogue
+    std::string errorArg;                // what replaces "%s" in `error`
     ControlRequest request;              // for Mode::Control (--status, --pause, ...)
 };
 

@@ -58,7 +58,9 @@ int main(int argc, char** argv)
     switch (cl.mode) {
     case CommandLine::Mode::Error:
         return RunConsole(argc, argv, [&] {
-            std::cerr << "cadrelle: " << Tr(cl.error.c_str()) << "\n" << Tr(UsageText());
+            wxString problem = wxGetTranslation(cl.error.c_str());
+            problem.Replace("%s", wxString::FromUTF8(cl.errorArg));
+            std::cerr << "cadrelle: " << problem.utf8_str() << "\n" << Tr(UsageText());
             return 2;
         });
     case CommandLine::Mode::Help:
@@ -82,7 +84,7 @@ int main(int argc, char** argv)
             return RunHeadless(ChooseAppDir(wxString::FromUTF8(cl.appDir), ExecutableDir()));
         });
     case CommandLine::Mode::Control:
-        return RunControlClient(cl.request, std::cout, std::cerr);
+        return RunConsole(argc, argv, [&] { return RunControlClient(cl.request, std::cout, std::cerr); });
     case CommandLine::Mode::Gui:
         break;
     }

@@ -14,6 +14,13 @@
 
 namespace {
 
+// Messages are written as UTF-8 whatever the locale (the C locale could
+// not convert a translated text).
+std::string Utf8(const wxString& text)
+{
+    return std::string(text.utf8_str());
+}
+
 constexpr const char* kNoInstance = "No running Cadrelle instance.";
 // The instance answers at once unless a modal dialog holds its window.
 constexpr int kAnswerLimitMs = 60000;
@@ -26,17 +33,18 @@ int Exchange(const ControlRequest& request, ControlAnswer& answer, std::string& 
     std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
     const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (fd < 0) {
-        problem = std::string("cannot create a socket: ") + std::strerror(errno);
+        problem = Utf8(wxString::Format(_("cannot create a socket: %s"), std::strerror(errno)));
         return kControlExitFailed;
     }
     if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
         const int error = errno;
         ::close(fd);
         if (error == ENOENT || error == ECONNREFUSED || error == ENOTDIR) {
-            problem = kNoInstance;
+            problem = Utf8(_("No running Cadrelle instance."));
             return kControlExitNoInstance;
         }
-        problem = "cannot reach the running Cadrelle instance at " + path + ": " + std::strerror(error);
+        problem = Utf8(wxString::Format(_("cannot reach the running Cadrelle instance at %s: %s"),
+                                        wxString::FromUTF8(path), std::strerror(error)));
         return kControlExitFailed;
     }
     const std::string line = FormatRequest(request);
@@ -58,7 +66,7 @@ int Exchange(const ControlRequest& request, ControlAnswer& answer, std::string& 
     ::close(fd);
     const std::optional<ControlAnswer> parsed = ParseAnswer(text);
     if (!parsed) {
-        problem = "the running Cadrelle instance gave no answer";
+        problem = Utf8(_("the running Cadrelle instance gave no answer"));
         return kControlExitFailed;
     }
     answer = *parsed;

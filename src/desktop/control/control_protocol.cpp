@@ -124,7 +124,5 @@ std::string FormatStatus(const InstanceStatus& status)
 
 std::string UnknownJobText(std::int32_t jid)
 {
-    char text[64];
-    std::snprintf(text, sizeof text, "No job with JID %d.", static_cast<int>(jid));
-    return text;
+    return std::string(wxString::Format(_("No job with JID %d."), static_cast<int>(jid)).utf8_str());
 }

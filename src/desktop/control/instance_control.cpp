@@ -14,7 +14,9 @@ ControlAnswer ServeControlRequest(InstanceControl& control, const ControlRequest
     case ControlRequest::Kind::Resume:
         if (!control.SetPaused(request.kind == ControlRequest::Kind::Pause)) {
             answer.exitCode = kControlExitFailed;
-            answer.err = "The triggers are not checked yet (the first check comes 2 seconds after start); try again.\n";
+            answer.err = std::string(
+                _("The triggers are not checked yet (the first check comes 2 seconds after start); try again.\n")
+                    .utf8_str());
         }
         break;
     case ControlRequest::Kind::Silent:
@@ -29,7 +31,7 @@ ControlAnswer ServeControlRequest(InstanceControl& control, const ControlRequest
     case ControlRequest::Kind::Show:
         if (!control.Show()) {
             answer.exitCode = kControlExitFailed;
-            answer.err = "The running Cadrelle instance has no window (it runs headless).\n";
+            answer.err = std::string(_("The running Cadrelle instance has no window (it runs headless).\n").utf8_str());
         }
         break;
     }
