@@ -435,7 +435,9 @@ bool ShowTriggerDlgForTrigger(wxWindow* parent, Scheduler& scheduler, std::int64
     {
         auto lock = scheduler.EditLock();
         trigger->MakeParam(param);
+        // The checker skips it meanwhile; the list shows "Editing".
         trigger->SetEditing(true);
+        trigger->SetStatus(NTriggerStatusEditing);
     }
     const TriggerParam before = param;
     const bool confirmed = EditTriggerParam(parent, param);

@@ -2,6 +2,7 @@
 // the preview, the messages that keep a dialog open, and what OK leaves in
 // the scheduler.
 
+#include <algorithm>
 #include <cstdlib>
 
 #include <gtest/gtest.h>
@@ -88,19 +89,14 @@ void Shot(wxWindow* dlg, const char* name)
     if (only && wxString(only) != name)
         return;
     guitest::WaitFor([dlg] { return dlg->IsShownOnScreen(); });
-    dlg->Layout();
-    dlg->Refresh();
     guitest::WaitFor([] { return false; }, 300);
     dlg->Update();
     guitest::SaveScreenshot(dlg, name);
 }
 
-int CountLines(const wxString& text, const wxString& part)
+void PressOk(wxWindow* dlg)
 {
-    int n = 0;
-    for (const wxString& line : wxSplit(text, '\n'))
-        n += line.Contains(part) ? 1 : 0;
-    return n;
+    Fire(Find<wxButton>(dlg, "ID_BUTTON_OK"), wxEVT_BUTTON);
 }
 
 TEST(TriggerDialog, PreviewFollowsThePickersAndBadFormsStayOpen)
@@ -112,12 +108,12 @@ TEST(TriggerDialog, PreviewFollowsThePickersAndBadFormsStayOpen)
         PickKind(&dlg, "ID_RADIOBUTTON_EVERYDAY");
         for (unsigned h = 0; h < 24; ++h)
             Tick(&dlg, "ID_CHECKLISTBOX_HOUR", h, h == 8);
-        EXPECT_EQ(CountLines(dlg.PreviewText(), " 08:"), 5) << dlg.PreviewText();
+        const wxArrayString lines = wxSplit(dlg.PreviewText(), '\n');
+        EXPECT_EQ(std::count_if(lines.begin(), lines.end(), [](const wxString& l) { return l.Contains(" 08:"); }), 5);
         // No hour ticked: the preview shows the error before OK is pressed.
         Tick(&dlg, "ID_CHECKLISTBOX_HOUR", 8, false);
         EXPECT_TRUE(dlg.PreviewText().Contains("Cron expressions format error")) << dlg.PreviewText();
-        wxTEST_DIALOG(Fire(Find<wxButton>(&dlg, "ID_BUTTON_OK"), wxEVT_BUTTON),
-                      ExpectMessage("Cron expressions format error"));
+        wxTEST_DIALOG(PressOk(&dlg), ExpectMessage("Cron expressions format error"));
         EXPECT_TRUE(dlg.IsModal());
 
         PickKind(&dlg, "ID_RADIOBUTTON_EVERYWEEK");
@@ -128,32 +124,33 @@ TEST(TriggerDialog, PreviewFollowsThePickersAndBadFormsStayOpen)
 
         PickKind(&dlg, "ID_RADIOBUTTON_COUNTDOWN");
         Choose(&dlg, "ID_CHOICE8", 0);
-        wxTEST_DIALOG(Fire(Find<wxButton>(&dlg, "ID_BUTTON_OK"), wxEVT_BUTTON),
+        wxTEST_DIALOG(PressOk(&dlg),
                       ExpectMessage("Don't set Days/Hours/Minutes/Seconds value to ZERO in the same time."));
         Choose(&dlg, "ID_CHOICE8", 5);
         Shot(&dlg, "trigger-count-down");
-        Fire(Find<wxButton>(&dlg, "ID_BUTTON_OK"), wxEVT_BUTTON);
+        PressOk(&dlg);
     });
     ASSERT_EQ(dlg.ShowModal(), wxID_OK);
     EXPECT_EQ(dlg.Result().type, NTriggerTypeCountDown);
     EXPECT_TRUE(dlg.Result().condition.EndsWith(" 0 0 5 0")) << dlg.Result().condition;
 }
 
-// Runs `step` once the job dialog is up, then presses its OK.
-void WithJobDialog(const std::function<void(wxWindow*)>& step)
+// Runs `step` once the dialog holding the control `name` is up, then presses
+// its OK.
+void WithDialog(const char* name, const std::function<void(wxWindow*)>& step)
 {
-    wxTheApp->CallAfter([step] {
-        ASSERT_TRUE(guitest::WaitFor([] { return guitest::FindByName("JobDetailDlg") != nullptr; }));
-        wxWindow* dlg = guitest::FindByName("JobDetailDlg");
+    wxTheApp->CallAfter([name, step] {
+        ASSERT_TRUE(guitest::WaitFor([name] { return guitest::FindByName(name) != nullptr; }));
+        wxWindow* dlg = wxGetTopLevelParent(guitest::FindByName(name));
         step(dlg);
-        Fire(Find<wxButton>(dlg, "ID_BUTTON_OK"), wxEVT_BUTTON);
+        PressOk(dlg);
     });
 }
 
 TEST(JobDialog, NewJobWithTriggerIsSavedAndCopied)
 {
     Scheduler scheduler(guitest::FreshAppDir());
-    WithJobDialog([](wxWindow* dlg) {
+    WithDialog("ID_CHOICE_JOB_TYPE", [](wxWindow* dlg) {
         Find<wxTextCtrl>(dlg, "ID_TEXTCTRL_DESCRIPTION")->ChangeValue("Wake the NAS");
         EXPECT_FALSE(Find<wxButton>(dlg, "ID_BUTTON_RUN_NOW")->IsEnabled());
         const std::pair<int, const char*> looks[] = {
@@ -165,20 +162,14 @@ TEST(JobDialog, NewJobWithTriggerIsSavedAndCopied)
                 Shot(dlg, look.second);
         }
         Find<wxTextCtrl>(dlg, "ID_PARAM_12_0")->ChangeValue("aa-bb");
-        wxTEST_DIALOG(Fire(Find<wxButton>(dlg, "ID_BUTTON_OK"), wxEVT_BUTTON),
-                      ExpectMessage("MAC Address: \"aa-bb\" is not a MAC address"));
+        wxTEST_DIALOG(PressOk(dlg), ExpectMessage("MAC Address: \"aa-bb\" is not a MAC address"));
         Find<wxTextCtrl>(dlg, "ID_PARAM_12_0")->ChangeValue("01-23-45-67-89-ab");
         Find<wxTextCtrl>(dlg, "ID_TEXTCTRL_ASSOCIATED")->ChangeValue("7");
-        wxTEST_DIALOG(Fire(Find<wxButton>(dlg, "ID_BUTTON_OK"), wxEVT_BUTTON),
-                      ExpectMessage("Associated JID: there is no job 7."));
+        wxTEST_DIALOG(PressOk(dlg), ExpectMessage("Associated JID: there is no job 7."));
         EXPECT_TRUE(dynamic_cast<wxDialog*>(dlg)->IsModal());
         Find<wxTextCtrl>(dlg, "ID_TEXTCTRL_ASSOCIATED")->ChangeValue("");
         // Add opens the trigger dialog; its default kind is Every Day.
-        wxTheApp->CallAfter([] {
-            ASSERT_TRUE(guitest::WaitFor([] { return guitest::FindByName("ID_BUTTON_TEST") != nullptr; }));
-            Fire(guitest::FindByName("ID_BUTTON_OK", wxGetTopLevelParent(guitest::FindByName("ID_BUTTON_TEST"))),
-                 wxEVT_BUTTON);
-        });
+        WithDialog("ID_BUTTON_TEST", [](wxWindow*) {});
         Fire(Find<wxButton>(dlg, "ID_BUTTON_ADD_TRIGGER"), wxEVT_BUTTON);
         Shot(dlg, "job-wake-on-lan");
     });
@@ -196,7 +187,7 @@ TEST(JobDialog, NewJobWithTriggerIsSavedAndCopied)
     EXPECT_EQ(scheduler.GetTriggerOwner(tid), job.get());
     EXPECT_TRUE(scheduler.IsDataChanged());
 
-    WithJobDialog([](wxWindow*) {});
+    WithDialog("ID_CHOICE_JOB_TYPE", [](wxWindow*) {});
     std::int32_t copyJid = -1;
     ASSERT_TRUE(ShowJobDetailDlg(nullptr, scheduler, JobDlgMode::CopyJob, jid, &copyJid, {}));
     std::shared_ptr<Job> copy = scheduler.GetJobById(copyJid);
@@ -206,6 +197,15 @@ TEST(JobDialog, NewJobWithTriggerIsSavedAndCopied)
     ASSERT_EQ(copy->GetTriggerIds().size(), 1u);
     EXPECT_NE(copy->GetTriggerIds()[0], tid);
     EXPECT_EQ(scheduler.GetTriggerOwner(copy->GetTriggerIds()[0]), copy.get());
+    EXPECT_EQ(scheduler.Triggers().size(), 2u);
+
+    // Another kind is another class: replaced under the same TID and owner.
+    WithDialog("ID_BUTTON_TEST", [](wxWindow* dlg) { PickKind(dlg, "ID_RADIOBUTTON_INTERVAL"); });
+    ASSERT_TRUE(ShowTriggerDlgForTrigger(nullptr, scheduler, tid));
+    ASSERT_TRUE(scheduler.GetTriggerById(tid));
+    EXPECT_EQ(scheduler.GetTriggerById(tid)->GetType(), NTriggerTypeInterval);
+    EXPECT_EQ(scheduler.GetTriggerById(tid)->GetCondition(), "0 0/5 * * * ?");
+    EXPECT_EQ(scheduler.GetTriggerOwner(tid), job.get());
     EXPECT_EQ(scheduler.Triggers().size(), 2u);
 }
 
