@@ -44,8 +44,8 @@ public:
     }
     void AdvanceNotice(const Job& job) override
     {
-        wxLogMessage("%d ### [JID_%d] %s will run within %d seconds", LogMs(), job.GetId(), job.GetTypeName(),
-                     SchedulerEngine::kNoticeSeconds);
+        wxLogMessage("%d ### [JID_%d] %s will run within %d seconds", LogMs(), job.GetId(),
+                     JobTypeEnglishName(job.GetType()), SchedulerEngine::kNoticeSeconds);
     }
 
     void WaitForWork(std::chrono::milliseconds period)

@@ -7,10 +7,10 @@
 
 #include <wx/intl.h>
 
-wxString JobTypeName(std::uint32_t type)
-{
-    // Marked for the catalogue; the misspellings are the catalogue keys.
-    static const char* const names[NJobTypeCount] = {
+namespace {
+
+// Marked for the catalogue; the misspellings are the catalogue keys.
+const char* const kJobTypeNames[NJobTypeCount] = {
         wxTRANSLATE("Reminder"),         wxTRANSLATE("Open URL"),
         wxTRANSLATE("Open File"),        wxTRANSLATE("Open Folder"),
         wxTRANSLATE("Backup Folder"),    wxTRANSLATE("Exec DOS Command"),
@@ -24,9 +24,17 @@ wxString JobTypeName(std::uint32_t type)
         wxTRANSLATE("Hibernates"),       wxTRANSLATE("Shutdown"),
         wxTRANSLATE("Reboot"),           wxTRANSLATE("Logoff"),
     };
-    if (type >= NJobTypeCount)
-        return wxString();
-    return TranslateFromAnyThread(names[type]);
+
+}  // namespace
+
+wxString JobTypeName(std::uint32_t type)
+{
+    return type < NJobTypeCount ? TranslateFromAnyThread(kJobTypeNames[type]) : wxString();
+}
+
+wxString JobTypeEnglishName(std::uint32_t type)
+{
+    return type < NJobTypeCount ? wxString(kJobTypeNames[type]) : wxString();
 }
 
 wxString Job::GetTypeName() const

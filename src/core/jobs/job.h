@@ -39,6 +39,8 @@ enum JobType : std::uint32_t {
 
 // The translated display name of a kind; empty above 23.
 wxString JobTypeName(std::uint32_t type);
+// The same name in English, for log lines.
+wxString JobTypeEnglishName(std::uint32_t type);
 
 using IdList = std::vector<std::int32_t>;
 using ParamList = std::vector<wxString>;

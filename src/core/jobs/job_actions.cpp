@@ -57,5 +57,5 @@ void RunJobAction(Job& job)
         return;
     }
     wxLogMessage("%d --- [JID_%d] %s jobs are not available yet; nothing was done", LogMs(),
-                 job.GetId(), JobTypeName(type));
+                 job.GetId(), JobTypeEnglishName(type));
 }

@@ -61,7 +61,8 @@ bool RequireDisplaySession(Job& job)
     const wxString problem = DisplaySessionProblem();
     if (problem.empty())
         return true;
-    wxLogMessage("%d --- [JID_%d] %s cannot run: %s", LogMs(), job.GetId(), job.GetTypeName(), problem);
+    wxLogMessage("%d --- [JID_%d] %s cannot run: %s", LogMs(), job.GetId(), JobTypeEnglishName(job.GetType()),
+                 problem);
     GetUserMessages().ShowMessage(
         wxString::Format(TranslateFromAnyThread("%s cannot run here.\n%s"), job.GetTypeName(), problem), "Cadrelle");
     return false;
