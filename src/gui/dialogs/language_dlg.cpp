@@ -30,6 +30,12 @@ void ShowLanguageChooser(wxWindow* parent)
     const wxString choices[] = {_("(Use default language)"), _("Chinese (Simplified)"), _("English"), _("Japanese")};
     wxSingleChoiceDialog dlg(parent, _("Select your prefered language"), _("Language selection"), 4, choices);
     dlg.SetSelection(selected);
+    // Its list is sized for a few lines: room for all four and the title.
+    wxSize size = dlg.GetSize();
+    size.IncTo(dlg.FromDIP(wxSize(340, 300)));
+    dlg.SetMinSize(size);
+    dlg.SetSize(size);
+    dlg.CentreOnParent();
     if (dlg.ShowModal() != wxID_OK || dlg.GetSelection() < 0 || kCodes[dlg.GetSelection()] == current)
         return;
     config->Write("ui_language", kCodes[dlg.GetSelection()]);
