@@ -24,7 +24,10 @@ for run in 1 2 3; do
     start=$(ms)
     "$binary" --app-dir "$work/idle" >/dev/null 2>&1 &
     pid=$!
-    win=$(xdotool search --sync --onlyvisible --pid "$pid" --name '^Cadrelle$' | head -1)
+    # xdotool's own --sync looks only every half second.
+    until win=$(xdotool search --onlyvisible --pid "$pid" --name '^Cadrelle$' | head -1) && [ -n "$win" ]; do
+        sleep 0.01
+    done
     shown=$(ms)
     echo "run $run: exec -> window shown with lists filled: $((shown - start)) ms"
     if [ "$run" = 3 ]; then

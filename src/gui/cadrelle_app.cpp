@@ -36,7 +36,7 @@ bool CadrelleApp::OnInit()
     const wxString appDir = ChooseAppDir(g_appDirOverride, ExecutableDir());
     // Log lines go to standard error, never into dialogs.
     delete wxLog::SetActiveTarget(new wxLogStderr);
-    SetUpUiLanguage(ExecutableDir());
+    ShareUiLanguageWithToolkit(SetUpUiLanguage(ExecutableDir()));
     SetUserMessages(&g_userMessages);
     m_pInstance = std::make_unique<SingleInstanceGuard>();
     if (m_pInstance->IsAnotherRunning()) {

@@ -1,6 +1,7 @@
 #include "gui/frame/job_view_logic.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "core/scheduler.h"
 
@@ -69,20 +70,30 @@ std::vector<JobRow> BuildJobRows(const Scheduler& scheduler)
 {
     std::vector<JobRow> rows;
     auto lock = scheduler.ReadLock();
+    // One pass over the triggers and the kind names, not one per job: with
+    // 10,000 of each, lookups by TID would otherwise cost seconds.
+    std::unordered_map<std::int64_t, const Trigger*> triggers;
+    triggers.reserve(scheduler.Triggers().size());
+    for (const Scheduler::TriggerPtr& trigger : scheduler.Triggers())
+        triggers.emplace(trigger->GetTid(), trigger.get());
+    std::vector<wxString> typeNames(NJobTypeCount);
     rows.reserve(scheduler.Jobs().size());
     for (const Scheduler::JobPtr& job : scheduler.Jobs()) {
         JobRow row;
         row.jid = job->GetId();
         row.type = job->GetType();
         row.enabled = job->IsEnabled();
-        row.typeName = job->GetTypeName();
+        if (row.type < NJobTypeCount && typeNames[row.type].empty())
+            typeNames[row.type] = job->GetTypeName();
+        row.typeName = row.type < NJobTypeCount ? typeNames[row.type] : job->GetTypeName();
         row.description = job->GetDescription();
         row.info = job->GetParamText();
         row.relatedJids = JoinIds(job->GetAssociatedJids());
         for (const auto tid : job->GetTriggerIds()) {
-            const Trigger* trigger = scheduler.GetTriggerById(tid);
-            if (!trigger)
+            const auto found = triggers.find(tid);
+            if (found == triggers.end())
                 continue;
+            const Trigger* trigger = found->second;
             if (!row.tids.empty())
                 row.tids += ",";
             row.tids << tid;
