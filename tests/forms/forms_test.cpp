@@ -13,18 +13,12 @@ const wxDateTime kNow(23, wxDateTime::Nov, 2026, 10, 0, 0);
 
 TEST(TriggerForm, FoldsValuesIntoRuns)
 {
-    const std::pair<std::vector<int>, const char*> rows[] = {{{}, ""},
-                            {{5}, "5"},
-                            {{0, 1, 2, 3, 4, 5, 7, 9, 10, 11}, "0-5,7,9-11"},
-                            {{3, 1, 2}, "1-3"},
-                            {{1, 3}, "1,3"},
-                            {{0, 1, 3, 4, 59}, "0-1,3-4,59"}};
+    const std::pair<std::vector<int>, const char*> rows[] = {
+        {{}, ""}, {{5}, "5"}, {{0, 1, 2, 3, 4, 5, 7, 9, 10, 11}, "0-5,7,9-11"},
+        {{3, 1, 2}, "1-3"}, {{1, 3}, "1,3"}, {{0, 1, 3, 4, 59}, "0-1,3-4,59"}};
     for (const auto& row : rows)
         EXPECT_EQ(FoldFieldValues(row.first), row.second) << row.second;
-    FieldPick all;
-    all.all = true;
-    all.values = {1, 2};
-    EXPECT_EQ(FieldText(all), "*");
+    EXPECT_EQ(FieldText(FieldPick{true, {1, 2}}), "*");
 }
 
 // Every kind: the text read into a form and built again is the same text.
@@ -77,8 +71,7 @@ TEST(TriggerForm, RejectsWithItsMessage)
          "Don't set Days/Hours/Minutes/Seconds value to ZERO in the same time."},
         {NTriggerTypeWithStart, [](TriggerForm& f) { f.minutes = 0; },
          "Don't set Days/Hours/Minutes/Seconds value to ZERO in the same time."},
-        {NTriggerTypeCron, [](TriggerForm& f) { f.fields[FieldDays].values.clear(); f.fields[FieldWeekdays].values.clear(); },
-         "Please select Days or Weekdays."},
+        {NTriggerTypeCron, [](TriggerForm& f) { f.fields[FieldDays].values.clear(); }, "Please select Days or Weekdays."},
         {NTriggerTypeEveryDay, [](TriggerForm& f) { f.fields[FieldHours].values.clear(); },
          "Cron expressions format error: [0 0  * * ?]"},
         {NTriggerTypeInterval, [](TriggerForm& f) { f.amount = 0; }, "Cron expressions format error: [0 0/0 * * * ?]"},
@@ -182,8 +175,6 @@ TEST(JobForm, ChecksParametersNamingTheField)
     for (const JobRow& row : rows) {
         ParamList params = ValidParams(row.kind);
         params.resize(std::max<std::size_t>(params.size(), row.index + 1));
-        if (row.kind == NJobTypeAutoScreenshot)
-            params[3] = "1";
         params[row.index] = row.value;
         wxString message;
         EXPECT_FALSE(ValidateJobParams(row.kind, params, message)) << row.message;

@@ -206,7 +206,8 @@ bool ValidateJobParams(std::uint32_t kind, const ParamList& params, wxString& me
     switch (kind) {
     case NJobTypeAutoScreenshot: {
         wxString problem;
-        if (valueAt(3) == "1" && !ScreenshotRect(1920, 1080, valueAt(2), valueAt(3), valueAt(4), problem))
+        // Checked even while Capture Range is off: it is kept for later.
+        if (!ScreenshotRect(1920, 1080, valueAt(2), "1", valueAt(4), problem))
             return fail(fields[4].label, problem);
         break;
     }

@@ -207,6 +207,15 @@ TEST(JobDialog, NewJobWithTriggerIsSavedAndCopied)
     EXPECT_EQ(scheduler.GetTriggerById(tid)->GetCondition(), "0 0/5 * * * ?");
     EXPECT_EQ(scheduler.GetTriggerOwner(tid), job.get());
     EXPECT_EQ(scheduler.Triggers().size(), 2u);
+
+    // A job edited into another kind keeps its JID and its trigger.
+    WithDialog("ID_CHOICE_JOB_TYPE", [](wxWindow* dlg) { Choose(dlg, "ID_CHOICE_JOB_TYPE", NJobTypeLockWorkstation); });
+    ASSERT_TRUE(ShowJobDetailDlg(nullptr, scheduler, JobDlgMode::EditJob, jid, &copyJid, {}));
+    EXPECT_EQ(copyJid, jid);
+    ASSERT_TRUE(scheduler.GetJobById(jid));
+    EXPECT_EQ(scheduler.GetJobById(jid)->GetType(), NJobTypeLockWorkstation);
+    EXPECT_EQ(scheduler.GetTriggerOwner(tid), scheduler.GetJobById(jid).get());
+    EXPECT_EQ(scheduler.Jobs().size(), 2u);
 }
 
 }  // namespace
