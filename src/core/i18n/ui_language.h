@@ -57,3 +57,9 @@ bool InstallTranslations(const wxString& language, const std::vector<wxString>& 
 // catalogue and "Cadrelle", and returns the language. Call once at start-up,
 // before any text is translated, in the window and the command-line modes.
 wxString SetUpUiLanguage(const wxString& exeDir);
+
+// Lets the toolkit's own texts (stock buttons, message boxes, file choosers)
+// follow `language` too: sets LANGUAGE, which programs started by jobs
+// inherit, and the messages locale where it is C. The window calls it once,
+// right after SetUpUiLanguage.
+void ShareUiLanguageWithToolkit(const wxString& language);
