@@ -265,9 +265,10 @@ bool JobDetailDlg::Collect(JobParam& param, wxString& message) const
 
 void JobDetailDlg::ApplyTriggers(Job& job, bool jobIsNew)
 {
+    // Each change is announced, so the window's trigger list follows.
     for (std::int64_t tid : m_deletedTids)
         if (Trigger* trigger = m_scheduler.GetTriggerById(tid))
-            m_scheduler.DeleteTrigger(trigger, false);
+            m_scheduler.DeleteTrigger(trigger, true);
     for (TriggerParam param : m_triggers) {
         param.enable = job.IsEnabled();
         Trigger* existing = jobIsNew ? nullptr : m_scheduler.GetTriggerById(param.tid);
@@ -278,7 +279,7 @@ void JobDetailDlg::ApplyTriggers(Job& job, bool jobIsNew)
                 auto lock = m_scheduler.EditLock();
                 existing->Load(param);
             }
-            m_scheduler.UpdateTrigger(existing, false);
+            m_scheduler.UpdateTrigger(existing, true);
             continue;
         }
         if (existing)
@@ -287,7 +288,7 @@ void JobDetailDlg::ApplyTriggers(Job& job, bool jobIsNew)
         if (!trigger)
             continue;
         trigger->Load(param);
-        m_scheduler.AddTrigger(std::move(trigger), false);
+        m_scheduler.AddTrigger(std::move(trigger), true);
     }
 }
 
@@ -302,12 +303,13 @@ bool JobDetailDlg::Apply()
     std::shared_ptr<Job> edited =
         m_mode == JobDlgMode::EditJob ? m_scheduler.GetJobById(m_job.id) : std::shared_ptr<Job>();
     if (edited && edited->GetType() == param.type) {
-        ApplyTriggers(*edited, false);
+        // The job first, so that a trigger announced below has its owner.
         {
             auto lock = m_scheduler.EditLock();
             edited->SetParam(param);
         }
         m_scheduler.UpdateJob(edited.get(), false);
+        ApplyTriggers(*edited, false);
         m_scheduler.SetJobEnable(edited.get(), param.enable, true);
     } else {
         // A new job, a copy, or a job that changed kind (another class).
@@ -320,9 +322,9 @@ bool JobDetailDlg::Apply()
                     m_deletedTids.insert(tid);
             m_scheduler.DeleteJob(edited.get(), false);
         }
-        ApplyTriggers(*job, true);
         Job* added = job.get();
         m_scheduler.AddJob(std::move(job), false);
+        ApplyTriggers(*added, true);
         m_scheduler.SetJobEnable(added, param.enable, true);
         if (m_mode == JobDlgMode::CopyJob)
             wxLogMessage("%d ### Copy Job => [JID_%d]", LogMs(), param.id);
