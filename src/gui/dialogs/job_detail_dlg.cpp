@@ -7,7 +7,6 @@
 #include <wx/checkbox.h>
 #include <wx/choice.h>
 #include <wx/dataview.h>
-#include <wx/log.h>
 #include <wx/msgdlg.h>
 #include <wx/simplebook.h>
 #include <wx/sizer.h>
@@ -15,7 +14,6 @@
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
 
-#include "core/core_log.h"
 #include "core/datetime_text.h"
 #include "core/scheduler.h"
 #include "gui/dialogs/job_param_page.h"
@@ -326,8 +324,6 @@ bool JobDetailDlg::Apply()
         m_scheduler.AddJob(std::move(job), false);
         ApplyTriggers(*added, true);
         m_scheduler.SetJobEnable(added, param.enable, true);
-        if (m_mode == JobDlgMode::CopyJob)
-            wxLogMessage("%d ### Copy Job => [JID_%d]", LogMs(), param.id);
     }
     m_scheduler.SetDataChanged(true);
     m_job = param;
