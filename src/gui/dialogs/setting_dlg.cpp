@@ -107,15 +107,16 @@ void SettingDlg::BuildAdvancedGroup(wxWindow* panel, wxSizer* top, const wxStrin
     fields->Add(m_pTxtPassword, wxSizerFlags().Expand());
     fields->Add(new wxStaticText(box, wxID_ANY, _("Confirm Password:")), wxSizerFlags().CentreVertical());
     fields->Add(m_pTxtConfirmPassword, wxSizerFlags().Expand());
+    // The stored password is a hash: it cannot be shown, only kept or replaced.
+    if (!Preference::Instance().GetValue("password").empty()) {
+        fields->AddSpacer(0);
+        fields->Add(new wxStaticText(box, wxID_ANY, _("Leave both fields empty to keep the current password.")));
+    }
     // Indented under their box, a gap on the right like the box's own.
     auto* indent = new wxBoxSizer(wxHORIZONTAL);
     indent->AddSpacer(kGap * 4);
     indent->Add(fields, wxSizerFlags(1));
     group->Add(indent, wxSizerFlags().Expand().Border(wxRIGHT | wxBOTTOM, kGap));
-    // The stored password is a hash: it cannot be shown, only kept or replaced.
-    if (!Preference::Instance().GetValue("password").empty())
-        group->Add(new wxStaticText(box, wxID_ANY, _("Leave both fields empty to keep the current password.")),
-                   wxSizerFlags().Border(wxLEFT | wxTOP, kGap * 4));
 
     m_pChkMinimizeOnAppStart =
         AddCheck(box, group, _("Minimize window to the tray when application start"), "minimizeOnAppStart");
