@@ -17,7 +17,8 @@ struct RecordingRuns : JobRunRequests {
     void PostJobRun(Job& job, int value) override { posted.emplace_back(job.GetId(), value); }
 };
 
-std::unique_ptr<Job> MakeJob(std::int32_t jid, std::uint32_t type = NJobTypeReminder, IdList tids = {})
+std::unique_ptr<Job> MakeJob(std::int32_t jid, std::uint32_t type = NJobTypeReminder,
+                             decltype(JobParam::triggerIds) tids = {})
 {
     std::unique_ptr<Job> job = CreateJob(type);
     JobParam param;
@@ -45,7 +46,7 @@ std::vector<std::int64_t> TriggerIds(const Scheduler& s)
 
 }  // namespace
 
-TEST(SchedulerIds, NewJidReusesTheLowestGap)
+TEST(SchedulerIds, NewJidReusesTheLowestGapAndLookupsFindById)
 {
     Scheduler s;
     EXPECT_EQ(s.NewJID(), 0);
@@ -59,24 +60,11 @@ TEST(SchedulerIds, NewJidReusesTheLowestGap)
     s.AddJob(MakeJob(2), false);
     EXPECT_EQ(s.NewJID(), 4);
     EXPECT_EQ(s.MaxJID(), 3);
-}
+    EXPECT_EQ(s.GetJobById(42), nullptr);
 
-TEST(SchedulerIds, FindReturnsLastElementForUnknownIdAndNullWhenEmpty)
-{
-    Scheduler s;
-    EXPECT_EQ(s.FindJob(7), nullptr);
-    EXPECT_EQ(s.FindTrigger(7), nullptr);
-    s.AddJob(MakeJob(5), false);
-    s.AddJob(MakeJob(9), false);
     s.AddTrigger(MakeTrigger(11), false);
     s.AddTrigger(MakeTrigger(4), false);
-    s.AddTrigger(MakeTrigger(11), false);  // a duplicate: the first one wins
-
-    EXPECT_EQ(s.FindJob(5)->GetId(), 5);
-    EXPECT_EQ(s.FindJob(42)->GetId(), 9);
-    EXPECT_EQ(s.FindTrigger(11), s.Triggers()[0].get());
-    EXPECT_EQ(s.FindTrigger(42), s.Triggers()[2].get());
-    EXPECT_EQ(s.GetJobById(42), nullptr);
+    EXPECT_EQ(s.GetTriggerById(4), s.Triggers()[1].get());
     EXPECT_EQ(s.GetTriggerById(42), nullptr);
     EXPECT_FALSE(s.IsTIDFree(4));
     EXPECT_TRUE(s.IsTIDFree(5));

@@ -1,5 +1,5 @@
-// Special Time, Count Down and With Start: the 200 ms window, missed moments
-// and the made-up firing.
+// The one-shot kinds' own rules: the due tolerance, Count Down's target in
+// its condition, With Start counted from the program's start.
 
 #include "core/app_start_time.h"
 #include "core/scheduler.h"
@@ -13,86 +13,6 @@ const wxDateTime kMoment = Local(2026, 11, 23, 8, 0, 0);
 }  // namespace
 
 class OneShotTest : public TriggerTest {};
-
-TEST_F(OneShotTest, FiresOnlyInsideTheWindowBeforeItsMoment)
-{
-    struct Case {
-        int line;
-        std::int64_t offsetMs;
-        bool fires;
-        std::uint32_t status;
-        bool finished;
-    };
-    const Case cases[] = {
-        {__LINE__, -250, false, NTriggerStatusWaiting, false},
-        {__LINE__, -201, false, NTriggerStatusWaiting, false},
-        {__LINE__, -200, true, NTriggerStatusFired, true},
-        {__LINE__, -150, true, NTriggerStatusFired, true},
-        {__LINE__, 0, true, NTriggerStatusFired, true},
-        {__LINE__, 1, false, NTriggerStatusFired, true},  // missed: done for good
-    };
-    for (std::uint32_t type : {NTriggerTypeSpecTime, NTriggerTypeCountDown}) {
-        for (const Case& c : cases) {
-            SCOPED_TRACE(testing::Message() << "kind " << type << " line " << c.line);
-            At(kMoment, -60000);
-            auto trigger = type == NTriggerTypeSpecTime ? Make(type, "0 0 8 23 11 ? 2026")
-                                                        : Make(type, "0 0 8 23 11 2026 0 0 5 0");
-            ASSERT_EQ(trigger->GetNextFire(), kMoment);
-            At(kMoment, c.offsetMs);
-            EXPECT_EQ(trigger->CheckAndAdvance(), c.fires);
-            EXPECT_EQ(trigger->GetStatus(), c.status);
-            EXPECT_EQ(trigger->IsFinished(), c.finished);
-            if (c.fires) {
-                EXPECT_EQ(trigger->GetPrevFire(), kMoment);
-            }
-        }
-    }
-}
-
-TEST_F(OneShotTest, MissedMomentIsMadeUpOnceOnlyWhenAskedAndNeverFired)
-{
-    struct Case {
-        int line;
-        const char* setting;
-        const char* prevFire;
-        bool fires;
-    };
-    const Case cases[] = {
-        {__LINE__, "1", "0 0 0 1 1 * 1999", true},
-        {__LINE__, "0", "0 0 0 1 1 * 1999", false},
-        {__LINE__, "", "0 0 0 1 1 * 1999", false},
-        {__LINE__, "1", "0 0 8 1 11 * 2026", false},  // fired before: not again
-    };
-    const wxDateTime now = Local(2026, 11, 24, 12, 0, 0, 321);
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.line);
-        settings.values["execMissFiredTrigger"] = c.setting;
-        At(now);
-        auto trigger = Make(NTriggerTypeSpecTime, "0 0 8 23 11 ? 2026", c.prevFire);
-        EXPECT_EQ(trigger->CheckAndAdvance(), c.fires);
-        EXPECT_TRUE(trigger->IsFinished());
-        EXPECT_EQ(trigger->GetStatus(), NTriggerStatusFired);
-        if (c.fires) {
-            EXPECT_EQ(trigger->GetPrevFire(), now);
-        }
-        clock.Advance(50);
-        EXPECT_FALSE(trigger->CheckAndAdvance());
-    }
-}
-
-TEST_F(OneShotTest, DisabledTriggerSaysSoAndNeverFires)
-{
-    At(kMoment, -5000);
-    auto trigger = Make(NTriggerTypeSpecTime, "0 0 8 23 11 ? 2026");
-    trigger->SetEnable(false);
-    At(kMoment, -100);
-    EXPECT_FALSE(trigger->CheckAndAdvance());
-    EXPECT_EQ(trigger->GetStatus(), NTriggerStatusDisable);
-    EXPECT_FALSE(trigger->IsDue(300));
-    trigger->SetEnable(true);
-    EXPECT_TRUE(trigger->IsDue(300));
-    EXPECT_TRUE(trigger->CheckAndAdvance());
-}
 
 TEST_F(OneShotTest, IsDueCoversTheToleranceAheadInclusively)
 {

@@ -1,7 +1,6 @@
-// Close App against real windows: through openbox (EWMH) and with no window
-// manager at all (WM_DELETE_WINDOW sent by us).
-
-#include <memory>
+// Close App against real windows. CTest runs these tests twice: through
+// openbox (EWMH), and with no window manager at all (WM_DELETE_WINDOW sent
+// by us).
 
 #include "desktop/jobs/close_app_job.h"
 #include "desktop/platform/window_closer.h"
@@ -18,34 +17,19 @@ TestWindowOptions Titled(const std::string& title)
     return options;
 }
 
-// The job's behaviour is the same whoever delivers the request; each case
-// runs once with openbox and once without a window manager.
-class CloseAppBothWays : public CloseAppTest, public ::testing::WithParamInterface<bool> {
+class CloseAppBothWays : public CloseAppTest {
 protected:
-    void SetUp() override
-    {
-        CloseAppTest::SetUp();
-        if (GetParam()) {
-            wm = std::make_unique<OpenboxProcess>(DisplayName());
-            ASSERT_TRUE(wm->IsManaging());
-        }
-    }
-    void TearDown() override
-    {
-        wm.reset();
-        CloseAppTest::TearDown();
-    }
     void Ready(TestWindow& window)
     {
-        if (GetParam()) {
+        if (wm) {
             ASSERT_TRUE(window.WaitUntilManaged());
         }
     }
 
-    std::unique_ptr<OpenboxProcess> wm;
+    const bool wm = WindowManagerRuns();
 };
 
-TEST_P(CloseAppBothWays, AsksTheWindowWithTheExactTitleAndLeavesTheOthers)
+TEST_F(CloseAppBothWays, AsksTheWindowWithTheExactTitleAndLeavesTheOthers)
 {
     TestWindow target(Titled("Cadrelle target"));
     TestWindow longer(Titled("Cadrelle target 2"));
@@ -56,7 +40,7 @@ TEST_P(CloseAppBothWays, AsksTheWindowWithTheExactTitleAndLeavesTheOthers)
 
     const CloseRequestOutcome outcome = RequestWindowClose("Cadrelle target");
     EXPECT_EQ(outcome.result, CloseRequestResult::Sent);
-    EXPECT_TRUE(outcome.detail.Contains(GetParam() ? "_NET_CLOSE_WINDOW" : "WM_DELETE_WINDOW")) << outcome.detail;
+    EXPECT_TRUE(outcome.detail.Contains(wm ? "_NET_CLOSE_WINDOW" : "WM_DELETE_WINDOW")) << outcome.detail;
 
     EXPECT_TRUE(target.PumpUntil([&] { return target.deleteRequests == 1; }));
     longer.PumpFor(200);
@@ -66,7 +50,7 @@ TEST_P(CloseAppBothWays, AsksTheWindowWithTheExactTitleAndLeavesTheOthers)
     EXPECT_EQ(RequestWindowClose("Cadrelle").result, CloseRequestResult::NotFound);
 }
 
-TEST_P(CloseAppBothWays, FirstTitleMissingGivesOneBoxAndTheSecondWindowIsStillAsked)
+TEST_F(CloseAppBothWays, FirstTitleMissingGivesOneBoxAndTheSecondWindowIsStillAsked)
 {
     TestWindow second(Titled("Second \xc3\xa9t\xc3\xa9 window"));  // "été": the title is matched as UTF-8
     Ready(second);
@@ -78,10 +62,10 @@ TEST_P(CloseAppBothWays, FirstTitleMissingGivesOneBoxAndTheSecondWindowIsStillAs
     ASSERT_EQ(shown.size(), 1u);
     EXPECT_EQ(shown[0].text, "Window title:\nNo such window\nnot exist.");
     EXPECT_EQ(shown[0].caption, "Message");
-    EXPECT_TRUE(log.Has("[JID_7] Asked \"Second \xc3\xa9t\xc3\xa9 window\" to close"));
+    EXPECT_TRUE(log.Has(wxString::FromUTF8("[JID_7] Asked \"Second \xc3\xa9t\xc3\xa9 window\" to close")));
 }
 
-TEST_P(CloseAppBothWays, OnlyTheFirstOfTwoSameTitledWindowsIsAsked)
+TEST_F(CloseAppBothWays, OnlyTheFirstOfTwoSameTitledWindowsIsAsked)
 {
     TestWindow first(Titled("Twin"));
     Ready(first);
@@ -97,7 +81,7 @@ TEST_P(CloseAppBothWays, OnlyTheFirstOfTwoSameTitledWindowsIsAsked)
     EXPECT_TRUE(messages.All().empty());
 }
 
-TEST_P(CloseAppBothWays, WindowsKnownOnlyByTheirOldStyleNameAreFound)
+TEST_F(CloseAppBothWays, WindowsKnownOnlyByTheirOldStyleNameAreFound)
 {
     TestWindowOptions options = Titled("Plain name");
     options.netWmName = false;
@@ -108,7 +92,7 @@ TEST_P(CloseAppBothWays, WindowsKnownOnlyByTheirOldStyleNameAreFound)
     EXPECT_TRUE(window.PumpUntil([&] { return window.deleteRequests == 1; }));
 }
 
-TEST_P(CloseAppBothWays, AWindowThatCannotBeAskedIsReportedNotKilled)
+TEST_F(CloseAppBothWays, AWindowThatCannotBeAskedIsReportedNotKilled)
 {
     TestWindowOptions options = Titled("Stubborn");
     options.acceptsDeleteWindow = false;
@@ -125,11 +109,6 @@ TEST_P(CloseAppBothWays, AWindowThatCannotBeAskedIsReportedNotKilled)
     EXPECT_EQ(window.deleteRequests, 0);
     EXPECT_EQ(RequestWindowClose("Stubborn").result, CloseRequestResult::Unavailable);
 }
-
-INSTANTIATE_TEST_SUITE_P(, CloseAppBothWays, ::testing::Values(true, false),
-                         [](const ::testing::TestParamInfo<bool>& info) {
-                             return info.param ? "WithOpenbox" : "WithoutWindowManager";
-                         });
 
 TEST_F(CloseAppTest, ATitleListWithoutQuotesIsRefusedAndNothingIsAsked)
 {

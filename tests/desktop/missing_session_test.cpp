@@ -3,7 +3,6 @@
 
 #include <wx/dir.h>
 
-#include "../core/test_support.h"
 #include "x11_test_support.h"
 
 namespace {

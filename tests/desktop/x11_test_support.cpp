@@ -4,18 +4,12 @@
 
 #include <atomic>
 #include <chrono>
-#include <csignal>
 #include <cstdlib>
 #include <thread>
 
-#include <fcntl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <X11/Xatom.h>
 #include <X11/Xutil.h>
-#include <wx/filename.h>
-#include <wx/thread.h>
 
 #include "core/jobs/job_actions.h"
 #include "desktop/jobs/window_input_jobs.h"
@@ -61,84 +55,14 @@ unsigned long PixelOf(Display* display, std::uint32_t rgb)
 
 }  // namespace
 
-std::vector<std::string> CapturedLog::Lines()
+bool WindowManagerRuns()
 {
-    if (wxThread::IsMain())
-        wxLog::FlushActive();
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return m_lines;
-}
-
-bool CapturedLog::Has(const std::string& part)
-{
-    for (const std::string& line : Lines()) {
-        if (line.find(part) != std::string::npos)
-            return true;
-    }
-    return false;
-}
-
-void CapturedLog::DoLogRecord(wxLogLevel, const wxString& msg, const wxLogRecordInfo&)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_lines.push_back(msg.utf8_string());
-}
-
-OpenboxProcess::OpenboxProcess(const std::string& display)
-{
-    char pattern[] = "/tmp/cadrelle-openbox-XXXXXX";
-    if (!::mkdtemp(pattern))
-        return;
-    m_home = pattern;
-    m_pid = ::fork();
-    if (m_pid == 0) {
-        // Its settings and cache in a folder of its own, not the user's.
-        ::setenv("DISPLAY", display.c_str(), 1);
-        ::setenv("HOME", m_home.c_str(), 1);
-        ::setenv("XDG_CONFIG_HOME", (m_home + "/config").c_str(), 1);
-        ::setenv("XDG_CACHE_HOME", (m_home + "/cache").c_str(), 1);
-        const int devNull = ::open("/dev/null", O_WRONLY);
-        ::dup2(devNull, STDOUT_FILENO);
-        ::dup2(devNull, STDERR_FILENO);
-        ::execlp("openbox", "openbox", "--sm-disable", static_cast<char*>(nullptr));
-        ::_exit(127);
-    }
-    Display* watcher = XOpenDisplay(display.c_str());
-    if (!watcher)
-        return;
-    // openbox names itself on the root before it takes over the map
-    // requests; a window mapped in between stays unmanaged. Ready means a
-    // freshly mapped probe window turns up in its client list.
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!m_managing && std::chrono::steady_clock::now() < end) {
-        if (RootWindowList(watcher, "_NET_SUPPORTING_WM_CHECK").size() != 1) {
-            Sleep(50);
-            continue;
-        }
-        const Window probe = XCreateSimpleWindow(watcher, DefaultRootWindow(watcher), 0, 0, 10, 10, 0, 0, 0);
-        XMapWindow(watcher, probe);
-        XSync(watcher, False);
-        for (int i = 0; i < 20 && !m_managing; ++i) {
-            for (Window w : RootWindowList(watcher, "_NET_CLIENT_LIST"))
-                m_managing = m_managing || w == probe;
-            if (!m_managing)
-                Sleep(25);
-        }
-        XDestroyWindow(watcher, probe);
-        XSync(watcher, False);
-    }
-    XCloseDisplay(watcher);
-}
-
-OpenboxProcess::~OpenboxProcess()
-{
-    if (m_pid > 0) {
-        ::kill(m_pid, SIGTERM);
-        int status = 0;
-        ::waitpid(m_pid, &status, 0);
-    }
-    if (!m_home.empty())
-        wxFileName::Rmdir(m_home, wxPATH_RMDIR_RECURSIVE);
+    Display* display = XOpenDisplay(nullptr);
+    if (!display)
+        return false;
+    const bool runs = RootWindowList(display, "_NET_SUPPORTING_WM_CHECK").size() == 1;
+    XCloseDisplay(display);
+    return runs;
 }
 
 TestWindow::TestWindow(const TestWindowOptions& options)
@@ -255,47 +179,14 @@ void TestWindow::TakeFocus()
     XSync(m_display, False);
 }
 
-XvfbServer* DisplayJobTest::s_server = nullptr;
-
 void DisplayJobTest::SetUpTestSuite()
 {
-    s_server = new XvfbServer("1280x720x24");
     RegisterWindowAndInputJobActions();
 }
 
 void DisplayJobTest::TearDownTestSuite()
 {
     ClearJobActions();
-    delete s_server;
-    s_server = nullptr;
-}
-
-void DisplayJobTest::SetUp()
-{
-    ASSERT_TRUE(s_server && s_server->IsRunning());
-    ::setenv("DISPLAY", s_server->Display().c_str(), 1);
-    ::setenv("XDG_SESSION_TYPE", "x11", 1);
-    m_previousLog = wxLog::SetActiveTarget(&log);
-}
-
-void DisplayJobTest::TearDown()
-{
-    wxLog::FlushActive();
-    wxLog::SetActiveTarget(m_previousLog);
-    ::unsetenv("DISPLAY");
-    ::unsetenv("XDG_SESSION_TYPE");
-}
-
-void DisplayJobTest::RunJob(std::uint32_t kind, const ParamList& params, std::int32_t jid)
-{
-    std::unique_ptr<Job> job = CreateJob(kind);
-    ASSERT_TRUE(job);
-    JobParam param;
-    param.id = jid;
-    param.type = kind;
-    param.params = params;
-    job->SetParam(param);
-    job->Execute();
 }
 
 void DisplayJobTest::RunJobWhilePumping(std::uint32_t kind, const ParamList& params,

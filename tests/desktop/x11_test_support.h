@@ -1,57 +1,23 @@
 #pragma once
-// Real X clients for the window, screenshot and input job tests: a private
-// Xvfb for the whole program, openbox when window-manager behaviour
-// matters, and test windows on connections of their own that record what
-// reached them.
+// Real X clients for the window, screenshot and input job tests, on the X
+// display of the launcher (tests/support/desktop_session.sh): test windows
+// on connections of their own that record what reached them.
 
 #include <cstdint>
+#include <cstdlib>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <wx/log.h>
 
-#include "core/jobs/job.h"
-#include "recorded_messages.h"
-#include "xvfb_server.h"
+#include "harness.h"
 
 // Xlib's macros (None, Bool, Status) clash with gtest; its types stay out of
 // this header.
 struct _XDisplay;
 union _XEvent;
-
-// Keeps every log record; worker-thread records are flushed first.
-class CapturedLog : public wxLog {
-public:
-    std::vector<std::string> Lines();
-    bool Has(const std::string& part);
-
-protected:
-    void DoLogRecord(wxLogLevel level, const wxString& msg, const wxLogRecordInfo& info) override;
-
-private:
-    std::mutex m_mutex;
-    std::vector<std::string> m_lines;
-};
-
-// openbox on the test display, stopped by its pid.
-class OpenboxProcess {
-public:
-    explicit OpenboxProcess(const std::string& display);
-    ~OpenboxProcess();
-    OpenboxProcess(const OpenboxProcess&) = delete;
-    OpenboxProcess& operator=(const OpenboxProcess&) = delete;
-    // True once openbox announces itself (EWMH check window) on the root.
-    bool IsManaging() const { return m_managing; }
-
-private:
-    pid_t m_pid = -1;
-    bool m_managing = false;
-    std::string m_home;
-};
 
 struct KeyRecord {
     bool press;
@@ -108,33 +74,32 @@ private:
     bool m_mapped = false;
 };
 
-// Xvfb (1280 x 720) for the whole suite; each test runs with DISPLAY on it,
-// a session type of x11, messages and log lines recorded.
+// Each test runs on the launcher's display (1280 x 1024) in a session of
+// type x11, with messages and log lines recorded; the display variables are
+// put back afterwards.
 class DisplayJobTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite();
     static void TearDownTestSuite();
-    void SetUp() override;
-    void TearDown() override;
 
-    static void RunJob(std::uint32_t kind, const ParamList& params, std::int32_t jid = 7);
     // Runs the job on a thread of its own, as the scheduler does, while the
     // windows handle their events, as running programs do.
     static void RunJobWhilePumping(std::uint32_t kind, const ParamList& params,
                                    const std::vector<TestWindow*>& windows);
-    static const std::string& DisplayName() { return s_server->Display(); }
-    std::vector<std::string> Boxes() const { return messages.Texts(RecordedMessage::Kind::Box); }
+    std::vector<std::string> Boxes() const { return messages.Boxes(); }
 
     static constexpr int kScreenWidth = 1280;
-    static constexpr int kScreenHeight = 720;
+    static constexpr int kScreenHeight = 1024;
 
+    ScopedEnv display{"DISPLAY", std::getenv("DISPLAY")};
+    ScopedEnv sessionType{"XDG_SESSION_TYPE", "x11"};
     RecordedMessages messages;
     CapturedLog log;
-
-private:
-    static XvfbServer* s_server;
-    wxLog* m_previousLog = nullptr;
 };
+
+// True when a window manager runs on the display (close requests then go
+// through it).
+bool WindowManagerRuns();
 
 // Code point of a keysym: Latin-1 keysyms are their own code, the others
 // 0x01000000 + code point; 0 for anything else (modifiers, Return).

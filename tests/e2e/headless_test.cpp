@@ -6,65 +6,45 @@
 #include <thread>
 
 #include <gtest/gtest.h>
-#include <wx/dir.h>
 #include <wx/filename.h>
-#include <wx/init.h>
 
 #include "core/scheduler.h"
-#include "headless_process.h"
-#include "../core/test_support.h"
-
-namespace {
-
-const char* const kEveryTwoSeconds =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-    "<SCHEDULER>\n"
-    " <JOB><ID>0</ID><TYPE>0</TYPE><DESC>Tea</DESC><ENABLE>1</ENABLE><JINTERVAL>0</JINTERVAL>"
-    "<TID>1</TID><JID></JID><INFO>Drink tea $ 1</INFO></JOB>\n"
-    " <TRIGGER><ID>1</ID><TYPE>2</TYPE><CONDITION>0/2 * * * * ?</CONDITION>"
-    "<PREVFIRE>0 0 0 1 1 * 1999</PREVFIRE><NEXTFIRE>0 0 0 1 1 * 1999</NEXTFIRE>"
-    "<START>0 0 0 1 1 * 1999</START><END>59 59 23 31 12 * 2999</END></TRIGGER>\n"
-    "</SCHEDULER>\n";
-
-std::string Path(const wxString& path)
-{
-    return std::string(path.utf8_str());
-}
-
-
-}  // namespace
+#include "e2e_support.h"
 
 TEST(Headless, RunsUntilSigtermAndSavesTheAdvancedTimes)
 {
     TempDir dir;
-    WriteFileBytes(dir.File("app/data/data1.xml"), kEveryTwoSeconds);
+    const std::string app = dir.File("app").utf8_string();
+    const std::string home = dir.File("home").utf8_string();
+    WriteFileBytes(dir.File("app/data/data1.xml"),
+                   DataFile(Job(0, 0, "Tea", true, 0, "1", "", "Drink tea $ 1"), IntervalTrigger(1, "0/2 * * * * ?")));
     wxFileName::Mkdir(dir.File("home"), 0700, wxPATH_MKDIR_FULL);
-    HeadlessProcess process(Path(dir.File("app")), Path(dir.File("home")));
-    ASSERT_TRUE(process.Start());
+    ChildProcess program;
+    ASSERT_TRUE(program.Start({CADRELLE_BINARY, "--headless", "--app-dir", app}, home + "/out.txt",
+                              ProgramEnvironment(home)));
     std::this_thread::sleep_for(std::chrono::milliseconds(5500));
 
     // A second scheduler for the same user is refused.
-    std::string second;
-    EXPECT_EQ(RunCadrelle(Path(dir.File("home")), {"--headless", "--app-dir", Path(dir.File("other"))}, second), 1);
-    EXPECT_NE(second.find("Another program instance is already running, aborting."), std::string::npos) << second;
+    const ProcessResult second = RunProcess({CADRELLE_BINARY, "--headless", "--app-dir", dir.File("other").utf8_string()},
+                                            ProgramEnvironment(home), 10000);
+    EXPECT_EQ(second.status, 1);
+    EXPECT_NE((second.out + second.err).find("Another program instance is already running, aborting."),
+              std::string::npos);
 
-    EXPECT_EQ(process.Stop(SIGTERM), 0);
-    const std::string log = LogText(Path(dir.File("app")));
-    EXPECT_NE(log.find(">>> Cadrelle Start >>>"), std::string::npos) << log;
-    EXPECT_NE(log.find("->> [JID_0, ThreadID_"), std::string::npos) << log;
-    // An important reminder has no window to go to: the job thread writes
-    // it to the log, and its line reaches the file through the main thread.
-    EXPECT_NE(log.find("### [JID_0] Reminder (important): Drink tea"), std::string::npos) << log;
-    EXPECT_NE(log.find("<<- [JID_0, ThreadID_"), std::string::npos) << log;
-    EXPECT_NE(log.find("SaveSchedulerData(true) Completed"), std::string::npos) << log;
-    EXPECT_NE(log.find("SaveSettingParam() Completed"), std::string::npos) << log;
+    EXPECT_EQ(program.Stop(SIGTERM), 0);
+    const std::string log = LogText(dir.File("app"));
+    for (const char* line : {">>> Cadrelle Start >>>", "->> [JID_0, ThreadID_",
+                             // An important reminder has no window to go to: the job thread
+                             // writes it to the log, which reaches the file through the main thread.
+                             "### [JID_0] Reminder (important): Drink tea", "<<- [JID_0, ThreadID_",
+                             "SaveSchedulerData(true) Completed", "SaveSettingParam() Completed",
+                             "<<< Cadrelle End <<<"})
+        EXPECT_NE(log.find(line), std::string::npos) << line << " in\n" << log;
     // The preferences went to the test's own configuration folder.
     EXPECT_TRUE(wxFileName::FileExists(dir.File("home/.config/Cadrelle/Cadrelle.conf")));
-    EXPECT_NE(log.find("<<< Cadrelle End <<<"), std::string::npos) << log;
     // The second start was refused before it opened any log of its own.
-    EXPECT_EQ(LogText(Path(dir.File("other"))), "");
+    EXPECT_EQ(LogText(dir.File("other")), "");
 
-    wxInitializer init;
     Scheduler saved(dir.File("app"));
     saved.LoadSchedulerData(false);
     ASSERT_EQ(saved.Triggers().size(), 1u);
@@ -74,15 +54,16 @@ TEST(Headless, RunsUntilSigtermAndSavesTheAdvancedTimes)
     EXPECT_LT((wxDateTime::Now() - prev).GetSeconds().ToLong(), 10);
 }
 
-TEST(Headless, SigintEndsItTheSameWay)
+TEST(Headless, SigintEndsItTheSameWayAndAnEmptySchedulerStillSaves)
 {
     TempDir dir;
+    const std::string home = dir.File("home").utf8_string();
     wxFileName::Mkdir(dir.File("home"), 0700, wxPATH_MKDIR_FULL);
-    HeadlessProcess process(Path(dir.File("app")), Path(dir.File("home")));
-    ASSERT_TRUE(process.Start());
+    ChildProcess program;
+    ASSERT_TRUE(program.Start({CADRELLE_BINARY, "--headless", "--app-dir", dir.File("app").utf8_string()}, "",
+                              ProgramEnvironment(home)));
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
-    EXPECT_EQ(process.Stop(SIGINT), 0);
-    EXPECT_NE(LogText(Path(dir.File("app"))).find("<<< Cadrelle End <<<"), std::string::npos);
-    // An empty scheduler still writes its (empty) working copy on the way out.
+    EXPECT_EQ(program.Stop(SIGINT), 0);
+    EXPECT_NE(LogText(dir.File("app")).find("<<< Cadrelle End <<<"), std::string::npos);
     EXPECT_TRUE(wxFileName::FileExists(dir.File("app/data/data1.xml")));
 }

@@ -15,8 +15,7 @@
 #include <gtest/gtest.h>
 #include <wx/filename.h>
 
-#include "headless_process.h"
-#include "../core/test_support.h"
+#include "e2e_support.h"
 
 namespace {
 
@@ -46,21 +45,16 @@ TEST(HeadlessUdp, IntervalFiresAtEvenSecondsAndTheChainFollowsAfterItsInterval)
     const unsigned port = ntohs(addr.sin_port);
 
     TempDir dir;
-    const std::string data = wxString::Format(
-        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<SCHEDULER>\n"
-        " <JOB><ID>0</ID><TYPE>10</TYPE><DESC>tick</DESC><ENABLE>1</ENABLE><JINTERVAL>500</JINTERVAL>"
-        "<TID>1</TID><JID>1</JID><INFO>tick $ 0 $ 0 $ 127.0.0.1 $ %u</INFO></JOB>\n"
-        " <JOB><ID>1</ID><TYPE>10</TYPE><DESC>tock</DESC><ENABLE>0</ENABLE><JINTERVAL>0</JINTERVAL>"
-        "<TID></TID><JID></JID><INFO>tock $ 0 $ 0 $ 127.0.0.1 $ %u</INFO></JOB>\n"
-        " <TRIGGER><ID>1</ID><TYPE>2</TYPE><CONDITION>0/2 * * * * ?</CONDITION>"
-        "<PREVFIRE>0 0 0 1 1 * 1999</PREVFIRE><NEXTFIRE>0 0 0 1 1 * 1999</NEXTFIRE>"
-        "<START>0 0 0 1 1 * 1999</START><END>59 59 23 31 12 * 2999</END></TRIGGER>\n"
-        "</SCHEDULER>\n",
-        port, port).utf8_str().data();
-    WriteFileBytes(dir.File("app/data/data1.xml"), data);
+    const std::string info = "0 $ 0 $ 127.0.0.1 $ " + std::to_string(port);
+    WriteFileBytes(dir.File("app/data/data1.xml"),
+                   DataFile(Job(0, 10, "tick", true, 500, "1", "1", "tick $ " + info) +
+                                Job(1, 10, "tock", false, 0, "", "", "tock $ " + info),
+                            IntervalTrigger(1, "0/2 * * * * ?")));
+    const std::string home = dir.File("home").utf8_string();
     wxFileName::Mkdir(dir.File("home"), 0700, wxPATH_MKDIR_FULL);
-    HeadlessProcess process(std::string(dir.File("app").utf8_str()), std::string(dir.File("home").utf8_str()));
-    ASSERT_TRUE(process.Start());
+    ChildProcess process;
+    ASSERT_TRUE(process.Start({CADRELLE_BINARY, "--headless", "--app-dir", dir.File("app").utf8_string()}, "",
+                              ProgramEnvironment(home)));
 
     std::vector<Arrival> arrivals;
     const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(9000);

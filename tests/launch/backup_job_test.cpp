@@ -11,8 +11,6 @@
 #include "core/jobs/job_actions.h"
 #include "desktop/jobs/launch_jobs.h"
 #include "launch_test_support.h"
-#include "recorded_messages.h"
-#include "../core/test_support.h"
 
 namespace fs = std::filesystem;
 using namespace launch_test;
@@ -49,7 +47,6 @@ protected:
     void SetUp() override
     {
         RegisterLaunchJobActions();
-        m_previousLog = wxLog::SetActiveTarget(&log);
         source = fs::u8path(dir.Path().utf8_string()) / "source tree";
         destination = fs::u8path(dir.Path().utf8_string()) / "backups" / "not yet there";
         fs::create_directories(source / "docs" / "deep");
@@ -65,8 +62,6 @@ protected:
 
     void TearDown() override
     {
-        wxLog::FlushActive();
-        wxLog::SetActiveTarget(m_previousLog);
         ClearJobActions();
     }
 
@@ -96,9 +91,6 @@ protected:
     fs::path destination;
     RecordedMessages messages;
     CapturedLog log;
-
-private:
-    wxLog* m_previousLog = nullptr;
 };
 
 TEST_F(BackupJobTest, CopiesOnlyWhatChangedSinceTheLastRun)

@@ -16,7 +16,6 @@
 #include "core/jobs/job_actions.h"
 #include "desktop/jobs/launch_jobs.h"
 #include "launch_test_support.h"
-#include "recorded_messages.h"
 
 namespace fs = std::filesystem;
 using namespace launch_test;
@@ -33,7 +32,6 @@ protected:
     void SetUp() override
     {
         RegisterLaunchJobActions();
-        m_previousLog = wxLog::SetActiveTarget(&log);
         SetSettings(&settings);
         ClearRecordedCalls();
         fs::remove_all(GetSession().work);
@@ -52,8 +50,6 @@ protected:
         }
         EXPECT_EQ(StrayChildren(), std::vector<std::string>()) << "a launch left a child behind";
         SetSettings(nullptr);
-        wxLog::FlushActive();
-        wxLog::SetActiveTarget(m_previousLog);
         ::unsetenv("TERMINAL");
         ClearJobActions();
     }
@@ -74,9 +70,6 @@ protected:
     RecordedMessages messages;
     CapturedLog log;
     ChosenSettings settings;
-
-private:
-    wxLog* m_previousLog = nullptr;
 };
 
 TEST_F(LaunchJobTest, DefaultApplicationsReceiveExactlyTheTarget)

@@ -6,19 +6,11 @@
 #include <fstream>
 #include <memory>
 #include <sstream>
-#include <thread>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <wx/init.h>
-#include <wx/thread.h>
 
-#include "../core/test_support.h"
-#include "xvfb_server.h"
-
-// Last: its macros (None, Bool) clash with names in the headers above.
-#include <X11/Xlib.h>
 
 namespace fs = std::filesystem;
 
@@ -62,8 +54,6 @@ class LaunchEnvironment : public ::testing::Environment {
 public:
     void SetUp() override
     {
-        m_init = std::make_unique<wxInitializer>();
-        delete wxLog::SetActiveTarget(nullptr);
         m_root = std::make_unique<TempDir>();
         g_session.root = m_root->Path().utf8_string();
         g_session.bin = g_session.root + "/bin";
@@ -90,14 +80,7 @@ public:
                                              "inode/directory=cadrelle-test-files.desktop\n"
                                              "text/plain=cadrelle-test-files.desktop\n");
 
-        m_xvfb = std::make_unique<XvfbServer>();
-        ASSERT_TRUE(m_xvfb->IsRunning()) << "Xvfb could not be started";
-        SetEnv("DISPLAY", m_xvfb->Display());
-        // A desktop always has clients; without one, the server resets each
-        // time the launcher's display check disconnects, and refuses
-        // connections while it does.
-        m_client = XOpenDisplay(m_xvfb->Display().c_str());
-        ASSERT_NE(m_client, nullptr);
+        ASSERT_TRUE(std::getenv("DISPLAY")) << "run under tests/support/desktop_session.sh";
         ::unsetenv("WAYLAND_DISPLAY");
         SetEnv("HOME", g_session.root + "/home");
         SetEnv("XDG_DATA_HOME", data);
@@ -117,20 +100,10 @@ public:
         SetEnv("PATH", g_session.bin + ":" + std::string(std::getenv("PATH") ? std::getenv("PATH") : "/usr/bin:/bin"));
     }
 
-    void TearDown() override
-    {
-        if (m_client)
-            XCloseDisplay(m_client);
-        m_xvfb.reset();
-        m_root.reset();
-        m_init.reset();
-    }
+    void TearDown() override { m_root.reset(); }
 
 private:
-    std::unique_ptr<wxInitializer> m_init;
     std::unique_ptr<TempDir> m_root;
-    std::unique_ptr<XvfbServer> m_xvfb;
-    Display* m_client = nullptr;
 };
 
 [[maybe_unused]] ::testing::Environment* const g_environment =
@@ -178,21 +151,10 @@ void ClearRecordedCalls()
         fs::remove(entry.path());
 }
 
-std::vector<std::vector<std::string>> WaitForCalls(std::size_t count, std::chrono::milliseconds timeout)
+std::vector<std::vector<std::string>> WaitForCalls(std::size_t count)
 {
-    WaitUntil([count] { return RecordedCalls().size() >= count; }, timeout);
+    WaitUntil([count] { return RecordedCalls().size() >= count; });
     return RecordedCalls();
-}
-
-bool WaitUntil(const std::function<bool()>& done, std::chrono::milliseconds timeout)
-{
-    const auto deadline = std::chrono::steady_clock::now() + timeout;
-    while (!done()) {
-        if (std::chrono::steady_clock::now() > deadline)
-            return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-    return true;
 }
 
 std::vector<std::string> StrayChildren()
@@ -213,34 +175,16 @@ std::vector<std::string> StrayChildren()
         std::string parent;
         rest >> state >> parent;
         const std::string comm = stat.substr(stat.find('(') + 1, close - stat.find('(') - 1);
-        if (parent == self && comm != "Xvfb")
+        if (parent == self)
             stray.push_back(name + " " + comm + " " + state);
     }
     return stray;
 }
 
-
 wxString ChosenSettings::GetSetting(const wxString& name) const
 {
     const auto found = values.find(name);
     return found != values.end() ? found->second : DefaultSettings().GetSetting(name);
-}
-
-wxString RunJob(std::uint32_t kind, const ParamList& params, std::int32_t jid)
-{
-    std::unique_ptr<Job> job = CreateJob(kind);
-    if (!job) {
-        ADD_FAILURE() << "no job of kind " << kind;
-        return {};
-    }
-    JobParam param;
-    param.id = jid;
-    param.type = kind;
-    param.description = "Test job";
-    param.params = params;
-    job->SetParam(param);
-    job->Execute();
-    return job->GetSummary();
 }
 
 std::string ReadText(const std::string& path)

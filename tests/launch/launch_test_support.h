@@ -1,22 +1,15 @@
 #pragma once
 // The session the launch tests run in, made before anything touches GIO (it
-// caches what it reads): a private Xvfb, HOME and the XDG folders in a
-// temporary folder, recorder handlers registered as the default applications,
-// and no session bus. Also log capture and small helpers.
+// caches what it reads): the launcher's X display, HOME and the XDG folders
+// in a temporary folder, recorder handlers registered as the default
+// applications, and no session bus.
 
-#include <chrono>
-#include <cstdint>
-#include <functional>
 #include <map>
-#include <mutex>
 #include <string>
 #include <vector>
 
-#include <wx/log.h>
-
-#include "core/jobs/job.h"
-#include "captured_log.h"
 #include "core/settings_lookup.h"
+#include "harness.h"
 
 namespace launch_test {
 
@@ -33,13 +26,10 @@ const Session& GetSession();
 std::vector<std::vector<std::string>> RecordedCalls();
 void ClearRecordedCalls();
 // Waits until `count` calls were recorded, or the time-out passed.
-std::vector<std::vector<std::string>> WaitForCalls(std::size_t count,
-                                                   std::chrono::milliseconds timeout = std::chrono::seconds(10));
+std::vector<std::vector<std::string>> WaitForCalls(std::size_t count);
 
-bool WaitUntil(const std::function<bool()>& done, std::chrono::milliseconds timeout = std::chrono::seconds(10));
-
-// Child processes of this test program other than its Xvfb: a launch must
-// leave none (a zombie or a child still waited for).
+// Child processes of this test program: a launch must leave none (a zombie
+// or a child still waited for).
 std::vector<std::string> StrayChildren();
 
 // Preferences with chosen values; the rest are the defaults.
@@ -48,10 +38,6 @@ public:
     std::map<wxString, wxString> values;
     wxString GetSetting(const wxString& name) const override;
 };
-
-// Runs a job of `kind` with `params` on the calling thread; returns its
-// summary (what the notices start with).
-wxString RunJob(std::uint32_t kind, const ParamList& params, std::int32_t jid = 7);
 
 std::string ReadText(const std::string& path);
 void WriteText(const std::string& path, const std::string& text, bool executable = false);

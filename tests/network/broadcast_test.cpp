@@ -3,20 +3,17 @@
 // `unshare -rn`: a user and network namespace of its own, with its loopback
 // brought up and a broadcast route on it, and the listener inside too.
 
-#include <cstdio>
 #include <iterator>
 #include <cstdlib>
 #include <string>
 
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include "broadcast_namespace.h"
 #include "loopback_peers.h"
-#include "network_test_support.h"
 
 namespace {
 
@@ -33,18 +30,12 @@ unsigned long OwnNamespaceInode()
     return ::stat("/proc/self/ns/net", &own) == 0 ? static_cast<unsigned long>(own.st_ino) : 0;
 }
 
-// Runs `command`, returning its exit status and everything it printed.
+// Runs `command` in a shell; its exit status, and what it printed.
 int RunCommand(const std::string& command, std::string* output)
 {
-    FILE* pipe = ::popen((command + " 2>&1").c_str(), "r");
-    if (!pipe)
-        return -1;
-    char buffer[4096];
-    std::size_t got = 0;
-    while ((got = std::fread(buffer, 1, sizeof buffer, pipe)) > 0)
-        output->append(buffer, got);
-    const int status = ::pclose(pipe);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    const ProcessResult run = RunProcess({"sh", "-c", command});
+    *output = run.out + run.err;
+    return run.status;
 }
 
 std::string ExpectedWakeOnLanPacket()
@@ -87,7 +78,7 @@ public:
             ASSERT_EQ(got.size(), 1u);
             EXPECT_EQ(got[0].bytes, ExpectedWakeOnLanPacket());
             EXPECT_EQ(got[0].destination, "255.255.255.255");
-            EXPECT_TRUE(messages.Shown().empty());
+            EXPECT_TRUE(messages.All().empty());
             break;
         }
         case Case::WakeOnLanBadPortSendsNothing:
@@ -110,11 +101,11 @@ public:
             };
             for (const auto& c : cases)
                 RunJob(NJobTypeWakeOnLan, c.params);
-            const std::vector<std::pair<wxString, wxString>> shown = messages.Shown();
+            const std::vector<RecordedMessage> shown = messages.All();
             ASSERT_EQ(shown.size(), std::size(cases));
             for (std::size_t i = 0; i < shown.size(); ++i) {
-                EXPECT_EQ(shown[i].first, cases[i].text);
-                EXPECT_EQ(shown[i].second, "Cadrelle");
+                EXPECT_EQ(shown[i].text, cases[i].text);
+                EXPECT_EQ(shown[i].caption, "Cadrelle");
             }
             EXPECT_TRUE(receiver.Receive(500).empty());
             EXPECT_FALSE(log.Has("UDP socket"));

@@ -275,3 +275,11 @@ std::uint16_t ClosedLoopbackPort()
     ::close(fd);
     return port;
 }
+
+std::string Bytes(std::initializer_list<int> values)
+{
+    std::string bytes;
+    for (int v : values)
+        bytes += static_cast<char>(v);
+    return bytes;
+}

@@ -11,6 +11,10 @@
 #include <thread>
 #include <vector>
 
+#include <gtest/gtest.h>
+
+#include "harness.h"
+
 struct Datagram {
     std::string bytes;
     std::string destination;  // the address the sender aimed at
@@ -103,3 +107,16 @@ private:
 
 // A port on 127.0.0.1 where nothing listens (bound, then closed).
 std::uint16_t ClosedLoopbackPort();
+
+// Each network test with its own log and message captures.
+class NetworkJobTest : public ::testing::Test {
+protected:
+    CapturedLog log;
+    RecordedMessages messages;
+};
+
+std::string Bytes(std::initializer_list<int> values);
+inline wxString PortText(std::uint16_t port)
+{
+    return wxString::Format("%u", static_cast<unsigned>(port));
+}

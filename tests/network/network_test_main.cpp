@@ -9,7 +9,6 @@
 #include <sys/stat.h>
 
 #include <gtest/gtest.h>
-#include <wx/init.h>
 
 #include "broadcast_namespace.h"
 #include "desktop/jobs/network_jobs.h"
@@ -30,12 +29,8 @@ int main(int argc, char** argv)
         argc -= 2;
         argv += 2;
     }
+    // wxBase is started by the harness's global environment.
     ::testing::InitGoogleTest(&argc, argv);
-    wxInitializer wx;
-    if (!wx.IsOk()) {
-        std::cerr << "wxWidgets could not be initialised" << std::endl;
-        return 2;
-    }
     RegisterNetworkJobActions();
     if (child) {
         RegisterNamespaceBroadcastTests();

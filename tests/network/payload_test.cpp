@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "desktop/jobs/network_payload.h"
-#include "network_test_support.h"
+#include "loopback_peers.h"
 
 namespace {
 

@@ -3,20 +3,12 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
-#include <cstdlib>
-#include <fstream>
-#include <signal.h>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 #include <gtest/gtest.h>
 
-#include "../core/test_support.h"
 #include "desktop/jobs/web_refresh.h"
 #include "loopback_peers.h"
-#include "network_test_support.h"
 
 namespace {
 
@@ -143,47 +135,31 @@ TEST_F(RefreshUrlJob, RunsOnAWorkerThreadAndCanBeCancelled)
 
 TEST_F(RefreshUrlJob, SelfSignedCertificateIsRefused)
 {
-    if (std::system("command -v openssl >/dev/null 2>&1 && command -v python3 >/dev/null 2>&1") != 0)
-        GTEST_SKIP() << "needs openssl and python3 for a local TLS server";
     TempDir dir;
-    const std::string key = dir.File("key.pem").ToStdString();
-    const std::string cert = dir.File("cert.pem").ToStdString();
-    const std::string portFile = dir.File("port").ToStdString();
-    ASSERT_EQ(std::system(("openssl req -x509 -newkey rsa:2048 -nodes -days 1 -subj /CN=127.0.0.1 -keyout '" + key +
-                           "' -out '" + cert + "' >/dev/null 2>&1")
-                              .c_str()),
+    const std::string key = dir.File("key.pem").utf8_string();
+    const std::string cert = dir.File("cert.pem").utf8_string();
+    const std::string portFile = dir.File("port").utf8_string();
+    ASSERT_EQ(RunProcess({"openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "1", "-subj",
+                          "/CN=127.0.0.1", "-keyout", key, "-out", cert})
+                  .status,
               0);
     // A one-request TLS server on 127.0.0.1, telling its port through a file.
     const char* script =
-        "import socket, ssl, sys\n"
+        "import os, socket, ssl, sys\n"
         "ctx = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)\n"
         "ctx.load_cert_chain(sys.argv[1], sys.argv[2])\n"
         "s = socket.socket(); s.bind(('127.0.0.1', 0)); s.listen(4); s.settimeout(20)\n"
         "open(sys.argv[3] + '.tmp', 'w').write(str(s.getsockname()[1]))\n"
-        "import os; os.rename(sys.argv[3] + '.tmp', sys.argv[3])\n"
+        "os.rename(sys.argv[3] + '.tmp', sys.argv[3])\n"
         "c, _ = s.accept()\n"
         "try:\n"
         "    ctx.wrap_socket(c, server_side=True).recv(100)\n"
         "except Exception:\n"
         "    pass\n";
-    const pid_t pid = ::fork();
-    ASSERT_GE(pid, 0);
-    if (pid == 0) {
-        ::execlp("python3", "python3", "-c", script, cert.c_str(), key.c_str(), portFile.c_str(),
-                 static_cast<char*>(nullptr));
-        ::_exit(127);
-    }
-    int port = 0;
-    for (int i = 0; i < 200 && port == 0; ++i) {
-        std::ifstream in(portFile);
-        if (!(in >> port))
-            std::this_thread::sleep_for(std::chrono::milliseconds(25));
-    }
-    if (port > 0)
-        RunJob(NJobTypeRefreshUrl, {wxString::Format("https://127.0.0.1:%d/", port)}, 2);
-    ::kill(pid, SIGTERM);
-    ::waitpid(pid, nullptr, 0);
-    ASSERT_GT(port, 0) << "the TLS server did not start";
+    ChildProcess server;
+    ASSERT_TRUE(server.Start({"/usr/bin/python3", "-c", script, cert, key, portFile}));
+    ASSERT_TRUE(WaitUntil([&] { return !ReadFileBytes(wxString::FromUTF8(portFile)).empty(); })) << "no TLS server";
+    RunJob(NJobTypeRefreshUrl, {"https://127.0.0.1:" + wxString::FromUTF8(ReadFileBytes(wxString::FromUTF8(portFile))) + "/"}, 2);
     const std::vector<wxString> failed = log.Matching("Failed: ");
     ASSERT_EQ(failed.size(), 1u);
     EXPECT_TRUE(failed[0].Lower().Contains("certificate")) << failed[0];

@@ -2,6 +2,14 @@
 
 #include <wx/thread.h>
 
+CapturedLog::~CapturedLog()
+{
+    if (wxThread::IsMain())
+        wxLog::FlushActive();
+    if (wxLog::GetActiveTarget() == this)
+        wxLog::SetActiveTarget(m_previous);
+}
+
 std::vector<wxString> CapturedLog::Lines()
 {
     if (wxThread::IsMain())

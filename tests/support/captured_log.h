@@ -1,19 +1,24 @@
 #pragma once
-// Log records captured for tests that assert on the lines a job writes.
+// The one log capture of the tests: every record while the object lives
+// (it makes itself the active log target and puts the previous one back).
 
 #include <mutex>
 #include <vector>
 
 #include <wx/log.h>
 
-// Keeps every log record. Records of worker threads are queued by the
-// toolkit until the main thread flushes, which Lines() does first.
 class CapturedLog : public wxLog {
 public:
+    CapturedLog() : m_previous(wxLog::SetActiveTarget(this)) {}
+    ~CapturedLog() override;
+    CapturedLog(const CapturedLog&) = delete;
+    CapturedLog& operator=(const CapturedLog&) = delete;
+
+    // Records of worker threads are queued until the main thread flushes,
+    // which Lines() does first when called there.
     std::vector<wxString> Lines();
-    // The lines that contain `part`.
     std::vector<wxString> Matching(const wxString& part);
-    bool Has(const wxString& part) { return !Matching(part).empty(); }
+    bool Has(const wxString& part) { return IndexOf(part) >= 0; }
     // Position of the first line containing `part`, or -1.
     int IndexOf(const wxString& part);
 
@@ -21,6 +26,7 @@ protected:
     void DoLogRecord(wxLogLevel level, const wxString& msg, const wxLogRecordInfo& info) override;
 
 private:
+    wxLog* m_previous;
     std::mutex m_mutex;
     std::vector<wxString> m_lines;
 };

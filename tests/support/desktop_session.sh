@@ -3,22 +3,31 @@
 # (xvfb-run -a picks a free display), a private session bus, and openbox as
 # window manager so that focus, minimising and close requests behave as on a
 # real desktop. Usage: desktop_session.sh PROGRAM [ARGS...]
+# CADRELLE_NO_WM=1 leaves the window manager out (windows stay where they
+# are put, close requests go to the windows themselves). -noreset: without a
+# window manager the server would otherwise reset, and refuse connections
+# for a moment, each time its last client leaves.
 set -uo pipefail
 if [ -z "${CADRELLE_IN_DESKTOP_SESSION:-}" ]; then
   export CADRELLE_IN_DESKTOP_SESSION=1
-  exec xvfb-run -a -s "-screen 0 1280x1024x24 -nolisten tcp" \
+  exec xvfb-run -a -s "-screen 0 1280x1024x24 -nolisten tcp -noreset" \
     dbus-run-session -- "$0" "$@"
 fi
 export GDK_BACKEND=x11 NO_AT_BRIDGE=1
-openbox --sm-disable >/dev/null 2>&1 &
-wm=$!
-# The window manager is ready once it owns the WM_S0 selection.
-for _ in $(seq 1 100); do
-  xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' && break
-  sleep 0.05
-done
+wm=
+if [ -z "${CADRELLE_NO_WM:-}" ]; then
+  openbox --sm-disable >/dev/null 2>&1 &
+  wm=$!
+  # The window manager is ready once it owns the WM_S0 selection.
+  for _ in $(seq 1 100); do
+    xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' && break
+    sleep 0.05
+  done
+fi
 "$@"
 rc=$?
-kill "$wm" 2>/dev/null
-wait "$wm" 2>/dev/null
+if [ -n "$wm" ]; then
+  kill "$wm" 2>/dev/null
+  wait "$wm" 2>/dev/null
+fi
 exit $rc

@@ -1,0 +1,115 @@
+#pragma once
+// The one harness of the test programs: waiting with a deadline, child
+// processes, scoped environment variables, what jobs tell the user, and
+// running a job of any kind. Temporary folders and file bytes come from
+// test_support.h, the log capture from captured_log.h. Linked into every
+// test program, it also starts wxBase once on the main thread (worker log
+// records are then queued for the main thread, as in the program).
+
+#include <chrono>
+#include <condition_variable>
+#include <csignal>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <sys/types.h>
+
+#include "../core/test_support.h"
+#include "captured_log.h"
+#include "core/jobs/job.h"
+#include "core/user_messages.h"
+
+// Polls `done` until it holds or `timeoutMs` passed; returns done().
+bool WaitUntil(const std::function<bool()>& done, int timeoutMs = 10000);
+
+// Variables set (or, with no value, removed) in a child on top of ours.
+using ChildEnvironment = std::vector<std::pair<std::string, std::optional<std::string>>>;
+
+// A child process, ended by its id (SIGKILL) if still running when the
+// object goes.
+class ChildProcess {
+public:
+    ChildProcess() = default;
+    ~ChildProcess();
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+    // Starts `argv` (PATH searched); stdout to `outPath` and stderr to
+    // `errPath` ("" = the same file as stdout; both "" = /dev/null).
+    bool Start(const std::vector<std::string>& argv, const std::string& outPath = "",
+               const ChildEnvironment& environment = {}, const std::string& errPath = "");
+    // Sends `signal` (0: none) and waits up to `limitMs`, then kills. The
+    // exit status; -1 when it ended by a signal or was not running.
+    int Stop(int signal = SIGTERM, int limitMs = 10000);
+    bool Exited();
+    pid_t Pid() const { return m_pid; }
+
+private:
+    pid_t m_pid = -1;
+};
+
+struct ProcessResult {
+    int status = -1;  // exit status; -1 after a signal or the time limit
+    std::string out;
+    std::string err;
+};
+// Runs `argv` to its end, at most `limitMs`.
+ProcessResult RunProcess(const std::vector<std::string>& argv, const ChildEnvironment& environment = {},
+                         int limitMs = 60000);
+
+// Sets (nullptr: removes) one environment variable for the object's life.
+class ScopedEnv {
+public:
+    ScopedEnv(const char* name, const char* value);
+    ~ScopedEnv();
+    ScopedEnv(const ScopedEnv&) = delete;
+    ScopedEnv& operator=(const ScopedEnv&) = delete;
+
+private:
+    std::string m_name;
+    std::optional<std::string> m_old;
+};
+
+struct RecordedMessage {
+    enum class Kind { Box, Notice, Reminder };
+    Kind kind;
+    std::string text;     // UTF-8
+    std::string caption;  // message boxes only
+    std::uint32_t jobId = 0;
+    bool important = false;
+};
+
+// What jobs tell the user, recorded while the object lives; thread-safe,
+// since jobs report from their own threads.
+class RecordedMessages final : public UserMessages {
+public:
+    RecordedMessages() { SetUserMessages(this); }
+    ~RecordedMessages() override { SetUserMessages(nullptr); }
+    RecordedMessages(const RecordedMessages&) = delete;
+    RecordedMessages& operator=(const RecordedMessages&) = delete;
+
+    void ShowMessage(const wxString& text, const wxString& caption) override;
+    void ShowNotice(std::uint32_t jobId, const wxString& text) override;
+    void ShowReminder(std::uint32_t jobId, const wxString& text, bool important) override;
+
+    std::vector<RecordedMessage> All() const;
+    std::vector<std::string> Texts(RecordedMessage::Kind kind) const;
+    std::vector<std::string> Boxes() const { return Texts(RecordedMessage::Kind::Box); }
+    bool WaitForCount(std::size_t count, std::chrono::milliseconds timeout) const;
+
+private:
+    void Add(RecordedMessage message);
+
+    mutable std::mutex m_mutex;
+    mutable std::condition_variable m_changed;
+    std::vector<RecordedMessage> m_messages;
+};
+
+// Runs a job of `kind` on the calling thread, as a job thread does, with
+// the actions the program registered; returns its summary.
+wxString RunJob(std::uint32_t kind, const ParamList& params = {}, std::int32_t jid = 7,
+                const wxString& description = "Test job");
