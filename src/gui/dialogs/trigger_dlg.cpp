@@ -240,7 +240,8 @@ void TriggerDlg::BuildValues(wxBoxSizer* top)
     // Interval and Idle Timeout: an amount of a unit.
     auto* amount = new wxPanel(this);
     auto* a = new wxBoxSizer(wxHORIZONTAL);
-    a->Add(new wxStaticText(amount, wxID_ANY, _("Every / after")), 0, wxALIGN_CENTER_VERTICAL | wxRIGHT, 4);
+    m_pAmountLabel = new wxStaticText(amount, wxID_ANY, _("Idle for"));
+    a->Add(m_pAmountLabel, 0, wxALIGN_CENTER_VERTICAL | wxRIGHT, 4);
     m_pAmount = NumberChoice(amount, "ID_CHOICE3", 1, 59);
     const wxString units[] = {_("Seconds"), _("Mintues"), _("Hours")};
     m_pUnit = new wxChoice(amount, wxID_ANY, wxDefaultPosition, wxDefaultSize, 3, units);
@@ -351,6 +352,7 @@ void TriggerDlg::ShowKindControls()
     m_pFieldsPanel->Show(anyField);
     m_pDurationPanel->Show(kind == NTriggerTypeCountDown || kind == NTriggerTypeWithStart);
     m_pAmountPanel->Show(kind == NTriggerTypeInterval || kind == NTriggerTypeIdleTimeout);
+    m_pAmountLabel->SetLabel(kind == NTriggerTypeInterval ? _("Every") : _("Idle for"));
     m_pSpecPanel->Show(kind == NTriggerTypeSpecTime);
     // Only the recurring kinds keep to the period.
     m_pPeriodBox->GetStaticBox()->Enable(IsCronBuiltKind(kind));

@@ -75,6 +75,7 @@ private:
     wxWindow* m_pFieldsPanel = nullptr;
     wxWindow* m_pDurationPanel = nullptr;
     wxWindow* m_pAmountPanel = nullptr;
+    class wxStaticText* m_pAmountLabel = nullptr;
     wxWindow* m_pSpecPanel = nullptr;
     wxStaticBoxSizer* m_pPeriodBox = nullptr;
     std::array<wxWindow*, FieldCount> m_pFieldColumn{};

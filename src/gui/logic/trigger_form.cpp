@@ -324,7 +324,9 @@ TriggerForm DefaultTriggerForm(std::uint32_t kind, const wxDateTime& now)
     form.minutes = 5;
     form.amount = 5;
     form.unit = UnitMinutes;
-    form.special = now;
+    // An hour ahead: a moment already past would never fire.
+    form.special = now + wxTimeSpan::Hour();
+    form.special.SetSecond(0);
     form.special.SetMillisecond(0);
     form.start = wxDateTime(now.GetDay(), now.GetMonth(), now.GetYear(), 0, 0, 0);
     form.end = DefaultPeriodEnd();

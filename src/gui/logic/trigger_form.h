@@ -70,8 +70,8 @@ TriggerTexts BuildTriggerTexts(const TriggerForm& form, const wxDateTime& now);
 bool ReadTriggerTexts(std::uint32_t kind, const wxString& condition, const wxString& start, const wxString& end,
                       TriggerForm& form, wxString& error);
 
-// A form with the defaults a new trigger of the kind starts from: the
-// moment `now` (Special Time), second 0 at the current minute and hour, the
+// A form with the defaults a new trigger of the kind starts from: an hour
+// from `now` (Special Time), second 0 at the current minute and hour, the
 // period from today to the far future.
 TriggerForm DefaultTriggerForm(std::uint32_t kind, const wxDateTime& now);
 
