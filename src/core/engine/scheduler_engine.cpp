@@ -57,7 +57,7 @@ void SchedulerEngine::StartCheckerThreads()
             });
         } catch (const std::system_error&) {
             --m_nRunningCheckers;
-            GetUserMessages().ShowMessage("Can't create thread!", "Cadrelle");
+            GetUserMessages().ShowMessage(_("Can't create thread!"), "Cadrelle");
             break;
         }
         wxLogMessage("%d ### CheckTriggerFireThreadEx[ThreadID_%zu, nThreadCnt_%zu, nThreadIdx_%zu, "

@@ -17,7 +17,7 @@ void SystemJob::Execute() { RunJobAction(*this); }
 
 void BlankJob::Execute()
 {
-    GetUserMessages().ShowMessage("blank job executed.", "Cadrelle");
+    GetUserMessages().ShowMessage(_("blank job executed."), "Cadrelle");
 }
 
 namespace {
