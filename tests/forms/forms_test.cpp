@@ -158,6 +158,7 @@ TEST(JobForm, ChecksParametersNamingTheField)
     const JobRow rows[] = {
         {NJobTypeWakeOnLan, 0, "aa-bb-cc-dd-ee", "MAC Address: \"aa-bb-cc-dd-ee\" is not a MAC address"},
         {NJobTypeWakeOnLan, 0, "aa-bb-cc-dd-ee-zz", "MAC Address:"},
+        {NJobTypeWakeOnLan, 0, "aab-bb-cc-dd-ee-ff", "MAC Address:"},
         {NJobTypeWakeOnLan, 1, "70000", "Port:"},
         {NJobTypeSendTcpMsg, 3, "0", "Port:"},
         {NJobTypeSendUdpMsg, 3, " ; ", "IP Address List:"},
