@@ -15,7 +15,7 @@ std::unique_ptr<Trigger> MakeRecurring(std::int64_t tid, const char* condition, 
 {
     std::unique_ptr<Trigger> trigger = CreateTrigger(NTriggerTypeCron);
     TriggerParam p;
-    p.tid = static_cast<std::int32_t>(tid);
+    p.tid = tid;
     p.type = NTriggerTypeCron;
     p.condition = condition;
     p.prevFire = "0 0 0 1 1 * 2026";

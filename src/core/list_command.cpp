@@ -28,9 +28,11 @@ int RunListCommand(const wxString& appDir, std::ostream& out, std::ostream& err)
         wxLogNull quiet;  // problems are reported below in plain words
         report = scheduler.LoadSchedulerData(false);
     }
-    if (report.source == DataLoadReport::Source::Fallback)
-        err << "warning: " << Utf8(scheduler.Paths().working) << " is not readable (" << Utf8(report.workingProblem)
-            << "); listing the fallback copy " << Utf8(scheduler.Paths().fallback) << "\n";
+    // What the file held but could not be listed as written; the file itself
+    // is left as it is.
+    const wxString problems = report.Describe();
+    if (!problems.empty())
+        err << "warning: " << Utf8(problems) << "\n";
     else if (report.source == DataLoadReport::Source::None && wxFileExists(scheduler.Paths().working))
         err << "warning: " << Utf8(scheduler.Paths().working) << " could not be read (" << Utf8(report.workingProblem)
             << ") and there is no usable fallback copy\n";

@@ -46,7 +46,7 @@ std::size_t Scheduler::AddJob(std::unique_ptr<Job> job, bool notify)
         auto lock = EditLock();
         ClearJobChangedMarks();
         JobPtr added(std::move(job));
-        for (std::int32_t tid : added->GetTriggerIds())
+        for (std::int64_t tid : added->GetTriggerIds())
             m_triggerOwners[tid] = added;
         added->SetChanged(true);
         m_jobs.push_back(std::move(added));
@@ -77,7 +77,7 @@ void Scheduler::UpdateJob(Job* job, bool notify)
         if (!owner)
             owner = GetJobById(job->GetId());
         if (owner.get() == job) {
-            for (std::int32_t tid : job->GetTriggerIds())
+            for (std::int64_t tid : job->GetTriggerIds())
                 m_triggerOwners[tid] = owner;
         }
         SetDataChanged(true);
@@ -88,7 +88,7 @@ void Scheduler::UpdateJob(Job* job, bool notify)
 
 void Scheduler::ApplyJobStateToTriggers(Job& job, bool runCheck)
 {
-    for (std::int32_t tid : job.GetTriggerIds()) {
+    for (std::int64_t tid : job.GetTriggerIds()) {
         Trigger* trigger = GetTriggerById(tid);
         if (!trigger)
             continue;
@@ -165,7 +165,7 @@ void Scheduler::DeleteJob(Job* job, bool notify)
 {
     {
         auto lock = EditLock();
-        for (std::int32_t tid : job->GetTriggerIds()) {
+        for (std::int64_t tid : job->GetTriggerIds()) {
             auto owner = m_triggerOwners.find(tid);
             if (owner != m_triggerOwners.end() && owner->second.get() == job)
                 m_triggerOwners.erase(owner);
@@ -239,13 +239,13 @@ void Scheduler::CheckTriggerShare(std::size_t count, std::size_t index, TriggerC
         if (!trigger->IsEnabled() || trigger->IsFinished() || trigger->IsEditing())
             continue;
         if (trigger->CheckAndAdvance()) {
-            auto owner = m_triggerOwners.find(static_cast<std::int32_t>(trigger->GetTid()));
+            auto owner = m_triggerOwners.find(trigger->GetTid());
             if (owner != m_triggerOwners.end() && owner->second->IsEnabled() && sink.RunJob(owner->second)) {
                 // The advanced PREVFIRE must reach the data file.
                 MarkChangedByFiring(GetClock().Now());
             }
         } else if (!trigger->IsNoticeGiven() && trigger->IsDue(300)) {
-            auto owner = m_triggerOwners.find(static_cast<std::int32_t>(trigger->GetTid()));
+            auto owner = m_triggerOwners.find(trigger->GetTid());
             if (owner != m_triggerOwners.end() && owner->second->IsEnabled() && owner->second->IsWarnBeforeRun())
                 sink.AdvanceNotice(owner->second);
             trigger->SetNoticeGiven(true);
@@ -295,7 +295,7 @@ Trigger* Scheduler::GetTriggerById(std::int64_t tid) const
 
 Job* Scheduler::GetTriggerOwner(std::int64_t tid) const
 {
-    auto it = m_triggerOwners.find(static_cast<std::int32_t>(tid));
+    auto it = m_triggerOwners.find(tid);
     return it == m_triggerOwners.end() ? nullptr : it->second.get();
 }
 
@@ -373,8 +373,8 @@ const std::vector<Job*>& Scheduler::JobsByTriggerType(std::uint32_t type)
     for (const TriggerPtr& trigger : m_triggers)
         typeByTid.emplace(trigger->GetTid(), trigger->GetType());
     for (const JobPtr& job : m_jobs) {
-        const IdList& tids = job->GetTriggerIds();
-        const bool hasKind = std::any_of(tids.begin(), tids.end(), [&](std::int32_t tid) {
+        const TidList& tids = job->GetTriggerIds();
+        const bool hasKind = std::any_of(tids.begin(), tids.end(), [&](std::int64_t tid) {
             auto it = typeByTid.find(tid);
             return it != typeByTid.end() && it->second == type;
         });
@@ -413,9 +413,9 @@ bool Scheduler::RunJobByNumber(std::int32_t jid)
 void Scheduler::MarkChangedByFiring(const wxDateTime& now)
 {
     wxCriticalSectionLocker lock(Lock());
-    if (!m_bDataChanged.load())
+    if (!IsDataChanged())
         m_dtDataChanged = now;
-    m_bDataChanged.store(true);
+    m_nChanges.fetch_add(1);
 }
 
 wxDateTime Scheduler::GetDataChangedTime() const

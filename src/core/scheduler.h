@@ -24,11 +24,26 @@
 struct DataLoadReport {
     enum class Source { None, Working, Fallback };
     Source source = Source::None;
+    wxString workingPath;
+    wxString sourcePath;      // the file loaded (empty when none was)
     wxString workingProblem;  // why data1 was not used (empty when it was)
-    wxArrayString keptCopies; // unreadable files moved aside before any save
-    std::size_t skippedTriggers = 0;  // kinds above 11
-    std::size_t skippedJobs = 0;      // kinds above 23
+    // Originals kept before any save could overwrite them: files that could
+    // not be used are moved aside, files that loaded only in part copied.
+    wxArrayString keptCopies;
+    wxArrayString dropped;    // what the file holds but was not loaded as written
+    std::size_t skippedTriggers = 0;  // unknown kinds
+    std::size_t skippedJobs = 0;      // unknown kinds
     bool stoppedAtUnknownElement = false;
+
+    // What the user should be told, in plain words: empty when the file
+    // loaded as written or there was none.
+    wxString Describe() const;
+};
+
+enum class DataSaveResult {
+    NothingToSave,  // nothing changed since the last save
+    Saved,
+    Failed,         // reported to the user; the changed flag stays up
 };
 
 // Where a checker pass sends what it found. Called while the pass holds the
@@ -108,8 +123,9 @@ public:
     // <name>.bad-<timestamp> first, so no later save can overwrite it.
     DataLoadReport LoadSchedulerData(bool keepUnreadableCopies = true);
     // Writes data1 (and data2 unless `workingOnly`) when something changed.
-    // Returns true when it wrote.
-    bool SaveSchedulerData(bool workingOnly);
+    // A failure is shown to the user (once per distinct failure, always when
+    // `workingOnly`, the save at exit) and leaves the data marked changed.
+    DataSaveResult SaveSchedulerData(bool workingOnly);
 
     const std::vector<JobPtr>& Jobs() const { return m_jobs; }
     const std::vector<TriggerPtr>& Triggers() const { return m_triggers; }
@@ -122,8 +138,14 @@ public:
     // The scheduler lock (the application's shared lock).
     wxCriticalSection& Lock() const;
 
-    bool IsDataChanged() const { return m_bDataChanged.load(); }
-    void SetDataChanged(bool changed) { m_bDataChanged.store(changed); }
+    bool IsDataChanged() const { return m_nChanges.load() != m_nSavedChanges.load(); }
+    void SetDataChanged(bool changed)
+    {
+        if (changed)
+            m_nChanges.fetch_add(1);
+        else
+            m_nSavedChanges.store(m_nChanges.load());
+    }
     // Marks a change made by a firing: remembers when the flag went up.
     void MarkChangedByFiring(const wxDateTime& now);
     wxDateTime GetDataChangedTime() const;
@@ -149,13 +171,17 @@ private:
     std::vector<Job*> m_jobsByStatus;
     std::vector<TriggerPtr> m_triggers;
     std::vector<std::int64_t> m_triggerTids;  // the TIDs of m_triggers, same order
-    std::unordered_map<std::int32_t, JobPtr> m_triggerOwners;
+    std::unordered_map<std::int64_t, JobPtr> m_triggerOwners;
     mutable std::shared_mutex m_listMutex;
     JobObserver* m_pJobObserver = nullptr;
     TriggerObserver* m_pTriggerObserver = nullptr;
     JobRunRequests* m_pRunRequests = nullptr;
 
-    std::atomic<bool> m_bDataChanged{false};
+    // Changes counted, and the count the file last saved holds: a change made
+    // while a save writes is never taken as saved.
+    std::atomic<std::uint64_t> m_nChanges{0};
+    std::atomic<std::uint64_t> m_nSavedChanges{0};
+    wxString m_strLastSaveError;
     wxDateTime m_dtDataChanged;
     int m_nStopCheck = 0;
 };

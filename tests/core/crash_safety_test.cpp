@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "core/data/xml_check.h"
+#include "core/data/data_file_reader.h"
 #include "core/scheduler.h"
 #include "test_support.h"
 
@@ -47,8 +47,9 @@ TEST(DataFileCrashSafety, KilledSaveLoopAlwaysLeavesALoadableWorkingCopy)
         ASSERT_EQ(::waitpid(pid, &status, 0), pid);
         ASSERT_TRUE(WIFSIGNALED(status));
 
-        const XmlCheckResult check = CheckXmlWellFormed(dir.File("data/data1.xml"));
-        ASSERT_TRUE(check.ok) << check.problem;
+        DataFileContent check;
+        ReadDataFile(dir.File("data/data1.xml"), check);
+        ASSERT_TRUE(check.wellFormed) << check.problem;
         Scheduler loaded(dir.Path());
         const DataLoadReport report = loaded.LoadSchedulerData(false);
         ASSERT_EQ(report.source, DataLoadReport::Source::Working);

@@ -1,21 +1,24 @@
 // The data file: byte-exact layout, round trips, fallback to the copy with
-// the unreadable file kept, the early end of the walk, and saving rules.
+// the unreadable file kept, what loading drops (kept and told), and saving
+// rules and failures.
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 #include <wx/dir.h>
 #include <wx/filename.h>
 
-#include "core/data/xml_check.h"
+#include "core/data/data_file_reader.h"
 #include "core/scheduler.h"
+#include "harness.h"
 #include "test_support.h"
 #include "trigger_builders.h"
 
 namespace {
 
 std::unique_ptr<Job> MakeJob(std::int32_t id, std::uint32_t type, const wxString& desc, ParamList params,
-                             IdList tids = {}, IdList jids = {}, bool enable = true, std::int32_t interval = 0)
+                             TidList tids = {}, IdList jids = {}, bool enable = true, std::int32_t interval = 0)
 {
     std::unique_ptr<Job> job = CreateJob(type);
     JobParam p;
@@ -56,6 +59,19 @@ wxArrayString FilesIn(const wxString& dir, const wxString& pattern)
     return files;
 }
 
+bool WellFormed(const wxString& path)
+{
+    DataFileContent content;
+    ReadDataFile(path, content);
+    return content.wellFormed;
+}
+
+unsigned Mode(const wxString& path)
+{
+    struct stat st {};
+    return ::lstat(path.fn_str(), &st) == 0 ? st.st_mode & 07777 : 0;
+}
+
 }  // namespace
 
 TEST(DataFileLayout, WriterMatchesTheGoldenFileByteForByte)
@@ -63,7 +79,7 @@ TEST(DataFileLayout, WriterMatchesTheGoldenFileByteForByte)
     TempDir dir;
     Scheduler s(dir.Path());
     FillGoldenContent(s);
-    ASSERT_TRUE(s.SaveSchedulerData(false));
+    ASSERT_EQ(s.SaveSchedulerData(false), DataSaveResult::Saved);
     EXPECT_EQ(ReadFileBytes(s.Paths().working), Golden());
     EXPECT_EQ(ReadFileBytes(s.Paths().fallback), Golden());
 }
@@ -83,12 +99,12 @@ TEST(DataFileLayout, GoldenFileLoadsAndSavesBackUnchanged)
     EXPECT_EQ(s.Jobs()[1]->GetDescription(), "Ping & pong");
     EXPECT_FALSE(s.Jobs()[1]->IsEnabled());
     EXPECT_EQ(s.Jobs()[1]->GetAssociatedJids(), (IdList{0}));
-    EXPECT_EQ(s.Jobs()[0]->GetTriggerIds(), (IdList{1, 2}));
+    EXPECT_EQ(s.Jobs()[0]->GetTriggerIds(), (TidList{1, 2}));
     EXPECT_EQ(s.GetTriggerOwner(2)->GetId(), 0);
     EXPECT_FALSE(s.IsDataChanged());
 
     s.SetDataChanged(true);
-    ASSERT_TRUE(s.SaveSchedulerData(true));
+    ASSERT_EQ(s.SaveSchedulerData(true), DataSaveResult::Saved);
     EXPECT_EQ(ReadFileBytes(s.Paths().working), Golden());
 }
 
@@ -98,12 +114,12 @@ TEST(DataFileLayout, EscapingKeepsTheFileWellFormedWhateverTheText)
     Scheduler s(dir.Path());
     const wxString nasty = wxString::FromUTF8("a<b>c&d&amp;e \x01\x1f tab\there ü €");
     s.AddJob(MakeJob(0, NJobTypeReminder, nasty, {"<x>", "&"}), false);
-    ASSERT_TRUE(s.SaveSchedulerData(true));
+    ASSERT_EQ(s.SaveSchedulerData(true), DataSaveResult::Saved);
     const std::string bytes = ReadFileBytes(s.Paths().working);
     EXPECT_NE(bytes.find("<DESC>a&lt;b&gt;c&amp;d&amp;e  tab\there \xC3\xBC \xE2\x82\xAC</DESC>"), std::string::npos)
         << bytes;
     EXPECT_NE(bytes.find("<INFO>&lt;x&gt; $ &amp;</INFO>"), std::string::npos);
-    EXPECT_TRUE(CheckXmlWellFormed(s.Paths().working).ok);
+    EXPECT_TRUE(WellFormed(s.Paths().working));
 
     Scheduler back(dir.Path());
     back.LoadSchedulerData();
@@ -115,13 +131,14 @@ TEST(DataFileLayout, EscapingKeepsTheFileWellFormedWhateverTheText)
 TEST(DataFileRoundTrip, AllJobKindsAndTriggerKindsSurviveSaveAndLoad)
 {
     TempDir dir;
+    const std::int64_t wide = (std::int64_t{1} << 32) + 100;  // TIDs past 32 bits
     Scheduler s(dir.Path());
     for (std::uint32_t type = 0; type < NJobTypeCount; ++type) {
         ParamList params;
         for (std::uint32_t i = 0; i <= type % 6; ++i)
             params.push_back(wxString::Format("p%u-%u", type, i));
         s.AddJob(MakeJob(static_cast<std::int32_t>(type), type, wxString::Format("job of kind %u", type), params,
-                         {static_cast<std::int32_t>(type % 12) + 100}, {static_cast<std::int32_t>((type + 1) % 24)},
+                         {wide + type % 12}, {static_cast<std::int32_t>((type + 1) % 24)},
                          type % 3 != 0, static_cast<std::int32_t>(type * 10)),
                  false);
     }
@@ -129,41 +146,32 @@ TEST(DataFileRoundTrip, AllJobKindsAndTriggerKindsSurviveSaveAndLoad)
                                       "0 0 8 23 11 ? 2026", "0,30 * * * * *", "30 15 * * * ?", "0 0 8 * * ?",
                                       "0 30 8 ? * 1-5", "0 0 0 31 * ?", "0 0 0 1 1 ?", "0 0 12 ? * MON-FRI"};
     for (std::uint32_t type = 0; type < NTriggerTypeCount; ++type)
-        s.AddTrigger(LoadedTrigger(static_cast<std::int32_t>(type) + 100, type, conditions[type], "0 0 9 20 11 * 2026",
+        s.AddTrigger(LoadedTrigger(wide + type, type, conditions[type], "0 0 9 20 11 * 2026",
                                  "0 0 9 24 11 * 2026", "0 0 0 1 11 * 2026", "59 59 23 31 12 * 2030"),
                      false);
-    ASSERT_TRUE(s.SaveSchedulerData(false));
+    ASSERT_EQ(s.SaveSchedulerData(false), DataSaveResult::Saved);
 
     Scheduler back(dir.Path());
     back.LoadSchedulerData();
     ASSERT_EQ(back.Jobs().size(), s.Jobs().size());
     ASSERT_EQ(back.Triggers().size(), s.Triggers().size());
-    for (std::size_t i = 0; i < s.Jobs().size(); ++i) {
-        SCOPED_TRACE(i);
-        JobParam a, b;
-        s.Jobs()[i]->GetParam(a);
-        back.Jobs()[i]->GetParam(b);
-        EXPECT_EQ(a.id, b.id);
-        EXPECT_EQ(a.type, b.type);
-        EXPECT_EQ(a.description, b.description);
-        EXPECT_EQ(a.enable, b.enable);
-        EXPECT_EQ(a.jobInterval, b.jobInterval);
-        EXPECT_EQ(a.params, b.params);
-        EXPECT_EQ(a.triggerIds, b.triggerIds);
-        EXPECT_EQ(a.associatedJids, b.associatedJids);
-        EXPECT_EQ(back.Jobs()[i]->IsWarnBeforeRun(), s.Jobs()[i]->IsWarnBeforeRun());
-    }
+    auto job = [](const Job& j) {
+        JobParam p;
+        j.GetParam(p);
+        return wxString::Format("%d %u %s %d %d %s %s %s %d", p.id, p.type, p.description, int(p.enable), p.jobInterval,
+                                JoinJobParams(p.params), JoinIdList(p.triggerIds), JoinIdList(p.associatedJids),
+                                int(j.IsWarnBeforeRun()));
+    };
+    auto trigger = [](const Trigger& t, TriggerParam& p) {
+        t.MakeParam(p);
+        return wxString::Format("%lld %u %s %s %s %s", static_cast<long long>(p.tid), p.type, p.condition,
+                                p.prevFire, p.start, p.end);
+    };
+    for (std::size_t i = 0; i < s.Jobs().size(); ++i)
+        EXPECT_EQ(job(*back.Jobs()[i]), job(*s.Jobs()[i]));
     for (std::size_t i = 0; i < s.Triggers().size(); ++i) {
-        SCOPED_TRACE(i);
         TriggerParam a, b;
-        s.Triggers()[i]->MakeParam(a);
-        back.Triggers()[i]->MakeParam(b);
-        EXPECT_EQ(a.tid, b.tid);
-        EXPECT_EQ(a.type, b.type);
-        EXPECT_EQ(a.condition, b.condition);
-        EXPECT_EQ(a.prevFire, b.prevFire);
-        EXPECT_EQ(a.start, b.start);
-        EXPECT_EQ(a.end, b.end);
+        EXPECT_EQ(trigger(*back.Triggers()[i], b), trigger(*s.Triggers()[i], a));
         // ENABLE follows the owning job after loading.
         const Job* owner = back.GetTriggerOwner(b.tid);
         ASSERT_NE(owner, nullptr);
@@ -173,7 +181,11 @@ TEST(DataFileRoundTrip, AllJobKindsAndTriggerKindsSurviveSaveAndLoad)
     }
 }
 
-TEST(DataFileFallback, TruncatedWorkingCopyLoadsTheFallbackAndIsKept)
+// A working copy that is not well-formed: the fallback copy loads, the
+// unreadable one is kept aside (0600) and the user is told.
+class DataFileUnreadable : public ::testing::TestWithParam<int> {};
+
+TEST_P(DataFileUnreadable, LoadsTheFallbackAndKeepsTheUnreadableCopy)
 {
     TempDir dir;
     {
@@ -182,26 +194,37 @@ TEST(DataFileFallback, TruncatedWorkingCopyLoadsTheFallbackAndIsKept)
         s.SaveSchedulerData(false);
     }
     const wxString working = dir.File("data/data1.xml");
-    std::string bytes = ReadFileBytes(working);
-    const std::string truncated = bytes.substr(0, bytes.size() / 2);
-    WriteFileBytes(working, truncated);
+    std::string damaged = ReadFileBytes(working).substr(0, 300);  // cut off in the middle
+    if (GetParam() == 1) {  // well-formed, but nested deep enough to exhaust a recursive reader
+        damaged = "<SCHEDULER>";
+        for (int i = 0; i < 200000; ++i)
+            damaged += "<a>";
+        for (int i = 0; i < 200000; ++i)
+            damaged += "</a>";
+        damaged += "</SCHEDULER>";
+    }
+    WriteFileBytes(working, damaged);
+    ::chmod(working.fn_str(), 0644);
 
     Scheduler s(dir.Path());
     const DataLoadReport report = s.LoadSchedulerData();
     EXPECT_EQ(report.source, DataLoadReport::Source::Fallback);
-    EXPECT_FALSE(report.workingProblem.empty());
     EXPECT_EQ(s.Jobs().size(), 2u);
     EXPECT_EQ(s.Triggers().size(), 2u);
     ASSERT_EQ(report.keptCopies.size(), 1u);
     EXPECT_TRUE(report.keptCopies[0].StartsWith(working + ".bad-"));
-    EXPECT_EQ(ReadFileBytes(report.keptCopies[0]), truncated);
+    EXPECT_EQ(ReadFileBytes(report.keptCopies[0]), damaged);
+    EXPECT_EQ(Mode(report.keptCopies[0]), 0600u);
+    EXPECT_TRUE(report.Describe().Contains(GetParam() == 1 ? "nested more than" : "could not be read")) << report.Describe();
+    EXPECT_TRUE(report.Describe().Contains(report.keptCopies[0]));
 
     // The next save writes a good working copy; the kept one stays.
     s.SetDataChanged(true);
     s.SaveSchedulerData(true);
     EXPECT_EQ(ReadFileBytes(working), Golden());
-    EXPECT_EQ(ReadFileBytes(report.keptCopies[0]), truncated);
+    EXPECT_EQ(ReadFileBytes(report.keptCopies[0]), damaged);
 }
+INSTANTIATE_TEST_SUITE_P(TruncatedOrTooDeep, DataFileUnreadable, ::testing::Values(0, 1));
 
 TEST(DataFileFallback, BothCopiesUnreadableStartEmptyAndKeepBoth)
 {
@@ -238,46 +261,72 @@ TEST(DataFileFallback, ForeignRootLoadsNothingAndKeepsTheFile)
     EXPECT_FALSE(wxFileName::FileExists(dir.File("data/data1.xml")));
 }
 
-TEST(DataFileWalk, NamesIgnoreCaseAndAnUnknownElementEndsTheWalk)
+// Files that load only in part: what was dropped is told, the original is
+// kept (0600) before any save, and what did load saves and reloads alike.
+struct DamagedFile {
+    const char* name;
+    std::size_t jobs, triggers;
+    const char* told;  // phrases of the report, separated by '|'
+};
+
+class DataFileDamaged : public ::testing::TestWithParam<DamagedFile> {};
+
+TEST_P(DataFileDamaged, LoadsWhatItCanKeepsTheOriginalAndSaysWhatWasDropped)
 {
+    const DamagedFile& row = GetParam();
     TempDir dir;
-    WriteFileBytes(dir.File("data/data1.xml"),
-                   "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                   "<scheduler>\n"
-                   " <job><id>4</id><Type>21</Type><DESC>first</DESC><ENABLE>1</ENABLE><tid>7</tid></job>\n"
-                   " <!-- a comment is not an element -->\n"
-                   " <TRIGGER><ID>7</ID><TYPE>12</TYPE><CONDITION>x</CONDITION></TRIGGER>\n"
-                   " <JOB><ID>5</ID><TYPE>24</TYPE></JOB>\n"
-                   " <TRIGGER><ID>8</ID><TYPE>4</TYPE><CONDITION>0 0 8 1 1 ? 2030</CONDITION></TRIGGER>\n"
-                   " <NOTE>stop here</NOTE>\n"
-                   " <JOB><ID>6</ID><TYPE>0</TYPE></JOB>\n"
-                   " <TRIGGER><ID>9</ID><TYPE>4</TYPE></TRIGGER>\n"
-                   "</scheduler>\n");
+    const wxString working = dir.File("data/data1.xml");
+    const std::string original = ReadFileBytes(wxString(CADRELLE_TEST_DATA_DIR "/damaged/") + row.name);
+    WriteFileBytes(working, original);
     Scheduler s(dir.Path());
     const DataLoadReport report = s.LoadSchedulerData();
-    EXPECT_TRUE(report.stoppedAtUnknownElement);
-    EXPECT_EQ(report.skippedTriggers, 1u);
-    EXPECT_EQ(report.skippedJobs, 1u);
-    ASSERT_EQ(s.Jobs().size(), 1u);
-    EXPECT_EQ(s.Jobs()[0]->GetId(), 4);
-    EXPECT_EQ(s.Jobs()[0]->GetType(), NJobTypeShutdown);
-    EXPECT_TRUE(s.Jobs()[0]->IsWarnBeforeRun());
-    ASSERT_EQ(s.Triggers().size(), 1u);
-    EXPECT_EQ(s.Triggers()[0]->GetTid(), 8);
-    // The job's TID 7 has no trigger: it stays in the list.
-    EXPECT_EQ(s.Jobs()[0]->GetTriggerIds(), (IdList{7}));
+    EXPECT_EQ(s.Jobs().size(), row.jobs);
+    EXPECT_EQ(s.Triggers().size(), row.triggers);
+    const wxString told = report.Describe();
+    for (const wxString& phrase : wxSplit(row.told, '|'))
+        EXPECT_TRUE(told.Contains(phrase)) << phrase << "\n" << told;
+    ASSERT_EQ(report.keptCopies.size(), 1u);
+    EXPECT_TRUE(told.Contains(report.keptCopies[0]));
+    EXPECT_EQ(Mode(report.keptCopies[0]), 0600u);
+
+    s.SetDataChanged(true);
+    ASSERT_EQ(s.SaveSchedulerData(true), DataSaveResult::Saved);
+    EXPECT_EQ(ReadFileBytes(report.keptCopies[0]), original);
+    Scheduler back(dir.Path());
+    back.LoadSchedulerData();
+    EXPECT_EQ(back.Jobs().size(), row.jobs);
+    EXPECT_EQ(back.Triggers().size(), row.triggers);
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, DataFileDamaged,
+    ::testing::Values(
+        DamagedFile{"note_before_jobs.xml", 0, 0, "<NOTE> is neither a job nor a trigger|the 2 element(s) after it"},
+        DamagedFile{"unknown_kinds.xml", 1, 0, "job 1: unknown kind 24|trigger 4: unknown kind 12|kind 4294967300"},
+        DamagedFile{"bad_ids.xml", 5, 0,
+                    "has no ID; loaded with ID 0|ID \"abc\" is not a number|job -3 has a negative ID|job 7: another"},
+        DamagedFile{"numbers_too_big.xml", 1, 0,
+                    "ID 9223372036854775808 does not fit|ID 2147483648 does not fit|interval 4294967296 does not fit|"
+                    "trigger ID 99999999999999999999 does not fit|job ID 2147483648 does not fit and was left out|"
+                    "2147483648 in its condition does not fit"},
+        DamagedFile{"entity_and_unknown_field.xml", 1, 0, "entity &who; in job 1|<COLOUR> is not a field of a job"},
+        DamagedFile{"lower_case_walk.xml", 1, 1, "trigger 7: unknown kind 12|job 5: unknown kind 24|<NOTE> is neither"},
+        DamagedFile{"fields_twice.xml", 1, 1, "a second <DESC> replaced the first|ENABLE \"yes\" read as disabled"}),
+    [](const ::testing::TestParamInfo<DamagedFile>& info) {
+        std::string name = info.param.name;
+        return name.substr(0, name.find('.'));
+    });
 
 TEST(DataFileSave, NothingIsWrittenWithoutAChange)
 {
     TempDir dir;
     Scheduler s(dir.Path());
     FillGoldenContent(s);
-    ASSERT_TRUE(s.SaveSchedulerData(false));
+    ASSERT_EQ(s.SaveSchedulerData(false), DataSaveResult::Saved);
     EXPECT_FALSE(s.IsDataChanged());
     ASSERT_TRUE(wxRemoveFile(s.Paths().working));
     ASSERT_TRUE(wxRemoveFile(s.Paths().fallback));
-    EXPECT_FALSE(s.SaveSchedulerData(false));
+    EXPECT_EQ(s.SaveSchedulerData(false), DataSaveResult::NothingToSave);
     EXPECT_FALSE(wxFileName::FileExists(s.Paths().working));
     EXPECT_FALSE(wxFileName::FileExists(s.Paths().fallback));
 }
@@ -291,7 +340,7 @@ TEST(DataFileSave, WorkingOnlySaveLeavesTheFallbackAloneAndFilesArePrivate)
     const std::string before = ReadFileBytes(s.Paths().fallback);
     s.Jobs()[0]->SetDescription("changed");
     s.SetDataChanged(true);
-    ASSERT_TRUE(s.SaveSchedulerData(true));
+    ASSERT_EQ(s.SaveSchedulerData(true), DataSaveResult::Saved);
     EXPECT_NE(ReadFileBytes(s.Paths().working).find("<DESC>changed</DESC>"), std::string::npos);
     EXPECT_EQ(ReadFileBytes(s.Paths().fallback), before);
     for (const wxString& path : {s.Paths().working, s.Paths().fallback}) {
@@ -302,16 +351,59 @@ TEST(DataFileSave, WorkingOnlySaveLeavesTheFallbackAloneAndFilesArePrivate)
     EXPECT_TRUE(FilesIn(dir.File("data"), "*.tmp").empty());
 }
 
-TEST(DataFileSave, AFailedWriteKeepsTheOldFile)
+TEST(DataFileSave, PlantedTemporariesAndLinksAreNeitherFollowedNorTrusted)
+{
+    TempDir dir, elsewhere;
+    const wxString target = elsewhere.File("real-data1.xml"), victim = elsewhere.File("victim");
+    WriteFileBytes(target, "old");
+    WriteFileBytes(victim, "untouched");
+    Scheduler s(dir.Path());
+    ASSERT_TRUE(wxFileName::Mkdir(dir.File("data")));
+    // data1.xml is a link the user made; the old fixed temporary name and a
+    // name of the new form are links an attacker planted.
+    ASSERT_EQ(::symlink(target.fn_str(), s.Paths().working.fn_str()), 0);
+    ASSERT_EQ(::symlink(victim.fn_str(), (s.Paths().working + ".tmp").fn_str()), 0);
+    ASSERT_EQ(::symlink(victim.fn_str(), (target + ".tmp-AAAAAA").fn_str()), 0);
+    FillGoldenContent(s);
+    const mode_t old = ::umask(0);
+    const DataSaveResult result = s.SaveSchedulerData(true);
+    ::umask(old);
+    ASSERT_EQ(result, DataSaveResult::Saved);
+    EXPECT_EQ(ReadFileBytes(target), Golden());
+    EXPECT_EQ(Mode(target), 0600u);
+    EXPECT_TRUE(wxFileName(s.Paths().working).Exists(wxFILE_EXISTS_SYMLINK | wxFILE_EXISTS_NO_FOLLOW));
+    EXPECT_EQ(ReadFileBytes(victim), "untouched");
+    for (const wxString& folder : {dir.File("data"), elsewhere.Path()})
+        EXPECT_TRUE(FilesIn(folder, "*.tmp*").empty()) << folder;
+}
+
+// A save that fails is told once, keeps the data marked changed, and the next
+// attempt after the cause is gone writes it.
+class DataFileSaveFailure : public ::testing::TestWithParam<int> {};
+
+TEST_P(DataFileSaveFailure, IsToldKeepsTheFlagAndSucceedsOnceTheCauseIsGone)
 {
     TempDir dir;
+    RecordedMessages messages;
     Scheduler s(dir.Path());
     FillGoldenContent(s);
-    s.SaveSchedulerData(true);
-    // A folder where the temporary file must go makes the write fail.
-    ASSERT_TRUE(wxFileName::Mkdir(s.Paths().working + ".tmp"));
-    s.Jobs()[0]->SetDescription("lost");
-    s.SetDataChanged(true);
-    s.SaveSchedulerData(true);
+    const wxString data = dir.File("data");
+    if (GetParam() == 0)
+        ASSERT_TRUE(wxFileName::Mkdir(s.Paths().working, 0700, wxPATH_MKDIR_FULL));  // a folder in the file's place
+    else
+        WriteFileBytes(data, "a file where the data folder belongs");
+    EXPECT_EQ(s.SaveSchedulerData(false), DataSaveResult::Failed);
+    EXPECT_TRUE(s.IsDataChanged());
+    EXPECT_EQ(s.SaveSchedulerData(false), DataSaveResult::Failed);
+    ASSERT_EQ(messages.Boxes().size(), 1u);  // the same failure is not told twice
+    EXPECT_NE(messages.Boxes()[0].find("could not save its jobs and triggers"), std::string::npos);
+    EXPECT_EQ(s.SaveSchedulerData(true), DataSaveResult::Failed);
+    ASSERT_EQ(messages.Boxes().size(), 2u);  // the save at exit always tells
+    EXPECT_NE(messages.Boxes()[1].find("are lost"), std::string::npos);
+
+    ASSERT_TRUE(GetParam() == 0 ? wxFileName::Rmdir(s.Paths().working) : wxRemoveFile(data));
+    EXPECT_EQ(s.SaveSchedulerData(false), DataSaveResult::Saved);
+    EXPECT_FALSE(s.IsDataChanged());
     EXPECT_EQ(ReadFileBytes(s.Paths().working), Golden());
 }
+INSTANTIATE_TEST_SUITE_P(FolderInPlaceOrNoFolder, DataFileSaveFailure, ::testing::Values(0, 1));

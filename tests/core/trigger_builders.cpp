@@ -6,7 +6,7 @@ std::unique_ptr<Trigger> LoadedTrigger(std::int64_t tid, std::uint32_t type, con
 {
     std::unique_ptr<Trigger> trigger = CreateTrigger(type);
     TriggerParam p;
-    p.tid = static_cast<std::int32_t>(tid);
+    p.tid = tid;
     p.type = type;
     p.condition = condition;
     p.prevFire = prevFire;

@@ -1,9 +1,12 @@
 #pragma once
-// Replaces a file as a whole: the content goes to a temporary file in the
-// same folder, is flushed to disk, and is renamed over the target, so a crash
-// at any moment leaves either the old file or the new one, never a torn one.
-// New files are readable and writable by the user only.
+// Files the program writes are the user's alone (0600 whatever the umask).
+// A data file is replaced as a whole: the content goes to a fresh temporary
+// file beside it (created exclusively, never through a link), is flushed to
+// disk and renamed over the target, so a crash at any moment leaves either
+// the old file or the new one. A target that is a symbolic link stays one:
+// the file it points to is replaced, in that file's folder.
 
+#include <cstdio>
 #include <string>
 
 #include <wx/string.h>
@@ -12,3 +15,13 @@ bool WriteFileAtomically(const wxString& path, const std::string& content, wxStr
 
 // Creates the folder (and its parents) readable by the user only, if missing.
 bool EnsurePrivateDir(const wxString& dir, wxString* error);
+
+// Copies `from` to the new file `to` (which must not exist), mode 0600.
+bool CopyFilePrivately(const wxString& from, const wxString& to, wxString* error);
+
+// Sets an existing file to mode 0600.
+bool MakePrivate(const wxString& path);
+
+// fopen for "a", "a+", "w" and "w+" whose file, when created, is 0600 whatever
+// the umask; an existing file is set to 0600 too.
+FILE* OpenPrivateFile(const wxString& path, const char* mode);

@@ -2,176 +2,160 @@
 // fallback copy data/data2.xml).
 
 #include <string>
+#include <unordered_map>
 
 #include <wx/filename.h>
 #include <wx/log.h>
-#include <wx/xml/xml.h>
 
 #include "core/clock.h"
 #include "core/core_log.h"
 #include "core/data/atomic_file.h"
-#include "core/data/xml_check.h"
+#include "core/data/data_file_reader.h"
 #include "core/data/xml_writer.h"
-#include "core/memory_trim.h"
 #include "core/scheduler.h"
-#include "core/text_number.h"
+#include "core/user_messages.h"
 
 namespace {
 
-
-// Moves a file we could not use out of the way before anything overwrites
-// it: data1.xml -> data1.xml.bad-20261122-143000.
-wxString KeepUnreadableCopy(const wxString& path)
+// Where the original of a file we could not fully use is kept before any
+// save can overwrite it: data1.xml -> data1.xml.bad-20261122-143000.
+wxString BadCopyName(const wxString& path)
 {
     const wxString stamp = GetClock().Now().Format("%Y%m%d-%H%M%S");
     wxString kept = path + ".bad-" + stamp;
     for (int n = 2; wxFileName::Exists(kept); ++n)
         kept = wxString::Format("%s.bad-%s-%d", path, stamp, n);
+    return kept;
+}
+
+// Moves a file that could not be used at all out of the way.
+wxString MoveAside(const wxString& path)
+{
+    const wxString kept = BadCopyName(path);
     if (!wxRenameFile(path, kept, false))
         return wxString();
+    MakePrivate(kept);
     wxLogMessage("%d ### %s could not be used; kept it as %s", LogMs(), path, kept);
     return kept;
 }
 
-// The texts of an element's children, by name (compared without case).
-template <std::size_t N>
-void CollectTexts(const wxXmlNode* element, const wxString (&names)[N], wxString (&texts)[N])
+// Copies a file that loaded only in part: it stays in use, and its original
+// stays at hand.
+wxString CopyAside(const wxString& path)
 {
-    for (const wxXmlNode* child = element->GetChildren(); child; child = child->GetNext()) {
-        if (child->GetType() != wxXML_ELEMENT_NODE)
-            continue;
-        for (std::size_t i = 0; i < N; ++i) {
-            if (child->GetName().IsSameAs(names[i], false)) {
-                texts[i] = child->GetNodeContent();
-                break;
-            }
-        }
+    const wxString kept = BadCopyName(path);
+    wxString error;
+    if (!CopyFilePrivately(path, kept, &error)) {
+        wxLogMessage("%d ### the original of %s could not be kept: %s", LogMs(), path, error);
+        return wxString();
     }
+    wxLogMessage("%d ### %s did not load as written; kept the original as %s", LogMs(), path, kept);
+    return kept;
 }
 
-// wxString, not char*: a conversion per comparison would dominate loading.
-const wxString kTriggerFields[] = {"ID", "TYPE", "CONDITION", "PREVFIRE", "NEXTFIRE", "START", "END"};
-enum { TrId, TrType, TrCondition, TrPrevFire, TrNextFire, TrStart, TrEnd, TrCount };
-const wxString kJobFields[] = {"ID", "TYPE", "DESC", "ENABLE", "JINTERVAL", "TID", "JID", "INFO"};
-const wxString kTriggerElement = "TRIGGER";
-const wxString kJobElement = "JOB";
-enum { JbId, JbType, JbDesc, JbEnable, JbInterval, JbTid, JbJid, JbInfo, JbCount };
+constexpr std::size_t kMaxDescribedLines = 20;
 
 }  // namespace
+
+wxString DataLoadReport::Describe() const
+{
+    wxString text;
+    if (source == Source::Fallback)
+        text << wxString::Format("The data file %s could not be read (%s); the fallback copy %s was loaded instead.\n",
+                                 workingPath, workingProblem, sourcePath);
+    else if (source == Source::None && !keptCopies.empty())
+        text << wxString::Format("The data file %s could not be read (%s) and there is no usable fallback copy: "
+                                 "Cadrelle starts with no jobs and no triggers.\n",
+                                 workingPath, workingProblem);
+    if (!dropped.empty()) {
+        text << wxString::Format("Some of what %s holds was not loaded as written:\n", sourcePath);
+        for (std::size_t i = 0; i < dropped.size() && i < kMaxDescribedLines; ++i)
+            text << "- " << dropped[i] << "\n";
+        if (dropped.size() > kMaxDescribedLines)
+            text << wxString::Format("- and %zu more (see the log)\n", dropped.size() - kMaxDescribedLines);
+    }
+    for (const wxString& kept : keptCopies)
+        text << wxString::Format("The original file is kept as %s.\n", kept);
+    text.Trim();
+    return text;
+}
 
 DataLoadReport Scheduler::LoadSchedulerData(bool keepUnreadableCopies)
 {
     auto lock = EditLock();
     DataLoadReport report;
-    auto keep = [&](const wxString& path) {
-        const wxString kept = keepUnreadableCopies ? KeepUnreadableCopy(path) : wxString();
+    report.workingPath = m_paths.working;
+    auto keep = [&](const wxString& path, bool move) {
+        if (!keepUnreadableCopies)
+            return;
+        const wxString kept = move ? MoveAside(path) : CopyAside(path);
         if (!kept.empty())
             report.keptCopies.push_back(kept);
     };
+
+    DataFileContent content;
+    bool exists = false;
     wxString source = m_paths.working;
-    const XmlCheckResult working = CheckXmlWellFormed(m_paths.working);
-    if (working.ok) {
-        report.source = DataLoadReport::Source::Working;
-    } else {
-        report.workingProblem = working.problem;
-        if (working.exists) {
-            wxLogMessage("%d ### %s is not readable (%s); loading the fallback copy %s", LogMs(),
-                         m_paths.working, working.problem, m_paths.fallback);
-            keep(m_paths.working);
-        }
-        const XmlCheckResult fallback = CheckXmlWellFormed(m_paths.fallback);
-        if (!fallback.ok) {
-            if (fallback.exists) {
-                wxLogMessage("%d ### %s is not readable either (%s); starting with no jobs", LogMs(),
-                             m_paths.fallback, fallback.problem);
-                keep(m_paths.fallback);
-            }
-            return report;
+    ReadDataFile(source, content, &exists);
+    report.source = DataLoadReport::Source::Working;
+    if (!content.wellFormed) {
+        report.workingProblem = content.problem;
+        if (exists) {
+            wxLogMessage("%d ### %s is not readable (%s); loading the fallback copy %s", LogMs(), m_paths.working,
+                         content.problem, m_paths.fallback);
+            keep(m_paths.working, true);
         }
         source = m_paths.fallback;
+        ReadDataFile(source, content, &exists);
+        if (!content.wellFormed) {
+            if (exists) {
+                wxLogMessage("%d ### %s is not readable either (%s); starting with no jobs", LogMs(), source,
+                             content.problem);
+                keep(source, true);
+            }
+            report.source = DataLoadReport::Source::None;
+            return report;
+        }
         report.source = DataLoadReport::Source::Fallback;
     }
-
-    auto document = std::make_unique<wxXmlDocument>();
-    bool loaded = false;
-    {
-        wxLogNull quiet;  // the reason is reported below, never in a dialog
-        loaded = document->Load(source, "UTF-8");
-    }
-    const wxXmlNode* root = loaded ? document->GetRoot() : nullptr;
-    if (!root || !root->GetName().IsSameAs("SCHEDULER", false)) {
+    if (!content.schedulerRoot) {
         wxLogMessage("%d ### %s holds no SCHEDULER element; starting with no jobs", LogMs(), source);
-        keep(source);
+        if (report.workingProblem.empty())
+            report.workingProblem = content.problem;
+        keep(source, true);
         report.source = DataLoadReport::Source::None;
         return report;
     }
 
-    for (const wxXmlNode* node = root->GetChildren(); node; node = node->GetNext()) {
-        if (node->GetType() != wxXML_ELEMENT_NODE)
-            continue;
-        if (node->GetName().IsSameAs(kTriggerElement, false)) {
-            wxString texts[TrCount];
-            CollectTexts(node, kTriggerFields, texts);
-            const long type = LeadingLong(texts[TrType]);
-            std::unique_ptr<Trigger> trigger = type < 0 ? nullptr : CreateTrigger(static_cast<std::uint32_t>(type));
-            if (!trigger) {
-                ++report.skippedTriggers;
-                continue;
-            }
-            TriggerParam param;
-            param.tid = static_cast<std::int32_t>(LeadingLong(texts[TrId]));
-            param.type = static_cast<std::uint32_t>(type);
-            param.firePending = trigger->IsFirePending();
-            param.condition = texts[TrCondition];
-            param.prevFire = texts[TrPrevFire];
-            param.nextFire = texts[TrNextFire];
-            param.start = texts[TrStart];
-            param.end = texts[TrEnd];
-            trigger->Load(param);
-            m_triggers.emplace_back(std::move(trigger));
-        } else if (node->GetName().IsSameAs(kJobElement, false)) {
-            wxString texts[JbCount];
-            CollectTexts(node, kJobFields, texts);
-            const long type = LeadingLong(texts[JbType]);
-            std::unique_ptr<Job> job = type < 0 ? nullptr : CreateJob(static_cast<std::uint32_t>(type));
-            if (!job) {
-                ++report.skippedJobs;
-                continue;
-            }
-            JobParam param;
-            param.id = static_cast<std::int32_t>(LeadingLong(texts[JbId]));
-            param.type = static_cast<std::uint32_t>(type);
-            param.description = texts[JbDesc];
-            param.enable = texts[JbEnable] == "1";
-            param.jobInterval = static_cast<std::int32_t>(LeadingLong(texts[JbInterval]));
-            param.triggerIds = SplitIdList(texts[JbTid]);
-            param.associatedJids = SplitIdList(texts[JbJid]);
-            param.params = SplitJobParams(texts[JbInfo]);
-            job->SetParam(param);
-            JobPtr loaded(std::move(job));
-            for (std::int32_t tid : loaded->GetTriggerIds())
-                m_triggerOwners[tid] = loaded;
-            m_jobs.push_back(std::move(loaded));
-        } else {
-            // Anything else ends the walk; later elements are ignored.
-            report.stoppedAtUnknownElement = true;
-            wxLogMessage("%d ### %s: unknown element <%s>; the rest of the file is ignored", LogMs(), source,
-                         node->GetName());
-            break;
-        }
+    report.sourcePath = source;
+    report.dropped = content.dropped;
+    report.skippedJobs = content.skippedJobs;
+    report.skippedTriggers = content.skippedTriggers;
+    report.stoppedAtUnknownElement = content.stoppedAtUnknownElement;
+    if (!report.dropped.empty()) {
+        for (const wxString& line : report.dropped)
+            wxLogMessage("%d ### %s: %s", LogMs(), source, line);
+        keep(source, false);
     }
 
+    m_jobs.reserve(content.jobs.size());
+    for (std::unique_ptr<Job>& job : content.jobs) {
+        JobPtr loaded(std::move(job));
+        for (std::int64_t tid : loaded->GetTriggerIds())
+            m_triggerOwners[tid] = loaded;
+        m_jobs.push_back(std::move(loaded));
+    }
+    m_triggers.reserve(content.triggers.size());
+    for (std::unique_ptr<Trigger>& trigger : content.triggers)
+        m_triggers.emplace_back(std::move(trigger));
     RebuildTriggerTids();
-    // The tree of a large file is many times the size of what was built
-    // from it; give its memory back rather than keep the peak resident.
-    document.reset();
-    ReturnFreeMemoryToSystem();
+
     std::unordered_map<std::int64_t, Trigger*> byTid;
     byTid.reserve(m_triggers.size());
     for (const TriggerPtr& trigger : m_triggers)
         byTid.emplace(trigger->GetTid(), trigger.get());
     for (const JobPtr& job : m_jobs) {
-        for (std::int32_t tid : job->GetTriggerIds()) {
+        for (std::int64_t tid : job->GetTriggerIds()) {
             auto it = byTid.find(tid);
             if (it == byTid.end())
                 continue;
@@ -222,19 +206,13 @@ std::string BuildDocument(const std::vector<Scheduler::JobPtr>& jobs, const std:
     return out;
 }
 
-void WriteCopy(const wxString& path, const std::string& content)
-{
-    wxString error;
-    if (!WriteFileAtomically(path, content, &error))
-        wxLogMessage("%d ### Data file not saved: %s", LogMs(), error);
-}
-
 }  // namespace
 
-bool Scheduler::SaveSchedulerData(bool workingOnly)
+DataSaveResult Scheduler::SaveSchedulerData(bool workingOnly)
 {
-    if (!m_bDataChanged.exchange(false))
-        return false;
+    const std::uint64_t changes = m_nChanges.load();
+    if (changes == m_nSavedChanges.load())
+        return DataSaveResult::NothingToSave;
     std::string content;
     {
         // Checker threads keep running: they only change trigger times,
@@ -242,8 +220,31 @@ bool Scheduler::SaveSchedulerData(bool workingOnly)
         auto lock = ReadLock();
         content = BuildDocument(m_jobs, m_triggers);
     }
-    WriteCopy(m_paths.working, content);
-    if (!workingOnly)
-        WriteCopy(m_paths.fallback, content);
-    return true;
+    wxString error;
+    const bool saved = WriteFileAtomically(m_paths.working, content, &error) &&
+                       (workingOnly || WriteFileAtomically(m_paths.fallback, content, &error));
+    if (saved) {
+        // Only what the file now holds counts as saved: a change made while
+        // it was written keeps the flag up.
+        m_nSavedChanges.store(changes);
+        m_strLastSaveError.clear();
+        return DataSaveResult::Saved;
+    }
+    wxLogMessage("%d ### Data file not saved: %s", LogMs(), error);
+    {
+        // The flag stays up; the next attempt comes a full delay later.
+        wxCriticalSectionLocker lock(Lock());
+        m_dtDataChanged = GetClock().Now();
+    }
+    // Said once per distinct failure while the program runs, always at exit.
+    if (workingOnly || error != m_strLastSaveError) {
+        const wxString consequence = workingOnly ? "The changes made since the last save are lost."
+                                                 : "It will try again in a minute; until then the changes are "
+                                                   "kept only in memory.";
+        GetUserMessages().ShowMessage(
+            wxString::Format("Cadrelle could not save its jobs and triggers (%s).\n%s", error, consequence),
+            "Cadrelle");
+    }
+    m_strLastSaveError = error;
+    return DataSaveResult::Failed;
 }

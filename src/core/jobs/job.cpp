@@ -44,7 +44,8 @@ wxString Job::GetTypeName() const
 
 namespace {
 
-void CopyIds(const IdList& from, IdList& to)
+template <typename List>
+void CopyIds(const List& from, List& to)
 {
     if (to.empty())
         to.reserve(std::max<std::size_t>(16, from.size()));
@@ -120,7 +121,10 @@ ParamList SplitJobParams(const wxString& info)
     return params;
 }
 
-wxString JoinIdList(const IdList& ids)
+namespace {
+
+template <typename List>
+wxString JoinIds(const List& ids)
 {
     wxString text;
     for (std::size_t i = 0; i < ids.size(); ++i) {
@@ -129,6 +133,18 @@ wxString JoinIdList(const IdList& ids)
         text << ids[i];
     }
     return text;
+}
+
+}  // namespace
+
+wxString JoinIdList(const IdList& ids)
+{
+    return JoinIds(ids);
+}
+
+wxString JoinIdList(const TidList& ids)
+{
+    return JoinIds(ids);
 }
 
 IdList SplitIdList(const wxString& text)

@@ -43,6 +43,8 @@ wxString JobTypeName(std::uint32_t type);
 wxString JobTypeEnglishName(std::uint32_t type);
 
 using IdList = std::vector<std::int32_t>;
+// Trigger ids are 64-bit wherever they are kept.
+using TidList = std::vector<std::int64_t>;
 using ParamList = std::vector<wxString>;
 
 // The editable value form of a job.
@@ -57,7 +59,7 @@ public:
     IdList associatedJids;
     std::int32_t jobInterval = 0;
     ParamList params;
-    IdList triggerIds;
+    TidList triggerIds;
 };
 
 class Job {
@@ -90,8 +92,8 @@ public:
     const ParamList& GetParams() const { return m_params; }
     // The parameter at `index`, or an empty text when the list is shorter.
     wxString GetParamAt(std::size_t index) const;
-    const IdList& GetTriggerIds() const { return m_triggerIds; }
-    IdList& TriggerIds() { return m_triggerIds; }
+    const TidList& GetTriggerIds() const { return m_triggerIds; }
+    TidList& TriggerIds() { return m_triggerIds; }
     const IdList& GetAssociatedJids() const { return m_associatedJids; }
     bool IsChanged() const { return m_bChanged; }
     void SetChanged(bool changed) { m_bChanged = changed; }
@@ -107,7 +109,7 @@ private:
     std::atomic<bool> m_bEnable{true};
     std::int32_t m_nJobInterval = 0;
     ParamList m_params;
-    IdList m_triggerIds;
+    TidList m_triggerIds;
     IdList m_associatedJids;
     bool m_bChanged = false;
     bool m_bRunning = false;
@@ -121,6 +123,7 @@ wxString JoinJobParams(const ParamList& params);
 ParamList SplitJobParams(const wxString& info);
 // Id lists: decimals joined with ",".
 wxString JoinIdList(const IdList& ids);
+wxString JoinIdList(const TidList& ids);
 // Split at ",", each piece trimmed and read as base 10; empty pieces dropped.
 IdList SplitIdList(const wxString& text);
 

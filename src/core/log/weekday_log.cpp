@@ -12,6 +12,7 @@
 
 #include "core/clock.h"
 #include "core/core_log.h"
+#include "core/data/atomic_file.h"
 
 namespace {
 
@@ -130,7 +131,8 @@ bool WeekdayLog::Rebind(const wxString& path, const char* mode)
         std::fclose(m_pFile);
         m_pFile = nullptr;
     }
-    m_pFile = std::fopen(path.fn_str(), mode);
+    // Log lines carry job parameters: the file is the user's alone.
+    m_pFile = OpenPrivateFile(path, mode);
     m_pTarget->SetFile(m_pFile);
     wxLog::SetTimestamp(kTimestampFormat);
     if (!m_pFile) {

@@ -57,6 +57,10 @@ Preference& Preference::Instance()
         auto config = std::make_unique<wxFileConfig>("Cadrelle", "Vantrel", path, wxEmptyString,
                                                       wxCONFIG_USE_LOCAL_FILE);
         config->SetUmask(0077);  // the file is the user's alone
+        // An older file may have been left readable by others; saves keep
+        // the mode they find, so set it once here.
+        if (wxFileName::FileExists(path))
+            MakePrivate(path);
         auto* preference = new Preference(config.get());
         preference->m_pOwnedConfig = std::move(config);
         preference->Load();

@@ -83,7 +83,7 @@ void Trigger::Load(const TriggerParam& param)
 
 void Trigger::MakeParam(TriggerParam& param) const
 {
-    param.tid = static_cast<std::int32_t>(m_nTid);
+    param.tid = m_nTid;
     param.type = m_nType;
     param.enable = IsEnabled();
     param.editing = IsEditing();

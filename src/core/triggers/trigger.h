@@ -52,7 +52,7 @@ class TriggerParam {
 public:
     virtual ~TriggerParam() = default;
 
-    std::int32_t tid = -1;
+    std::int64_t tid = -1;
     std::uint32_t type = 0;
     bool enable = true;
     bool editing = false;
