@@ -129,5 +129,6 @@ int RunHeadless(const wxString& appDir)
         WeekdayLog::Flush();
     }
     session.Stop();
-    return 0;
+    // A final save that failed was told on stderr; the status says it too.
+    return session.FinalSaveSucceeded() ? 0 : 1;
 }

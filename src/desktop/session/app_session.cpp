@@ -53,7 +53,7 @@ void AppSession::Start(EngineHost& host)
 void AppSession::SaveAll()
 {
     m_pScheduler->SetDataChanged(true);
-    m_pScheduler->SaveSchedulerData(true);
+    m_bFinalSaveOk = m_pScheduler->SaveSchedulerData(true) != DataSaveResult::Failed;
     wxLogMessage("%d *** SaveSchedulerData(true) Completed", LogMs());
     Preference::Instance().SaveSettingParam();
     wxLogMessage("%d *** SaveSettingParam() Completed", LogMs());

@@ -45,6 +45,8 @@ public:
     SchedulerEngine& GetEngine() { return *m_pEngine; }
     Preference& Prefs();
     const DataLoadReport& LoadReport() const { return m_loadReport; }
+    // False when the final save could not write the data file (already told).
+    bool FinalSaveSucceeded() const { return m_bFinalSaveOk; }
 
     // Every second or so: the delayed save, and the log's queued lines.
     void HousekeepingTick();
@@ -61,4 +63,5 @@ private:
     DataLoadReport m_loadReport;
     bool m_bStarted = false;
     bool m_bStopped = false;
+    bool m_bFinalSaveOk = true;
 };
