@@ -1,20 +1,27 @@
 #pragma once
 // What keeps the program reachable while its window is hidden: the global
-// hot keys, the tray icon and its menu, balloons, and the advance-notice
-// windows. Owned by the main frame; main thread only.
+// hot keys, the tray icon and its menu, balloons, the advance-notice
+// windows, and the command-line control of the running instance. Owned by
+// the main frame; main thread only.
 
 #include <array>
 #include <cstdint>
+#include <memory>
 
 #include <wx/string.h>
 
 class CadrelleFrame;
+class ControlServer;
+class GlobalHotKeys;
+class InstanceControl;
+class TrayIcon;
 
 class DesktopShell {
 public:
-    // Registers the hot keys and creates the tray icon, as the preferences say.
+    // Registers the hot keys, creates the tray icon as the preferences say,
+    // and starts answering `cadrelle --status` and the other commands.
     explicit DesktopShell(CadrelleFrame& frame);
-    // Releases the hot keys and removes the tray icon.
+    // Releases the hot keys, removes the tray icon, stops the control.
     ~DesktopShell();
     DesktopShell(const DesktopShell&) = delete;
     DesktopShell& operator=(const DesktopShell&) = delete;
@@ -34,6 +41,23 @@ public:
     std::array<wxString, 5> HotKeyStates() const;
     wxString TrayNote() const;
 
+    // A global hot key was pressed (registration `id`, key code).
+    void OnHotKey(int id, int virtualKey);
+    // Which tray the session offers: "StatusNotifierItem", "XEmbed" or "".
+    wxString TrayKind() const;
+
 private:
+    void RegisterHotKeys();
+    void CreateTray();
+    void StartControl();
+
     CadrelleFrame& m_frame;
+    std::unique_ptr<GlobalHotKeys> m_pHotKeys;
+    std::array<wxString, 5> m_hotKeyStates;
+    std::unique_ptr<TrayIcon> m_pTray;
+    wxString m_trayNote;
+    std::unique_ptr<InstanceControl> m_pControl;
+    std::unique_ptr<ControlServer> m_pServer;
+    // Tasks queued to the main thread check it: they may come after the end.
+    std::shared_ptr<bool> m_pAlive = std::make_shared<bool>(true);
 };
