@@ -15,6 +15,7 @@ PACKAGES=(
   openbox x11-utils dbus-daemon dbus-bin libglib2.0-bin python3 python3-dbusmock desktop-file-utils
   libsodium-dev
   librsvg2-bin imagemagick
+  libayatana-appindicator3-dev python3-xlib python3-gi trayer
   gettext wx3.2-i18n fonts-wqy-microhei appstream dpkg-dev man-db
 )
 
