@@ -1,5 +1,8 @@
 #include "gui/shell/desktop_shell.h"
 
+#include <cstdlib>
+#include <cstring>
+
 #include <wx/app.h>
 #include <wx/log.h>
 #include <wx/msgdlg.h>
@@ -75,6 +78,15 @@ void DesktopShell::RegisterHotKeys()
                      LogMs());
         return;
     }
+    // On a Wayland desktop the window runs on XWayland: its grabs see the
+    // keys only while an X11 window has the focus.
+    const char* session = std::getenv("XDG_SESSION_TYPE");
+    const bool wayland = (session && std::strcmp(session, "wayland") == 0) || std::getenv("WAYLAND_DISPLAY");
+    if (wayland)
+        wxLogMessage("%d ### Wayland session: the global hot keys work only while an X11 window has the focus; bind "
+                     "`cadrelle --pause`, `cadrelle --show` or `cadrelle --run JID` to keys in the desktop's keyboard "
+                     "settings",
+                     LogMs());
     m_pHotKeys = std::make_unique<GlobalHotKeys>([this](int id, int virtualKey) { OnHotKey(id, virtualKey); });
     wxString failures;
     for (const HotKeySpec& spec : HotKeySpecs()) {
@@ -83,7 +95,8 @@ void DesktopShell::RegisterHotKeys()
         const GlobalHotKeys::Result result =
             m_pHotKeys->Register(index, BindingFromValues(modifier, Pref(spec.keyKey)));
         if (result == GlobalHotKeys::Result::Ok) {
-            m_hotKeyStates[static_cast<std::size_t>(index)] = _("registered");
+            m_hotKeyStates[static_cast<std::size_t>(index)] =
+                wayland ? _("registered, X11 windows only (Wayland session)") : _("registered");
             continue;
         }
         m_hotKeyStates[static_cast<std::size_t>(index)] =
