@@ -1,10 +1,15 @@
 #include "gui/main_frame.h"
 
+#include <cstdio>
+
+#include <unistd.h>
+
 #include <wx/aboutdlg.h>
 #include <wx/artprov.h>
 #include <wx/aui/auibar.h>
 #include <wx/log.h>
 #include <wx/menu.h>
+#include <wx/modalhook.h>
 #include <wx/msgdlg.h>
 #include <wx/panel.h>
 #include <wx/srchctrl.h>
@@ -81,6 +86,26 @@ bool Ask(wxWindow* parent, const wxString& text)
 {
     return wxMessageBox(text, kCaption, wxYES_NO | wxICON_QUESTION, parent) == wxYES;
 }
+
+// Counts the modal dialogs and message boxes open: a signal that arrives
+// while one runs its own loop cannot destroy the window under it.
+class ModalCounter final : public wxModalDialogHook {
+public:
+    int Open() const { return m_nOpen; }
+
+protected:
+    int Enter(wxDialog*) override
+    {
+        ++m_nOpen;
+        return wxID_NONE;
+    }
+    void Exit(wxDialog*) override { --m_nOpen; }
+
+private:
+    int m_nOpen = 0;
+};
+
+ModalCounter g_modals;
 
 class CategoryData final : public wxClientData {
 public:
@@ -173,8 +198,16 @@ CadrelleFrame::CadrelleFrame(const wxString& appDir)
 
     // A signal or the end of the desktop session closes the window for good
     // on the main thread; a lost display still saves before the end.
+    g_modals.Register();
     WatchStopSignals([this](int signal) {
         wxLogMessage("%d *** CadrelleFrame::OnStopSignal - %d", LogMs(), signal);
+        if (g_modals.Open() > 0) {
+            // A dialog's loop is running: saved and ended without unwinding
+            // the windows, as when the display is lost.
+            m_pSession->EmergencyStop();
+            std::fflush(nullptr);
+            ::_exit(0);
+        }
         CloseForGood();
     });
     WatchDisplayLoss([this] { m_pSession->EmergencyStop(); });
@@ -189,6 +222,7 @@ CadrelleFrame::~CadrelleFrame()
     Hide();
     WatchStopSignals(nullptr);
     WatchDisplayLoss(nullptr);
+    g_modals.Unregister();
     m_timerTrigger.Stop();
     m_timerHousekeeping.Stop();
     m_timerLogging.Stop();

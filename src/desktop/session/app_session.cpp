@@ -83,7 +83,7 @@ void AppSession::EmergencyStop()
     if (!IsRunning())
         return;
     m_bStopped = true;
-    wxLogMessage("%d *** The display connection was lost; saving before the end", LogMs());
+    wxLogMessage("%d *** Ending without closing the windows; saving before the end", LogMs());
     m_pEngine->Shutdown();
     SaveAll();
     wxLogMessage("%d <<- CadrelleFrame::~CadrelleFrame", LogMs());

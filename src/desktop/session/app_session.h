@@ -35,8 +35,9 @@ public:
     // The orderly end; `release` runs after the preferences are saved and
     // before the end banner (hot keys, timers of the owner). Once only.
     void Stop(const std::function<void()>& release = {});
-    // When the display is lost: stops the checkers, saves data and
-    // preferences and writes the end banner, without touching any window.
+    // When the display is lost or the end comes inside a dialog's loop:
+    // stops the checkers, saves data and preferences and writes the end
+    // banner, without touching any window.
     void EmergencyStop();
     bool IsRunning() const { return m_bStarted && !m_bStopped; }
 
