@@ -1,17 +1,16 @@
 #include "gui_test_support.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 
 #include <wx/app.h>
-#include <wx/bitmap.h>
-#include <wx/dcclient.h>
-#include <wx/dcmemory.h>
-#include <wx/dcscreen.h>
 #include <wx/evtloop.h>
 #include <wx/filename.h>
 #include <wx/image.h>
 #include <wx/window.h>
+
+#include "desktop/platform/screen_capture.h"
 
 namespace guitest {
 
@@ -57,17 +56,19 @@ wxString SaveScreenshot(wxWindow* window, const wxString& name)
     if (!dir || !*dir || !window)
         return wxString();
     Settle();
-    // The screen, not the window's own DC: title bars and child windows of
-    // the window manager are part of what the user sees.
+    // Read from the X server on a connection of its own (the program's own
+    // capture code): title bars of the window manager are part of what the
+    // user sees, and a wxScreenDC would disturb the toolkit's repainting.
     const wxRect rect = window->GetScreenRect();
-    wxScreenDC screen;
-    wxBitmap bitmap(rect.width, rect.height);
-    wxMemoryDC memory(bitmap);
-    memory.Blit(0, 0, rect.width, rect.height, &screen, rect.x, rect.y);
-    memory.SelectObject(wxNullBitmap);
+    RgbImage pixels;
+    wxString problem;
+    if (!CaptureScreen(rect.x, rect.y, rect.width, rect.height, pixels, problem))
+        return wxString();
+    wxImage image(pixels.width, pixels.height, false);
+    std::copy(pixels.rgb.begin(), pixels.rgb.end(), image.GetData());
     const wxString path = wxString::FromUTF8(dir) + "/" + name + ".png";
     wxFileName::Mkdir(wxString::FromUTF8(dir), 0755, wxPATH_MKDIR_FULL);
-    return bitmap.ConvertToImage().SaveFile(path, wxBITMAP_TYPE_PNG) ? path : wxString();
+    return image.SaveFile(path, wxBITMAP_TYPE_PNG) ? path : wxString();
 }
 
 wxWindow* FindByName(const wxString& name, wxWindow* parent)

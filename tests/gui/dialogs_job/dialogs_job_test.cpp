@@ -78,15 +78,10 @@ void Choose(wxWindow* dlg, const char* name, int selection)
 }
 
 // Pictures for people to look at, not checked here: only when asked for,
-// after the toolkit has had time to paint. After a first capture of the
-// screen the windows here stop repainting, so CADRELLE_SCREENSHOT_ONLY picks
-// the one picture of a run.
+// after the toolkit has had time to paint.
 void Shot(wxWindow* dlg, const char* name)
 {
     if (!std::getenv("CADRELLE_SCREENSHOT_DIR"))
-        return;
-    const char* only = std::getenv("CADRELLE_SCREENSHOT_ONLY");
-    if (only && wxString(only) != name)
         return;
     guitest::WaitFor([dlg] { return dlg->IsShownOnScreen(); });
     guitest::WaitFor([] { return false; }, 300);
