@@ -1,0 +1,42 @@
+#pragma once
+// What the frame's source files share: command ids and the small helpers of
+// its message boxes and preferences.
+
+#include <wx/defs.h>
+#include <wx/string.h>
+
+class wxWindow;
+
+namespace frame {
+
+enum {
+    ID_TBI_NEWJOB = wxID_HIGHEST + 100,
+    ID_TBI_EDITJOB,
+    ID_TBI_ENABLEJOB,
+    ID_TBI_DELJOB,
+    ID_TBI_TESTEXEC,
+    ID_TBI_RESETTRIGGER,
+    ID_TBI_BLOCK,
+    ID_TBI_PAUSE,
+    ID_TBI_SETTING,
+    ID_TBI_ABOUT,
+    ID_PPM_COPYJOB,
+    ID_PPM_ENABLEALL,
+    ID_PPM_DISABLEALL,
+    ID_MNU_NEWJOB,
+    ID_MNU_LANGUAGE,
+    ID_FIND_JOB,
+    ID_TIMER_TRIGGER,
+    ID_TIMER_HOUSEKEEPING,
+    ID_TIMER_LOGGING
+};
+
+extern const char* const kCaption;
+bool PrefIsOn(const char* key);
+long PrefNumber(const char* key, long fallback);
+// A message box captioned "Cadrelle".
+void Tell(wxWindow* parent, const wxString& text, long icon = wxICON_INFORMATION);
+// A yes/no question captioned "Cadrelle"; true for yes.
+bool Ask(wxWindow* parent, const wxString& text);
+
+}  // namespace frame
