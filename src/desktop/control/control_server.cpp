@@ -145,7 +145,7 @@ void ControlServer::HandleConnection(int fd)
     ControlAnswer answer;
     if (!request) {
         answer.exitCode = kControlExitFailed;
-        answer.err = "The running Cadrelle instance does not know this request.\n";
+        answer.err = std::string(_("The running Cadrelle instance does not know this request.\n").utf8_str());
     } else {
         auto promise = std::make_shared<std::promise<ControlAnswer>>();
         std::future<ControlAnswer> future = promise->get_future();

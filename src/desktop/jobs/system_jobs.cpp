@@ -39,7 +39,7 @@ void Report(Job& job, const char* what, const SystemOutcome& outcome, const char
 
 void LockWorkstation(Job& job)
 {
-    Report(job, "Lock Workstation", LockOwnSession(), "LockWorkStation failed! Error code: ");
+    Report(job, "Lock Workstation", LockOwnSession(), wxTRANSLATE("LockWorkStation failed! Error code: "));
 }
 
 // Where the display cannot be switched off the user is told what is
@@ -78,27 +78,27 @@ void EmptyRecyclebin(Job& job)
 
 void Suspend(Job& job)
 {
-    Report(job, "Suspend", RequestPowerAction(PowerAction::Suspend), "Suspend failed! Error code: ");
+    Report(job, "Suspend", RequestPowerAction(PowerAction::Suspend), wxTRANSLATE("Suspend failed! Error code: "));
 }
 
 void Hibernates(Job& job)
 {
-    Report(job, "Hibernates", RequestPowerAction(PowerAction::Hibernate), "Hibernates failed! Error code: ");
+    Report(job, "Hibernates", RequestPowerAction(PowerAction::Hibernate), wxTRANSLATE("Hibernates failed! Error code: "));
 }
 
 void Shutdown(Job& job)
 {
-    Report(job, "Shutdown", RequestPowerAction(PowerAction::PowerOff), "Shutdown failed! Error code: ");
+    Report(job, "Shutdown", RequestPowerAction(PowerAction::PowerOff), wxTRANSLATE("Shutdown failed! Error code: "));
 }
 
 void Reboot(Job& job)
 {
-    Report(job, "Reboot", RequestPowerAction(PowerAction::Reboot), "Reboot failed! Error code: ");
+    Report(job, "Reboot", RequestPowerAction(PowerAction::Reboot), wxTRANSLATE("Reboot failed! Error code: "));
 }
 
 void Logoff(Job& job)
 {
-    Report(job, "Logoff", LogOffOwnSession(), "Logoff failed! Error code: ");
+    Report(job, "Logoff", LogOffOwnSession(), wxTRANSLATE("Logoff failed! Error code: "));
 }
 
 }  // namespace
