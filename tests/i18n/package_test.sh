@@ -7,18 +7,15 @@ set -uo pipefail
 build="$1"
 tmp="$(mktemp -d)"
 trap 'rm -rf "$tmp"' EXIT
-fail() { echo "FAIL: $*"; status=1; }
-status=0
+status=0 && fail() { echo "FAIL: $*"; status=1; }
 
 DESTDIR="$tmp/stage" cmake --install "$build" --prefix /usr/local >/dev/null || fail "cmake --install"
 prefix="$tmp/stage/usr/local"
 for file in bin/cadrelle share/applications/cadrelle.desktop share/metainfo/com.vantrel.cadrelle.metainfo.xml \
   share/man/man1/cadrelle.1 share/locale/zh_CN/LC_MESSAGES/Cadrelle.mo share/locale/ja/LC_MESSAGES/Cadrelle.mo \
-  share/icons/hicolor/scalable/apps/cadrelle.svg share/cadrelle/img/lock-key-64.png; do
+  share/icons/hicolor/scalable/apps/cadrelle.svg share/cadrelle/img/lock-key-64.png \
+  share/icons/hicolor/{16x16,24x24,32x32,48x48,64x64,128x128,256x256}/apps/cadrelle.png; do
   [ -f "$prefix/$file" ] || fail "not installed: $file"
-done
-for size in 16 24 32 48 64 128 256; do
-  [ -f "$prefix/share/icons/hicolor/${size}x$size/apps/cadrelle.png" ] || fail "no ${size}px icon"
 done
 desktop-file-validate "$prefix/share/applications/cadrelle.desktop" || fail "desktop entry"
 appstreamcli validate --no-net "$prefix/share/metainfo/com.vantrel.cadrelle.metainfo.xml" >/dev/null || fail "metainfo"
@@ -28,15 +25,12 @@ appstreamcli validate --no-net "$prefix/share/metainfo/com.vantrel.cadrelle.meta
 cpack -G DEB --config "$build/CPackConfig.cmake" -B "$tmp/deb" >/dev/null || fail "cpack"
 deb="$(ls "$tmp"/deb/*.deb)"
 depends="$(dpkg-deb -f "$deb" Depends)"
-for lib in libc6 libwxgtk3.2 libexpat1; do
-  [[ "$depends" == *"$lib"* ]] || fail "Depends lacks $lib: $depends"
-done
+for lib in libc6 libwxgtk3.2 libexpat1; do [[ "$depends" == *"$lib"* ]] || fail "Depends lacks $lib: $depends"; done
 dpkg-deb -x "$deb" "$tmp/root" || fail "dpkg-deb -x"
 user=(env -i PATH="$PATH" HOME="$tmp/home" XDG_DATA_HOME="$tmp/home/data" XDG_CONFIG_HOME="$tmp/home/config"
   XDG_RUNTIME_DIR="$tmp/home/run" LANG=C LC_ALL=C)
 run() { "${user[@]}" "$@"; }
-mkdir -p "$tmp/home/run" "$tmp/empty"
-exe="$tmp/root/usr/bin/cadrelle"
+mkdir -p "$tmp/home/run" "$tmp/empty" && exe="$tmp/root/usr/bin/cadrelle"
 [[ "$(run "$exe" --version)" == "Cadrelle "* ]] || fail "--version"
 [[ "$(run "$exe" --list --app-dir "$tmp/empty")" == "Jobs: 0"* ]] || fail "--list on an empty folder"
 [ "$(run LANGUAGE=ja "$exe" --cron-next "" 2>&1)" = "cron 式が空です" ] || fail "Japanese catalogue not found"
@@ -45,8 +39,7 @@ exe="$tmp/root/usr/bin/cadrelle"
 pid=$!
 # Running once its checkers have started (their log lines are flushed by the loop).
 for _ in $(seq 100); do grep -qs CheckTriggerFireThreadEx "$tmp"/home/data/Cadrelle/log_*.txt && break; sleep 0.1; done
-kill -TERM $pid
-wait $pid
+kill -TERM $pid && wait $pid
 [ -f "$tmp/home/data/Cadrelle/data/data1.xml" ] || fail "no data under \$XDG_DATA_HOME/Cadrelle"
 [ ! -e "$tmp/root/usr/bin/data" ] || fail "data written beside the installed program"
 exit $status
