@@ -9,6 +9,17 @@
 #include <wx/log.h>
 
 #include "core/data/data_file_reader.h"
+#include "core/user_messages.h"
+
+namespace {
+
+// Conditions that do not parse are told to the user; here nobody is listening.
+class Silent final : public UserMessages {
+public:
+    void ShowMessage(const wxString&, const wxString&) override {}
+};
+
+}  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
@@ -16,6 +27,8 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
     wxInitialize();
     // Triggers log the conditions they cannot read; that is not news here.
     wxLog::EnableLogging(false);
+    static Silent silent;
+    SetUserMessages(&silent);
     return 0;
 }
 
