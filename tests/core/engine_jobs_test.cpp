@@ -206,8 +206,8 @@ TEST_F(EngineJobsTest, ShutdownCutsDelaysShortAndLeavesBehindOnlyAJobThatWillNot
         gate.Pass();
         runs.Add(job.GetId());
     });
-    engine.PostJobRun(*AddJob(55, NJobTypeRefreshUrl), 0);
-    engine.PostJobRun(*AddJob(66, NJobTypeSendUdpMsg), 60000);
+    engine.PostJobRun(*AddJob(555, NJobTypeRefreshUrl), 0);
+    engine.PostJobRun(*AddJob(666, NJobTypeSendUdpMsg), 60000);
     engine.ProcessRequests();
     ASSERT_TRUE(gate.WaitEntered());
     const auto start = std::chrono::steady_clock::now();
@@ -215,11 +215,11 @@ TEST_F(EngineJobsTest, ShutdownCutsDelaysShortAndLeavesBehindOnlyAJobThatWillNot
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
     const std::vector<wxString> behind = log.Matching("left behind");
     ASSERT_EQ(behind.size(), 1u);
-    EXPECT_TRUE(behind[0].EndsWith("left behind: JID_55")) << behind[0];
-    EXPECT_TRUE(log.Has("<<- [JID_66,"));  // the delayed job gave up its wait and ended
+    EXPECT_TRUE(behind[0].EndsWith("left behind: JID_555")) << behind[0];
+    EXPECT_TRUE(log.Has("<<- [JID_666,"));  // the delayed job gave up its wait and ended
     gate.Open();
     EXPECT_TRUE(engine.WaitForJobThreads(5000));
-    EXPECT_EQ(runs.Ids(), (std::vector<std::int32_t>{55}));
-    EXPECT_FALSE(log.Has("<<- [JID_55,"));  // left behind: it no longer reaches the log
+    EXPECT_EQ(runs.Ids(), (std::vector<std::int32_t>{555}));
+    EXPECT_FALSE(log.Has("<<- [JID_555,"));  // left behind: it no longer reaches the log
     wxLog::SetActiveTarget(previous);
 }
