@@ -97,6 +97,10 @@ int RunHeadless(const wxString& appDir)
     HeadlessHost host;
     AppSession session(appDir);
     session.Start(host);
+    // What the data file held but did not load as written (also in the log).
+    const wxString loadNote = session.LoadReport().Describe();
+    if (!loadNote.empty())
+        std::cerr << "cadrelle: " << loadNote.utf8_str().data() << std::endl;
     SchedulerEngine& engine = session.GetEngine();
     const std::unique_ptr<InstanceControl> control = MakeEngineControl(session.GetScheduler(), engine);
     ControlServer server([&control](const ControlRequest& request) { return ServeControlRequest(*control, request); },

@@ -23,6 +23,7 @@
 #include "core/log/weekday_log.h"
 #include "core/prefs/preference.h"
 #include "core/scheduler.h"
+#include "core/user_messages.h"
 #include "desktop/session/app_session.h"
 #include "desktop/session/session_end.h"
 #include "gui/dialogs/auth_dlg.h"
@@ -82,6 +83,10 @@ CadrelleFrame::CadrelleFrame(const wxString& appDir)
       m_timerLogging(this, ID_TIMER_LOGGING)
 {
     m_pSession->Start(*this);
+    // What the data file held but did not load as written, in a message box.
+    const wxString loadNote = m_pSession->LoadReport().Describe();
+    if (!loadNote.empty())
+        GetUserMessages().ShowMessage(loadNote, kCaption);
     m_strStartTime = wxDateTime::Now().Format("%Y-%m-%d %H:%M:%S");
     m_nSortCol = static_cast<int>(PrefNumber("colSortIndex", 0));
     m_nSortDir = PrefNumber("colSortDir", kSortDefault);
