@@ -1,7 +1,7 @@
 #pragma once
 // A temporary application folder and a manual clock for the log tests.
 
-#include <algorithm>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -23,12 +23,9 @@ protected:
     std::vector<std::string> Lines(int weekday) const
     {
         std::vector<std::string> lines;
-        const std::string bytes = ReadFileBytes(dir.File(WeekdayLog::FileName(weekday)));
-        for (std::size_t start = 0; start < bytes.size();) {
-            const std::size_t end = std::min(bytes.find('\n', start), bytes.size());
-            lines.push_back(bytes.substr(start, end - start));
-            start = end + 1;
-        }
+        std::istringstream in(ReadFileBytes(dir.File(WeekdayLog::FileName(weekday))));
+        for (std::string line; std::getline(in, line);)
+            lines.push_back(line);
         return lines;
     }
 
