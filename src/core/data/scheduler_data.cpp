@@ -61,21 +61,21 @@ wxString DataLoadReport::Describe() const
 {
     wxString text;
     if (source == Source::Fallback)
-        text << wxString::Format("The data file %s could not be read (%s); the fallback copy %s was loaded instead.\n",
+        text << wxString::Format(_("The data file %s could not be read (%s); the fallback copy %s was loaded instead.\n"),
                                  workingPath, workingProblem, sourcePath);
     else if (source == Source::None && !keptCopies.empty())
-        text << wxString::Format("The data file %s could not be read (%s) and there is no usable fallback copy: "
-                                 "Cadrelle starts with no jobs and no triggers.\n",
+        text << wxString::Format(_("The data file %s could not be read (%s) and there is no usable fallback copy: "
+                                   "Cadrelle starts with no jobs and no triggers.\n"),
                                  workingPath, workingProblem);
     if (!dropped.empty()) {
-        text << wxString::Format("Some of what %s holds was not loaded as written:\n", sourcePath);
+        text << wxString::Format(_("Some of what %s holds was not loaded as written:\n"), sourcePath);
         for (std::size_t i = 0; i < dropped.size() && i < kMaxDescribedLines; ++i)
             text << "- " << dropped[i] << "\n";
         if (dropped.size() > kMaxDescribedLines)
-            text << wxString::Format("- and %zu more (see the log)\n", dropped.size() - kMaxDescribedLines);
+            text << wxString::Format(_("- and %zu more (see the log)\n"), dropped.size() - kMaxDescribedLines);
     }
     for (const wxString& kept : keptCopies)
-        text << wxString::Format("The original file is kept as %s.\n", kept);
+        text << wxString::Format(_("The original file is kept as %s.\n"), kept);
     text.Trim();
     return text;
 }
