@@ -120,3 +120,9 @@ inline wxString PortText(std::uint16_t port)
 {
     return wxString::Format("%u", static_cast<unsigned>(port));
 }
+
+// Broadcast tests run only in a child of the test program started under
+// `unshare -rn` with this flag as argv[1] and the inode of the parent's
+// network namespace as argv[2]; only the verified child registers them.
+constexpr const char* kNamespaceChildFlag = "--netns-child";
+void RegisterNamespaceBroadcastTests();

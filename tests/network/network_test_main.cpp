@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include "broadcast_namespace.h"
+#include "loopback_peers.h"
 #include "desktop/jobs/network_jobs.h"
 
 int main(int argc, char** argv)

@@ -93,14 +93,3 @@ TEST(NetworkPayload, MacAddressesAreCutAtDashesOnly)
     // A piece that is not hexadecimal is a zero byte, as in a HEX message.
     EXPECT_EQ(ParseMacAddress("aa-zz-cc-dd-ee-ff").bytes, (MacBytes{0xAA, 0x00, 0xCC, 0xDD, 0xEE, 0xFF}));
 }
-
-TEST(NetworkPayload, WakeOnLanPacketIsSyncThenSixteenCopies)
-{
-    const ByteVector packet = WakeOnLanPacket(ParseMacAddress("aa-bb-cc-dd-ff-ee").bytes);
-    ASSERT_EQ(packet.size(), kWakeOnLanPacketSize);
-    for (std::size_t i = 0; i < 6; ++i)
-        EXPECT_EQ(packet[i], 0xFF) << i;
-    const std::uint8_t mac[] = {0xAA, 0xBB, 0xCC, 0xDD, 0xFF, 0xEE};
-    for (std::size_t i = 6; i < packet.size(); ++i)
-        EXPECT_EQ(packet[i], mac[(i - 6) % 6]) << i;
-}
