@@ -4,7 +4,10 @@
 #include <chrono>
 #include <cstdlib>
 
+#include <gtest/gtest.h>
 #include <wx/app.h>
+#include <wx/dir.h>
+#include <wx/ffile.h>
 #include <wx/evtloop.h>
 #include <wx/filename.h>
 #include <wx/image.h>
@@ -82,6 +85,72 @@ wxWindow* FindByName(const wxString& name, wxWindow* parent)
             return found;
     }
     return nullptr;
+}
+
+void Fire(wxWindow* control, wxEventType type, int value)
+{
+    wxCommandEvent event(type, control->GetId());
+    event.SetEventObject(control);
+    event.SetInt(value);
+    control->ProcessWindowEvent(event);
+}
+
+wxString ReadText(const wxString& path)
+{
+    wxString text;
+    wxFFile(path, "r").ReadAll(&text);
+    return text;
+}
+
+std::size_t Count(const wxString& text, const wxString& what)
+{
+    wxString rest = text;
+    return rest.Replace(what, "");
+}
+
+wxString LogText(const wxString& appDir)
+{
+    wxArrayString files;
+    wxDir::GetAllFiles(appDir, &files, "log_*.txt", wxDIR_FILES);
+    wxString text;
+    for (const wxString& file : files)
+        text += ReadText(file);
+    return text;
+}
+
+wxString JobXml(int jid, int kind, const char* desc, bool enabled, int tid, const char* info)
+{
+    return wxString::Format("<JOB><ID>%d</ID><TYPE>%d</TYPE><DESC>%s</DESC><ENABLE>%d</ENABLE><JINTERVAL>0"
+                            "</JINTERVAL><TID>%d</TID><JID></JID><INFO>%s</INFO></JOB>\n",
+                            jid, kind, desc, enabled ? 1 : 0, tid, info);
+}
+
+wxString TriggerXml(int tid, int kind, const char* condition)
+{
+    return wxString::Format("<TRIGGER><ID>%d</ID><TYPE>%d</TYPE><CONDITION>%s</CONDITION><PREVFIRE>0 0 0 1 1 * "
+                            "1999</PREVFIRE><NEXTFIRE>0 0 0 1 1 * 1999</NEXTFIRE><START>0 0 0 1 1 * 1999</START>"
+                            "<END>59 59 23 31 12 * 2999</END></TRIGGER>\n",
+                            tid, kind, condition);
+}
+
+void WriteData(const wxString& appDir, const wxString& items)
+{
+    wxFileName::Mkdir(appDir + "/data", 0700, wxPATH_MKDIR_FULL);
+    wxFFile(appDir + "/data/data1.xml", "w")
+        .Write("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<SCHEDULER>\n" + items + "</SCHEDULER>\n");
+}
+
+int ExpectMessage::OnInvoked(wxMessageDialog* dlg) const
+{
+    const wxString text = dlg->GetMessage();
+    EXPECT_EQ(dlg->GetCaption(), "Cadrelle");
+    if (m_match == Match::Exact)
+        EXPECT_EQ(text, m_text);
+    else
+        EXPECT_TRUE(m_match == Match::Start ? text.StartsWith(m_text) : text.Contains(m_text)) << text;
+    if (m_seen)
+        *m_seen = true;
+    return wxExpectModal<wxMessageDialog>::OnInvoked(dlg);
 }
 
 }  // namespace guitest

@@ -9,7 +9,8 @@
 #include <functional>
 #include <string>
 
-#include <wx/string.h>
+#include <wx/msgdlg.h>
+#include <wx/testing.h>
 
 class wxWindow;
 
@@ -32,5 +33,36 @@ wxString SaveScreenshot(wxWindow* window, const wxString& name);
 // The first descendant of `parent` (or of any top-level window when null)
 // whose name is `name`.
 wxWindow* FindByName(const wxString& name, wxWindow* parent = nullptr);
+template <class T>
+T* Find(wxWindow* parent, const wxString& name) { return dynamic_cast<T*>(FindByName(name, parent)); }
+// Sends the command event a user's action on `control` sends (a click, a tick).
+void Fire(wxWindow* control, wxEventType type = wxEVT_BUTTON, int value = 0);
+// The text of a file, and how often `what` occurs in a text.
+wxString ReadText(const wxString& path);
+std::size_t Count(const wxString& text, const wxString& what);
+// All log files of an application folder.
+wxString LogText(const wxString& appDir);
+// A job and a trigger as the data file stores them (trigger dates in 1999..2999).
+wxString JobXml(int jid, int kind, const char* desc, bool enabled, int tid, const char* info);
+wxString TriggerXml(int tid, int kind, const char* condition);
+// Writes `appDir`/data/data1.xml holding `items`.
+void WriteData(const wxString& appDir, const wxString& items);
+
+enum class Match { Exact, Start, Part };
+// A message box captioned "Cadrelle" whose text is (starts with, contains)
+// `text`, answered `answer`; sets *seen when shown.
+class ExpectMessage : public wxExpectModal<wxMessageDialog> {
+public:
+    explicit ExpectMessage(const wxString& text, int answer = wxOK, Match match = Match::Exact, bool* seen = nullptr)
+        : wxExpectModal<wxMessageDialog>(answer), m_text(text), m_match(match), m_seen(seen) { Describe(text); }
+
+protected:
+    int OnInvoked(wxMessageDialog* dlg) const override;
+
+private:
+    wxString m_text;
+    Match m_match;
+    bool* m_seen;
+};
 
 }  // namespace guitest

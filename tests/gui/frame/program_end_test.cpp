@@ -84,7 +84,7 @@ TEST_P(ProgramEndTest, SavesAndWritesTheEndBanner)
     EXPECT_TRUE(guitest::WaitFor([&] { return (window = ClientOf(display, pid)) != 0; }, 20000));
     // Past the first tick of the trigger timer: the checkers run.
     EXPECT_TRUE(guitest::WaitFor(
-        [&] { return frametest::LogText(appDir).Contains("Starting CheckTriggerFireThreadEx"); }, 20000));
+        [&] { return guitest::LogText(appDir).Contains("Starting CheckTriggerFireThreadEx"); }, 20000));
     if (bySignal)
         ::kill(pid, SIGTERM);
     else if (window)
@@ -98,10 +98,10 @@ TEST_P(ProgramEndTest, SavesAndWritesTheEndBanner)
     XCloseDisplay(display);
     ASSERT_TRUE(ended);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
-    const wxString log = frametest::LogText(appDir);
+    const wxString log = guitest::LogText(appDir);
     EXPECT_TRUE(log.Contains(bySignal ? "OnStopSignal - 15" : "CadrelleFrame::OnClose"));
     EXPECT_LT(log.Find("SaveSchedulerData(true) Completed"), log.Find(WeekdayLog::kEndBanner));
-    EXPECT_EQ(frametest::Count(frametest::ReadText(appDir + "/data/data1.xml"), "<JOB>"), 5u);
+    EXPECT_EQ(guitest::Count(guitest::ReadText(appDir + "/data/data1.xml"), "<JOB>"), 5u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Ways, ProgramEndTest, testing::Values(false, true),

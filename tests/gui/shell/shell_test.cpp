@@ -7,11 +7,6 @@
 #include <utility>
 
 #include <gtest/gtest.h>
-#include <wx/button.h>
-#include <wx/file.h>
-#include <wx/filename.h>
-#include <wx/msgdlg.h>
-#include <wx/testing.h>
 #include <wx/utils.h>
 
 #include "core/prefs/preference.h"
@@ -23,36 +18,18 @@
 
 namespace {
 
-// A message box whose text must contain `part`; notes that it was shown.
-class ExpectBox : public wxExpectModal<wxMessageDialog> {
-public:
-    ExpectBox(const wxString& part, bool* seen = nullptr) : wxExpectModal(wxID_OK), m_part(part), m_seen(seen) {}
-
-protected:
-    int OnInvoked(wxMessageDialog* dlg) const override
-    {
-        EXPECT_NE(dlg->GetMessage().Find(m_part), wxNOT_FOUND) << dlg->GetMessage();
-        return m_seen ? (*m_seen = true, wxID_OK) : wxID_OK;
-    }
-    wxString m_part;
-    bool* m_seen;
-};
+// A message box whose text contains `part`; notes that it was shown.
+guitest::ExpectMessage ExpectBox(const wxString& part, bool* seen = nullptr)
+{
+    return guitest::ExpectMessage(part, wxOK, guitest::Match::Part, seen);
+}
 
 // Two reminders (JID 0 and 1) with triggers at 0:00 and 12:00; no job 2.
 CadrelleFrame* NewFrame()
 {
     const wxString app = guitest::FreshAppDir();
-    wxFileName::Mkdir(app + "/data", 0700, wxPATH_MKDIR_FULL);
-    std::string jobs, triggers;
-    for (const char* id : {"0", "1"}) {
-        const std::string tid = id[0] == '0' ? "1" : "2";
-        jobs += std::string("<JOB><ID>") + id + "</ID><TYPE>0</TYPE><DESC>R</DESC><ENABLE>1</ENABLE><JINTERVAL>0" +
-                "</JINTERVAL><TID>" + tid + "</TID><JID></JID><INFO>Tea $ 0</INFO></JOB>\n";
-        triggers += "<TRIGGER><ID>" + tid + "</ID><TYPE>2</TYPE><CONDITION>0 0 0/12 * * ?</CONDITION><PREVFIRE>0 0 "
-                    "0 1 1 * 1999</PREVFIRE><NEXTFIRE>0 0 0 1 1 * 1999</NEXTFIRE><START>0 0 0 1 1 * 1999</START>"
-                    "<END>59 59 23 31 12 * 2999</END></TRIGGER>\n";
-    }
-    wxFile(app + "/data/data1.xml", wxFile::write).Write("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<SCHEDULER>\n" + jobs + triggers + "</SCHEDULER>\n");
+    guitest::WriteData(app, guitest::JobXml(0, 0, "R", true, 1, "Tea $ 0") + guitest::JobXml(1, 0, "R", true, 2, "Tea $ 0") +
+                                guitest::TriggerXml(1, 2, "0 0 0/12 * * ?") + guitest::TriggerXml(2, 2, "0 0 0/12 * * ?"));
     auto* frame = new CadrelleFrame(app);
     frame->Show();
     return frame;
@@ -143,13 +120,7 @@ TEST(ShellNotices, StackedWithoutTakingTheFocusAndTheirButtonsAct)
     if (std::getenv("CADRELLE_SCREENSHOT_DIR"))
         std::system("import -window root \"$CADRELLE_SCREENSHOT_DIR/notices.png\"");
 
-    auto press = [](NoticeWindow* notice, const char* name) {
-        auto* button = wxDynamicCast(guitest::FindByName(name, notice), wxButton);
-        ASSERT_NE(button, nullptr) << name;
-        wxCommandEvent click(wxEVT_BUTTON, button->GetId());
-        click.SetEventObject(button);
-        button->ProcessWindowEvent(click);
-    };
+    auto press = [](NoticeWindow* notice, const char* name) { guitest::Fire(guitest::FindByName(name, notice)); };
     const std::int32_t first = notices[0]->GetJid();
     press(notices[0], "noticeDisable");
     EXPECT_FALSE(frame->GetScheduler().GetJobById(first)->IsEnabled());
