@@ -8,17 +8,14 @@
 #include <gtest/gtest.h>
 #include <wx/ffile.h>
 #include <wx/filename.h>
-#include <wx/init.h>
-#include <wx/log.h>
 
 #include "core/prefs/password_hash.h"
 #include "core/prefs/preference.h"
 #include "core/prefs/setting_rules.h"
 #include "desktop/platform/autostart.h"
+#include "harness.h"
 
 namespace {
-
-const wxInitializer kWxBase;  // log records reach the active target at once
 
 TEST(SettingForm, RefusalsAndNotices)
 {
@@ -108,20 +105,15 @@ TEST(Autostart, ExecArgumentQuoting)
 
 // XDG_CONFIG_HOME and two XDG_CONFIG_DIRS in a fresh folder per test.
 struct AutostartEntry : testing::Test {
-    void SetUp() override
-    {
-        char pattern[] = "/tmp/cadrelle-autostart-XXXXXX";
-        m_dir = wxString::FromUTF8(::mkdtemp(pattern));
-        ::setenv("XDG_CONFIG_HOME", (m_dir + "/home").utf8_str(), 1);
-        ::setenv("XDG_CONFIG_DIRS", (m_dir + "/etc1:" + m_dir + "/etc2").utf8_str(), 1);
-    }
-    void TearDown() override { wxFileName::Rmdir(m_dir, wxPATH_RMDIR_RECURSIVE); }
     static wxString Entry()
     {
         wxString text;
         return wxFFile(AutostartEntryPath()).ReadAll(&text) ? text : wxString();
     }
-    wxString m_dir;
+    const TempDir dir;
+    const wxString m_dir = dir.Path();
+    const ScopedEnv home{"XDG_CONFIG_HOME", (m_dir + "/home").utf8_str()};
+    const ScopedEnv dirs{"XDG_CONFIG_DIRS", (m_dir + "/etc1:" + m_dir + "/etc2").utf8_str()};
 };
 
 TEST_F(AutostartEntry, WrittenReadBackAndTurnedOff)
@@ -157,16 +149,13 @@ TEST_F(AutostartEntry, WrittenReadBackAndTurnedOff)
 TEST_F(AutostartEntry, FailuresAreLogged)
 {
     wxFFile(m_dir + "/home", "w").Write("a file where the folder should be");
-    wxLogBuffer buffer;
-    wxLog* previous = wxLog::SetActiveTarget(&buffer);
+    CapturedLog log;
     EXPECT_FALSE(SetAutostart(true, "/usr/bin/cadrelle"));
     wxFileName::Mkdir(m_dir + "/etc1/autostart", 0700, wxPATH_MKDIR_FULL);
     wxFFile(m_dir + "/etc1/autostart/cadrelle.desktop", "w").Write("[Desktop Entry]\n");
     EXPECT_FALSE(SetAutostart(false, "/usr/bin/cadrelle"));
-    wxString log = buffer.GetBuffer();  // before the switch back flushes it
-    wxLog::SetActiveTarget(previous);
-    EXPECT_EQ(log.Replace("*** RegSetValueEx - Error", ""), 1u) << log;
-    EXPECT_EQ(log.Replace("*** RegDeleteValue - Error", ""), 1u) << log;
+    EXPECT_EQ(log.Matching("*** RegSetValueEx - Error").size(), 1u);
+    EXPECT_EQ(log.Matching("*** RegDeleteValue - Error").size(), 1u);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 // saves, writes the end banner and exits with status 0, losing no job.
 
 #include <csignal>
+#include <cstdlib>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,53 +14,25 @@
 #include "frame_test_data.h"
 #include "gui_test_support.h"
 
-// Last: Xlib's macros (None, Status, Bool) would break the headers above.
-#include <X11/Xatom.h>
-#include <X11/Xlib.h>
-
 namespace {
 
-// The top-level client window of process `pid` in _NET_CLIENT_LIST, or 0.
-Window ClientOf(Display* display, pid_t pid)
+// Asks the window manager, as a pager does (_NET_CLOSE_WINDOW), to close the
+// managed window of `pid`; false while it has none.
+bool RequestClose(pid_t pid)
 {
-    const Atom clientList = XInternAtom(display, "_NET_CLIENT_LIST", False);
-    const Atom wmPid = XInternAtom(display, "_NET_WM_PID", False);
-    Atom type;
-    int format;
-    unsigned long count = 0, after;
-    unsigned char* data = nullptr;
-    Window found = 0;
-    if (XGetWindowProperty(display, DefaultRootWindow(display), clientList, 0, 4096, False, XA_WINDOW, &type, &format,
-                           &count, &after, &data) != Success || !data)
-        return 0;
-    for (unsigned long i = 0; i < count && !found; ++i) {
-        const Window window = reinterpret_cast<Window*>(data)[i];
-        unsigned char* pidData = nullptr;
-        unsigned long n = 0;
-        if (XGetWindowProperty(display, window, wmPid, 0, 1, False, XA_CARDINAL, &type, &format, &n, &after,
-                               &pidData) == Success && pidData) {
-            if (n == 1 && static_cast<pid_t>(*reinterpret_cast<unsigned long*>(pidData)) == pid)
-                found = window;
-            XFree(pidData);
-        }
-    }
-    XFree(data);
-    return found;
-}
-
-// What a pager or taskbar sends to ask the window manager to close a window.
-void RequestClose(Display* display, Window window)
-{
-    XEvent event{};
-    event.xclient.type = ClientMessage;
-    event.xclient.window = window;
-    event.xclient.message_type = XInternAtom(display, "_NET_CLOSE_WINDOW", False);
-    event.xclient.format = 32;
-    event.xclient.data.l[0] = CurrentTime;
-    event.xclient.data.l[1] = 2;  // from a pager
-    XSendEvent(display, DefaultRootWindow(display), False, SubstructureRedirectMask | SubstructureNotifyMask,
-               &event);
-    XFlush(display);
+    const std::string script = R"(
+import sys
+from Xlib import display, X, protocol
+d = display.Display(); root = d.screen().root; atom = d.intern_atom
+clients = root.get_full_property(atom("_NET_CLIENT_LIST"), X.AnyPropertyType)
+for w in (clients.value if clients else []):
+    w = d.create_resource_object("window", w); p = w.get_full_property(atom("_NET_WM_PID"), X.AnyPropertyType)
+    if p and p.value[0] == int(sys.argv[1]):
+        root.send_event(protocol.event.ClientMessage(window=w, client_type=atom("_NET_CLOSE_WINDOW"),
+                        data=(32, [0, 2, 0, 0, 0])), event_mask=X.SubstructureRedirectMask | X.SubstructureNotifyMask)
+        d.flush(); sys.exit(0)
+sys.exit(1))";
+    return std::system(("/usr/bin/python3 -c '" + script + "' " + std::to_string(pid)).c_str()) == 0;
 }
 
 class ProgramEndTest : public testing::TestWithParam<bool> {};
@@ -78,24 +51,19 @@ TEST_P(ProgramEndTest, SavesAndWritesTheEndBanner)
         ::execl(CADRELLE_BINARY, CADRELLE_BINARY, "--app-dir", dir.data(), static_cast<char*>(nullptr));
         ::_exit(127);
     }
-    Display* display = XOpenDisplay(nullptr);
-    ASSERT_TRUE(display);
-    Window window = 0;
-    EXPECT_TRUE(guitest::WaitFor([&] { return (window = ClientOf(display, pid)) != 0; }, 20000));
     // Past the first tick of the trigger timer: the checkers run.
     EXPECT_TRUE(guitest::WaitFor(
         [&] { return guitest::LogText(appDir).Contains("Starting CheckTriggerFireThreadEx"); }, 20000));
     if (bySignal)
         ::kill(pid, SIGTERM);
-    else if (window)
-        RequestClose(display, window);
+    else
+        EXPECT_TRUE(guitest::WaitFor([&] { return RequestClose(pid); }, 20000));
     int status = -1;
     const bool ended = guitest::WaitFor([&] { return ::waitpid(pid, &status, WNOHANG) == pid; }, 20000);
     if (!ended) {
         ::kill(pid, SIGKILL);
         ::waitpid(pid, &status, 0);
     }
-    XCloseDisplay(display);
     ASSERT_TRUE(ended);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
     const wxString log = guitest::LogText(appDir);

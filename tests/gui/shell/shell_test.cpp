@@ -145,11 +145,10 @@ TEST(ShellControl, TheCommandLineSteersTheWindow)
 {
     CadrelleFrame* frame = NewFrame();
     ASSERT_TRUE(guitest::WaitFor([&] { return frame->GetEngine().IsStarted(); }));
+    // The answers themselves: the headless control test; here they reach the window's engine.
     EXPECT_EQ(Client("--pause").first, 0);
     EXPECT_EQ(Client("--silent on").first, 0);
     EXPECT_TRUE(frame->GetEngine().IsPaused() && frame->GetEngine().IsSilentMode());
-    EXPECT_EQ(Client("--status").second.substr(0, 25), "state: paused\nsilent: on\n");
-    EXPECT_EQ(Client("--run 42"), std::make_pair(2, std::string("No job with JID 42.\n")));
     frame->Hide();
     EXPECT_EQ(Client("--show").first, 0);
     EXPECT_TRUE(guitest::WaitFor([&] { return frame->IsShown(); }));
