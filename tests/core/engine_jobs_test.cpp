@@ -91,17 +91,8 @@ protected:
     Job* AddJob(std::int32_t jid, std::uint32_t kind, IdList associated = {}, std::int32_t interval = 0,
                 bool enable = true)
     {
-        std::unique_ptr<Job> job = CreateJob(kind);
-        JobParam p;
-        p.id = jid;
-        p.type = kind;
-        p.associatedJids = std::move(associated);
-        p.jobInterval = interval;
-        p.enable = enable;
-        job->SetParam(p);
-        Job* raw = job.get();
-        scheduler.AddJob(std::move(job), false);
-        return raw;
+        scheduler.AddJob(TestJob(jid, kind, {}, std::move(associated), interval, enable), false);
+        return scheduler.GetJobById(jid).get();
     }
 
     // Drains requests on this (the main) thread until `count` runs were seen
@@ -174,22 +165,17 @@ TEST_F(EngineJobsTest, ARunningJobUsesItsOwnCopyWhileTheOriginalIsEditedOrDelete
         runs.Add(job.GetId());
     });
     Job* job = AddJob(5, NJobTypeRefreshUrl);
-    {
+    auto edit = [&](const char* url) {  // as the job dialog does
         auto lock = scheduler.EditLock();
         JobParam p;
         job->GetParam(p);
-        p.params = {"http://127.0.0.1:9/before"};
+        p.params = {url};
         job->SetParam(p);
-    }
+    };
+    edit("http://127.0.0.1:9/before");
     engine.PostJobRun(*job, 0);
     engine.ProcessRequests();
-    {
-        auto lock = scheduler.EditLock();
-        JobParam p;
-        job->GetParam(p);
-        p.params = {"http://127.0.0.1:9/after"};
-        job->SetParam(p);
-    }
+    edit("http://127.0.0.1:9/after");
     scheduler.DeleteJob(job, false);
     gate.Open();
     PumpUntil(1);

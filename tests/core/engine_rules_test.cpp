@@ -69,13 +69,7 @@ protected:
         auto trigger = Make(NTriggerTypeSpecTime, "0 0 8 23 11 ? 2026");
         trigger->SetTid(tid);
         s.AddTrigger(std::move(trigger), false);
-        std::unique_ptr<Job> job = CreateJob(jobKind);
-        JobParam p;
-        p.id = jid;
-        p.type = jobKind;
-        p.triggerIds = {static_cast<std::int32_t>(tid)};
-        job->SetParam(p);
-        s.AddJob(std::move(job), false);
+        s.AddJob(TestJob(jid, jobKind, {static_cast<std::int32_t>(tid)}), false);
     }
 };
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "core/scheduler.h"
+#include "trigger_builders.h"
 
 namespace {
 
@@ -16,18 +17,6 @@ struct RecordingRuns : JobRunRequests {
     std::vector<std::pair<std::int32_t, int>> posted;
     void PostJobRun(Job& job, int value) override { posted.emplace_back(job.GetId(), value); }
 };
-
-std::unique_ptr<Job> MakeJob(std::int32_t jid, std::uint32_t type = NJobTypeReminder,
-                             decltype(JobParam::triggerIds) tids = {})
-{
-    std::unique_ptr<Job> job = CreateJob(type);
-    JobParam param;
-    param.id = jid;
-    param.type = type;
-    param.triggerIds = std::move(tids);
-    job->SetParam(param);
-    return job;
-}
 
 std::unique_ptr<Trigger> MakeTrigger(std::int64_t tid, std::uint32_t type = NTriggerTypeSpecTime)
 {
@@ -53,11 +42,11 @@ TEST(SchedulerIds, NewJidReusesTheLowestGapAndLookupsFindById)
     EXPECT_EQ(s.MaxJID(), 0);
     EXPECT_EQ(s.MaxTID(), 0);
     // Out of order on purpose: the scan restarts from the front after a clash.
-    s.AddJob(MakeJob(3), false);
-    s.AddJob(MakeJob(1), false);
-    s.AddJob(MakeJob(0), false);
+    s.AddJob(TestJob(3), false);
+    s.AddJob(TestJob(1), false);
+    s.AddJob(TestJob(0), false);
     EXPECT_EQ(s.NewJID(), 2);
-    s.AddJob(MakeJob(2), false);
+    s.AddJob(TestJob(2), false);
     EXPECT_EQ(s.NewJID(), 4);
     EXPECT_EQ(s.MaxJID(), 3);
     EXPECT_EQ(s.GetJobById(42), nullptr);
@@ -77,8 +66,8 @@ TEST(SchedulerEdits, ChangedMarkerFollowsTheLastTouchedElement)
     CountingObserver jobs, triggers;
     s.SetJobObserver(&jobs);
     s.SetTriggerObserver(&triggers);
-    s.AddJob(MakeJob(0), true);
-    s.AddJob(MakeJob(1), true);
+    s.AddJob(TestJob(0), true);
+    s.AddJob(TestJob(1), true);
     EXPECT_FALSE(s.Jobs()[0]->IsChanged());
     EXPECT_TRUE(s.Jobs()[1]->IsChanged());
     s.UpdateJob(s.Jobs()[0].get(), false);
@@ -106,8 +95,8 @@ TEST(SchedulerEdits, EnableAllJobsNotifiesOnceMoreEvenWhenNothingChanges)
     Scheduler s;
     CountingObserver jobs;
     s.SetJobObserver(&jobs);
-    s.AddJob(MakeJob(0), false);
-    s.AddJob(MakeJob(1), false);
+    s.AddJob(TestJob(0), false);
+    s.AddJob(TestJob(1), false);
     for (const auto& job : s.Jobs())
         job->SetEnable(false);
     s.SetDataChanged(false);
@@ -130,8 +119,8 @@ TEST(SchedulerEdits, SetJobEnableCarriesTheStateToTheJobsTriggersOnly)
     s.AddTrigger(MakeTrigger(1), false);
     s.AddTrigger(MakeTrigger(2), false);
     s.AddTrigger(MakeTrigger(3), false);
-    s.AddJob(MakeJob(0, NJobTypeReminder, {1, 3, 99}), false);  // 99 names no trigger
-    s.AddJob(MakeJob(1, NJobTypeReminder, {2}), false);
+    s.AddJob(TestJob(0, NJobTypeReminder, {1, 3, 99}), false);  // 99 names no trigger
+    s.AddJob(TestJob(1, NJobTypeReminder, {2}), false);
 
     s.SetJobEnable(s.Jobs()[0].get(), false, false);
     EXPECT_FALSE(s.GetTriggerById(1)->IsEnabled());
@@ -147,8 +136,8 @@ TEST(SchedulerEdits, DeleteJobTakesItsTriggersAndOwnersAndKeepsOthersInOrder)
     Scheduler s;
     for (std::int64_t tid : {10, 11, 12, 13, 14})
         s.AddTrigger(MakeTrigger(tid), false);
-    s.AddJob(MakeJob(0, NJobTypeReminder, {10, 12}), false);
-    s.AddJob(MakeJob(1, NJobTypeReminder, {11, 13, 14}), false);
+    s.AddJob(TestJob(0, NJobTypeReminder, {10, 12}), false);
+    s.AddJob(TestJob(1, NJobTypeReminder, {11, 13, 14}), false);
     ASSERT_EQ(s.GetTriggerOwner(12)->GetId(), 0);
 
     Trigger* kept = s.GetTriggerById(13);
@@ -185,9 +174,9 @@ TEST(SchedulerQueries, CategoryQueriesKeepListOrderAndListEachJobOnce)
     s.AddTrigger(MakeTrigger(1, NTriggerTypeCron), false);
     s.AddTrigger(MakeTrigger(2, NTriggerTypeCron), false);
     s.AddTrigger(MakeTrigger(3, NTriggerTypeIdleTimeout), false);
-    s.AddJob(MakeJob(4, NJobTypeShutdown, {1, 2}), false);
-    s.AddJob(MakeJob(2, NJobTypeReminder, {3}), false);
-    s.AddJob(MakeJob(7, NJobTypeShutdown, {2}), false);
+    s.AddJob(TestJob(4, NJobTypeShutdown, {1, 2}), false);
+    s.AddJob(TestJob(2, NJobTypeReminder, {3}), false);
+    s.AddJob(TestJob(7, NJobTypeShutdown, {2}), false);
     s.Jobs()[1]->SetEnable(false);
 
     auto ids = [](const std::vector<Job*>& jobs) {
@@ -210,8 +199,8 @@ TEST(SchedulerRunByNumber, RefusesAbove99AndUnknownJidsAndPostsWith128)
     RecordingRuns runs;
     s.SetJobRunRequests(&runs);
     EXPECT_FALSE(s.RunJobByNumber(1));  // no jobs at all
-    s.AddJob(MakeJob(99), false);
-    s.AddJob(MakeJob(100), false);
+    s.AddJob(TestJob(99), false);
+    s.AddJob(TestJob(100), false);
     EXPECT_FALSE(s.RunJobByNumber(100));
     EXPECT_FALSE(s.RunJobByNumber(5));  // no such job: never the last one of the list
     EXPECT_TRUE(s.RunJobByNumber(99));

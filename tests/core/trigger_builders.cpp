@@ -16,3 +16,18 @@ std::unique_ptr<Trigger> LoadedTrigger(std::int64_t tid, std::uint32_t type, con
     trigger->Load(p);
     return trigger;
 }
+
+std::unique_ptr<Job> TestJob(std::int32_t jid, std::uint32_t kind, decltype(JobParam::triggerIds) tids,
+                             IdList associated, std::int32_t interval, bool enable)
+{
+    std::unique_ptr<Job> job = CreateJob(kind);
+    JobParam p;
+    p.id = jid;
+    p.type = kind;
+    p.triggerIds = std::move(tids);
+    p.associatedJids = std::move(associated);
+    p.jobInterval = interval;
+    p.enable = enable;
+    job->SetParam(p);
+    return job;
+}

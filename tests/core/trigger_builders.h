@@ -1,10 +1,16 @@
 #pragma once
-// A trigger loaded from the texts of a data-file record, as the loader makes
-// it (at the core clock's current time).
+// Jobs and triggers as the loader and the dialogs make them.
 
 #include <memory>
 
+#include "core/jobs/job.h"
 #include "core/triggers/trigger.h"
+
+std::unique_ptr<Job> TestJob(std::int32_t jid, std::uint32_t kind = NJobTypeReminder,
+                             decltype(JobParam::triggerIds) tids = {}, IdList associated = {},
+                             std::int32_t interval = 0, bool enable = true);
+
+// Loaded from the texts of a data-file record, at the core clock's time.
 
 std::unique_ptr<Trigger> LoadedTrigger(std::int64_t tid, std::uint32_t type, const wxString& condition,
                                        const wxString& prevFire = "0 0 0 1 1 * 1999",

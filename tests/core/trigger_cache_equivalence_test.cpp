@@ -3,7 +3,7 @@
 // firings, statuses and times, whatever the clock does.
 
 #include <random>
-#include <sstream>
+#include <string>
 
 #include "core/triggers/cron_driven_trigger.h"
 #include "trigger_fixture.h"
@@ -12,25 +12,13 @@ namespace {
 
 std::string RandomField(std::mt19937& rng, int min, int max, bool dayField)
 {
-    std::uniform_int_distribution<int> pick(0, 9);
-    std::uniform_int_distribution<int> value(min, max);
-    const int a = value(rng);
-    const int b = value(rng);
-    const int lo = std::min(a, b);
-    const int hi = std::max(a, b);
-    std::ostringstream out;
-    switch (pick(rng)) {
-    case 0:
-    case 1: out << (dayField && pick(rng) < 5 ? "?" : "*"); break;
-    case 2: out << a; break;
-    case 3: out << lo << "-" << hi; break;
-    case 4: out << "*/" << std::uniform_int_distribution<int>(1, (max - min) / 2 + 1)(rng); break;
-    case 5: out << lo << "/" << std::uniform_int_distribution<int>(1, 13)(rng); break;
-    case 6: out << a << "," << b; break;
-    case 7: out << lo << "-" << hi << "/" << std::uniform_int_distribution<int>(1, 7)(rng); break;
-    default: out << "*"; break;
-    }
-    return out.str();
+    auto pick = [&](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(rng); };
+    const int a = pick(min, max), b = pick(min, max), lo = std::min(a, b), hi = std::max(a, b);
+    const std::string s = std::to_string(a), los = std::to_string(lo), his = std::to_string(hi);
+    const std::string forms[] = {dayField && pick(0, 1) ? "?" : "*", "*", "*", s, los + "-" + his,
+                                 "*/" + std::to_string(pick(1, (max - min) / 2 + 1)), los + "/" + std::to_string(pick(1, 13)),
+                                 s + "," + std::to_string(b), los + "-" + his + "/" + std::to_string(pick(1, 7))};
+    return forms[pick(0, 8)];
 }
 
 std::string RandomExpression(std::mt19937& rng)
@@ -42,7 +30,7 @@ std::string RandomExpression(std::mt19937& rng)
 
 }  // namespace
 
-class CacheEquivalenceTest : public TriggerTest {};
+using CacheEquivalenceTest = TriggerTest;
 
 TEST_F(CacheEquivalenceTest, CachedAndStraightforwardAgreeOverRandomClocks)
 {

@@ -4,7 +4,7 @@
 #include "core/triggers/idle_timeout_trigger.h"
 #include "trigger_fixture.h"
 
-class IdleTest : public TriggerTest {};
+using IdleTest = TriggerTest;
 
 TEST_F(IdleTest, FiresAtTheExactThresholdOnlyAndThenKeepsQuietFor22Checks)
 {

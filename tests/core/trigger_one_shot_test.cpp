@@ -6,26 +6,18 @@
 #include "core/triggers/one_shot_triggers.h"
 #include "trigger_fixture.h"
 
-namespace {
+static const wxDateTime kMoment = Local(2026, 11, 23, 8, 0, 0);
 
-const wxDateTime kMoment = Local(2026, 11, 23, 8, 0, 0);
-
-}  // namespace
-
-class OneShotTest : public TriggerTest {};
+using OneShotTest = TriggerTest;
 
 TEST_F(OneShotTest, IsDueCoversTheToleranceAheadInclusively)
 {
     At(kMoment, -1000);
     auto trigger = Make(NTriggerTypeSpecTime, "0 0 8 23 11 ? 2026");
-    At(kMoment, -300001);
-    EXPECT_FALSE(trigger->IsDue(300));
-    At(kMoment, -300000);
-    EXPECT_TRUE(trigger->IsDue(300));
-    At(kMoment, 0);
-    EXPECT_TRUE(trigger->IsDue(300));
-    At(kMoment, 1);
-    EXPECT_FALSE(trigger->IsDue(300));
+    for (const auto& [offsetMs, due] : {std::pair{-300001, false}, {-300000, true}, {0, true}, {1, false}}) {
+        At(kMoment, offsetMs);
+        EXPECT_EQ(trigger->IsDue(300), due) << offsetMs;
+    }
 }
 
 TEST_F(OneShotTest, CountDownKeepsItsTargetAndDurationInTheCondition)
