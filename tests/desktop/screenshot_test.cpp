@@ -2,9 +2,6 @@
 // written as PNG files, decoded again with libpng and compared pixel by
 // pixel.
 
-#include <cstdio>
-#include <memory>
-
 #include <png.h>
 #include <wx/dir.h>
 #include <wx/filename.h>
@@ -15,69 +12,48 @@
 
 namespace {
 
-struct DecodedPng {
-    bool ok = false;
+struct Png {
     int width = 0;
     int height = 0;
-    std::vector<std::uint8_t> rgb;
-
-    std::uint32_t At(int x, int y) const
-    {
-        const std::size_t i = (static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + x) * 3;
-        return (static_cast<std::uint32_t>(rgb[i]) << 16) | (static_cast<std::uint32_t>(rgb[i + 1]) << 8) | rgb[i + 2];
-    }
+    std::vector<std::uint32_t> pixels;  // 0xAARRGGBB
+    std::uint32_t At(int x, int y) const { return pixels[std::size_t(y) * std::size_t(width) + x] & 0xffffffu; }
 };
 
-DecodedPng ReadPng(const wxString& path)
+Png ReadPng(const wxString& path)
 {
-    DecodedPng decoded;
+    Png png;
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
-    if (!png_image_begin_read_from_file(&image, path.fn_str()))
-        return decoded;
-    image.format = PNG_FORMAT_RGB;
-    decoded.width = static_cast<int>(image.width);
-    decoded.height = static_cast<int>(image.height);
-    decoded.rgb.resize(PNG_IMAGE_SIZE(image));
-    decoded.ok = png_image_finish_read(&image, nullptr, decoded.rgb.data(), 0, nullptr) != 0;
-    png_image_free(&image);
-    return decoded;
+    if (png_image_begin_read_from_file(&image, path.fn_str())) {
+        image.format = PNG_FORMAT_BGRA;  // a little-endian 0xAARRGGBB
+        png.pixels.resize(std::size_t(image.width) * image.height);
+        if (png_image_finish_read(&image, nullptr, png.pixels.data(), 0, nullptr))
+            std::tie(png.width, png.height) = std::make_pair(int(image.width), int(image.height));
+        png_image_free(&image);
+    }
+    return png;
 }
 
-// Files directly in `folder`, by name.
-std::vector<wxString> FileNames(const wxString& folder)
+std::size_t FileCount(const wxString& folder)
 {
-    std::vector<wxString> names;
-    wxDir dir(folder);
-    wxString name;
-    for (bool more = dir.IsOpened() && dir.GetFirst(&name, wxEmptyString, wxDIR_FILES); more;
-         more = dir.GetNext(&name))
-        names.push_back(name);
-    std::sort(names.begin(), names.end());
-    return names;
+    wxArrayString files;
+    return wxDir::Exists(folder) ? wxDir::GetAllFiles(folder, &files) : 0;
 }
 
 class ScreenshotTest : public DisplayJobTest {
 protected:
     void SetUp() override
     {
-        DisplayJobTest::SetUp();
+        clock.Set(Local(2024, 3, 14, 8, 0, 59, 500));  // one second later is the next minute
         SetClock(&clock);
-        // 08:00:59.500 local: one second later is the next minute.
-        clock.Set(Local(2024, 3, 14, 8, 0, 59, 500));
     }
-    void TearDown() override
-    {
-        SetClock(nullptr);
-        DisplayJobTest::TearDown();
-    }
+    void TearDown() override { SetClock(nullptr); }
     // Base folder, prefix, scale, capture range, range, notify.
     void Shoot(const wxString& base, const wxString& scale, const wxString& useRange, const wxString& range,
                const wxString& notify = "0")
     {
         RunJob(NJobTypeAutoScreenshot, {base, "cdrl", scale, useRange, range, notify});
     }
-    wxString DayFolder() const { return temp.File("shots/2024-03-14"); }
 
     TempDir temp;
     ManualClock clock;
@@ -85,14 +61,13 @@ protected:
 
 TEST(ScreenshotRect, OnlyWidthAndHeightAreScaledAndWhatCannotBeCapturedIsRefused)
 {
-    struct Case {
+    const struct {
         const char* scale;
         const char* useRange;
         const char* range;
         CaptureRect rect;
         const char* says;  // the problem, when refused
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"100", "1", "100 50 210 100", {100, 50, 210, 100}, ""},
         {"200", "1", "10 20 300 200", {10, 20, 600, 400}, ""},
         // The whole screen (1000 x 800 here) unless the range is chosen.
@@ -108,116 +83,76 @@ TEST(ScreenshotRect, OnlyWidthAndHeightAreScaledAndWhatCannotBeCapturedIsRefused
         {"abc", "1", "0 0 100 100", {}, "is not a whole number of percent"},
         {"100", "1", "0 0 20000 10", {}, "too large"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.scale) + " / " + c.range);
         wxString problem;
         const std::optional<CaptureRect> rect = ScreenshotRect(1000, 800, c.scale, c.useRange, c.range, problem);
         ASSERT_EQ(rect.has_value(), c.says[0] == 0) << problem;
-        if (rect) {
+        if (rect)
             EXPECT_EQ(std::vector<long>({rect->left, rect->top, rect->width, rect->height}),
                       std::vector<long>({c.rect.left, c.rect.top, c.rect.width, c.rect.height}));
-        } else {
+        else
             EXPECT_TRUE(problem.Contains(c.says)) << problem;
-        }
     }
 }
 
-TEST_F(ScreenshotTest, ARangeCapturesExactlyThePaintedAreaAndOffScreenPixelsAreBlack)
+TEST_F(ScreenshotTest, CapturesExactPixelsNamedByTheNextSecondWithoutOverwriting)
 {
-    TestWindowOptions red;
-    red.x = 100;
-    red.y = 50;
-    red.width = 200;
-    red.height = 100;
-    red.rgb = 0xff0000;
-    red.overrideRedirect = true;
-    TestWindow window(red);
-    TestWindowOptions blue = red;
-    blue.x = 300;  // right beside it
-    blue.rgb = 0x0000ff;
-    TestWindow neighbour(blue);
-    Shoot(temp.File("shots"), "100", "1", "100 50 210 100");
-    DecodedPng png = ReadPng(DayFolder() + "/cdrl-03140801_00.png");
-    ASSERT_TRUE(png.ok);
+    // Windows that no window manager moves: red, blue right beside it, and
+    // white in the bottom right corner.
+    const TestWindow red({"", 100, 50, 200, 100, 0xff0000, true});
+    const TestWindow blue({"", 300, 50, 200, 100, 0x0000ff, true});
+    const TestWindow corner({"", 1280 - 24, 1024 - 20, 24, 20, 0xffffff, true});
+    const wxString base = temp.File("shots");
+    const wxString day = base + "/2024-03-14/";
+    Shoot(base, "100", "1", "100 50 210 100");
+    Png png = ReadPng(day + "cdrl-03140801_00.png");
     ASSERT_EQ(png.width, 210);
     ASSERT_EQ(png.height, 100);
-    for (int y = 0; y < png.height; ++y) {
-        for (int x = 0; x < png.width; ++x) {
+    for (int y = 0; y < png.height; ++y)
+        for (int x = 0; x < png.width; ++x)
             ASSERT_EQ(png.At(x, y), x < 200 ? 0xff0000u : 0x0000ffu) << "pixel " << x << "," << y;
-        }
-    }
 
-    // A range reaching past the bottom right corner keeps its size; what lies
-    // outside the screen is black.
-    TestWindowOptions corner = red;
-    corner.x = kScreenWidth - 24;
-    corner.y = kScreenHeight - 20;
-    corner.width = 24;
-    corner.height = 20;
-    corner.rgb = 0xffffff;
-    TestWindow cornerWindow(corner);
-    Shoot(temp.File("shots"), "100", "1", wxString::Format("%d %d 100 60", kScreenWidth - 24, kScreenHeight - 20));
-    png = ReadPng(DayFolder() + "/cdrl-03140801_00_.png");
-    ASSERT_TRUE(png.ok);
+    // The same folder with a trailing separator, in the same second; a range
+    // past the bottom right corner keeps its size, black outside the screen.
+    Shoot(base + "/", "100", "1", "1256 1004 100 60", "1");
+    png = ReadPng(day + "cdrl-03140801_00_.png");
     ASSERT_EQ(png.width, 100);
     ASSERT_EQ(png.height, 60);
-    EXPECT_EQ(png.At(0, 0), 0xffffffu);
-    EXPECT_EQ(png.At(23, 19), 0xffffffu);
-    EXPECT_EQ(png.At(24, 0), 0u);
-    EXPECT_EQ(png.At(0, 20), 0u);
-    EXPECT_EQ(png.At(99, 59), 0u);
+    EXPECT_EQ(std::vector<std::uint32_t>({png.At(0, 0), png.At(23, 19), png.At(24, 0), png.At(0, 20), png.At(99, 59)}),
+              std::vector<std::uint32_t>({0xffffff, 0xffffff, 0, 0, 0}));
+    EXPECT_EQ(messages.Texts(RecordedMessage::Kind::Notice),
+              std::vector<std::string>{"A screenshot was saved as:\n " + (day + "cdrl-03140801_00_.png").utf8_string()});
 
-    // The whole screen, scaled.
-    Shoot(temp.File("shots"), "50", "0", "");
-    png = ReadPng(DayFolder() + "/cdrl-03140801_00__.png");
-    ASSERT_TRUE(png.ok);
-    EXPECT_EQ(png.width, kScreenWidth / 2);
-    EXPECT_EQ(png.height, kScreenHeight / 2);
-    EXPECT_TRUE(messages.All().empty());
-}
+    clock.Advance(400);  // 08:01:00.900: still the same second; the whole screen, scaled
+    Shoot(base, "50", "0", "");
+    png = ReadPng(day + "cdrl-03140801_00__.png");
+    EXPECT_EQ(png.width, 640);
+    EXPECT_EQ(png.height, 512);
+    EXPECT_EQ(FileCount(day), 3u);
 
-TEST_F(ScreenshotTest, NamesTakeTheMomentOneSecondAheadAndNeverOverwrite)
-{
-    const wxString base = temp.File("shots");
-    Shoot(base, "100", "1", "0 0 8 8");
-    // The same folder written with a trailing separator, in the same second.
-    Shoot(base + "/", "100", "1", "0 0 8 8", "1");
-    clock.Advance(400);  // 08:01:00.900: still the same second
-    Shoot(base, "100", "1", "0 0 8 8");
-
-    EXPECT_EQ(FileNames(DayFolder()),
-              (std::vector<wxString>{"cdrl-03140801_00.png", "cdrl-03140801_00_.png", "cdrl-03140801_00__.png"}));
-    const std::vector<std::string> notices = messages.Texts(RecordedMessage::Kind::Notice);
-    ASSERT_EQ(notices.size(), 1u);
-    EXPECT_EQ(notices[0], "A screenshot was saved as:\n " + (DayFolder() + "/cdrl-03140801_00_.png").utf8_string());
-
-    // Shortly before midnight the picture belongs to the next day.
+    // Shortly before midnight the picture belongs to the next day; missing
+    // folders are made.
     clock.Set(Local(2024, 12, 31, 23, 59, 59, 0));
-    Shoot(base, "100", "1", "0 0 8 8");
-    EXPECT_EQ(FileNames(temp.File("shots/2025-01-01")), std::vector<wxString>{"cdrl-01010000_00.png"});
+    Shoot(temp.File("a/b/shots"), "100", "1", "0 0 4 4");
+    EXPECT_TRUE(wxFileName::FileExists(temp.File("a/b/shots/2025-01-01/cdrl-01010000_00.png")));
+    EXPECT_EQ(FileCount(temp.File("a/b/shots")), 1u);
+    EXPECT_TRUE(messages.Boxes().empty());
 }
 
-TEST_F(ScreenshotTest, MissingFoldersAreMadeAndAnImpossibleOneEndsQuietly)
-{
-    Shoot(temp.File("a/b/shots"), "100", "1", "0 0 4 4", "1");
-    EXPECT_EQ(FileNames(temp.File("a/b/shots/2024-03-14")), std::vector<wxString>{"cdrl-03140801_00.png"});
-
-    // A folder under a plain file cannot exist.
-    WriteFileBytes(temp.File("plain"), "x");
-    Shoot(temp.File("plain/shots"), "100", "1", "0 0 4 4", "1");
-    EXPECT_EQ(messages.Texts(RecordedMessage::Kind::Notice).size(), 1u);  // only the first one's
-    EXPECT_TRUE(Boxes().empty());
-    EXPECT_TRUE(log.Has("Screenshot not saved"));
-}
-
-TEST_F(ScreenshotTest, ABadRangeIsRefusedWithAMessageAndNoFile)
+TEST_F(ScreenshotTest, ABadRangeIsRefusedAndAnImpossibleFolderEndsQuietly)
 {
     Shoot(temp.File("shots"), "100", "1", "10 20 300");
-    const std::vector<std::string> boxes = Boxes();
+    const std::vector<std::string> boxes = messages.Boxes();
     ASSERT_EQ(boxes.size(), 1u);
     EXPECT_NE(boxes[0].find("is not four whole numbers"), std::string::npos) << boxes[0];
     EXPECT_FALSE(wxFileName::DirExists(temp.File("shots")));
     EXPECT_TRUE(log.Has("[JID_7] Auto Screenshot: the range \"10 20 300\""));
+
+    WriteFileBytes(temp.File("plain"), "x");  // a folder under a plain file cannot exist
+    Shoot(temp.File("plain/shots"), "100", "1", "0 0 4 4", "1");
+    EXPECT_EQ(messages.All().size(), 1u);
+    EXPECT_TRUE(log.Has("Screenshot not saved"));
 }
 
 }  // namespace

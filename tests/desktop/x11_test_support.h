@@ -1,12 +1,10 @@
 #pragma once
-// Real X clients for the window, screenshot and input job tests, on the X
-// display of the launcher (tests/support/desktop_session.sh): test windows
-// on connections of their own that record what reached them.
+// Real X clients on the launcher's display (tests/support/desktop_session.sh):
+// test windows on connections of their own that record what reached them.
 
 #include <cstdint>
 #include <cstdlib>
 #include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,35 +12,22 @@
 
 #include "harness.h"
 
-// Xlib's macros (None, Bool, Status) clash with gtest; its types stay out of
-// this header.
+// Xlib's macros (None, Bool, Status) clash with gtest; its types stay out.
 struct _XDisplay;
 union _XEvent;
 
-struct KeyRecord {
-    bool press;
-    unsigned long keysym;  // as XLookupString gives it (Shift applied)
-};
-
-struct ButtonRecord {
-    unsigned int button;
-    int x;  // inside the window
-    int y;
-    unsigned long time;  // server time, ms
-};
+// Keysyms as XLookupString gives them (Shift applied); points inside the
+// window; server times in ms.
+struct KeyRecord { bool press; unsigned long keysym; };
+struct ButtonRecord { unsigned int button; int x, y; unsigned long time; };
 
 struct TestWindowOptions {
     std::string title;
-    int x = 0;
-    int y = 0;
-    int width = 200;
-    int height = 100;
+    int x = 0, y = 0, width = 200, height = 100;
     std::uint32_t rgb = 0x808080;
-    // Kept where it is by any window manager.
-    bool overrideRedirect = false;
-    bool netWmName = true;            // _NET_WM_NAME in UTF-8
-    bool wmName = true;               // WM_NAME (Latin-1 STRING)
-    bool acceptsDeleteWindow = true;  // WM_DELETE_WINDOW in WM_PROTOCOLS
+    bool overrideRedirect = false;  // kept where it is by any window manager
+    bool netWmName = true;          // _NET_WM_NAME besides WM_NAME
+    bool acceptsDeleteWindow = true;
 };
 
 class TestWindow {
@@ -53,11 +38,9 @@ public:
     TestWindow& operator=(const TestWindow&) = delete;
 
     bool IsOpen() const { return m_display != nullptr; }
-    unsigned long Id() const { return m_window; }
     // Handles events until `done` holds or `timeoutMs` passed; returns done().
     bool PumpUntil(const std::function<bool()>& done, int timeoutMs = 3000);
-    // Handles whatever arrives for `ms`.
-    void PumpFor(int ms);
+    void PumpFor(int ms) { PumpUntil([] { return false; }, ms); }
     // Waits until a window manager lists the window in _NET_CLIENT_LIST.
     bool WaitUntilManaged();
     void TakeFocus();
@@ -74,22 +57,12 @@ private:
     bool m_mapped = false;
 };
 
-// Each test runs on the launcher's display (1280 x 1024) in a session of
-// type x11, with messages and log lines recorded; the display variables are
-// put back afterwards.
+// Tests on the launcher's display (1280 x 1024) in an x11 session, with
+// messages and log lines recorded; the display variables are put back.
 class DisplayJobTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite();
     static void TearDownTestSuite();
-
-    // Runs the job on a thread of its own, as the scheduler does, while the
-    // windows handle their events, as running programs do.
-    static void RunJobWhilePumping(std::uint32_t kind, const ParamList& params,
-                                   const std::vector<TestWindow*>& windows);
-    std::vector<std::string> Boxes() const { return messages.Boxes(); }
-
-    static constexpr int kScreenWidth = 1280;
-    static constexpr int kScreenHeight = 1024;
 
     ScopedEnv display{"DISPLAY", std::getenv("DISPLAY")};
     ScopedEnv sessionType{"XDG_SESSION_TYPE", "x11"};
@@ -97,12 +70,8 @@ protected:
     CapturedLog log;
 };
 
-// True when a window manager runs on the display (close requests then go
-// through it).
-bool WindowManagerRuns();
-
-// Code point of a keysym: Latin-1 keysyms are their own code, the others
-// 0x01000000 + code point; 0 for anything else (modifiers, Return).
+// Code point of a keysym (Latin-1, 0x01000000 + code point, EuroSign); 0
+// for anything else.
 char32_t CodePointOfKeysym(unsigned long keysym);
 // True when some key of the current keyboard map gives `keysym`.
 bool KeyboardHasKeysym(unsigned long keysym);
