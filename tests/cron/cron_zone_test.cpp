@@ -5,10 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "core/cron/cron_expr.h"
-#include "core/cron/cron_next_command.h"
 #include "cron_test_util.h"
 
 namespace {
@@ -41,16 +38,6 @@ TEST(CronZones, GapFoldAndOffset) {
         ScopedZone zone(c.zone);
         EXPECT_EQ(CronNext(ParseCronExpr(c.expr), c.after), c.want);
     }
-}
-
-TEST(CronZones, CommandFromInGapOrFold) {
-    ScopedZone zone("Europe/Berlin");
-    std::ostringstream out, err;
-    EXPECT_EQ(RunCronNextCommand({"* * * * * *", "--from", "2024-03-31 02:30:00"}, out, err, 0), 2);
-    EXPECT_EQ(out.str(), "");
-    // A repeated time means its first occurrence, so 02:45 still follows.
-    EXPECT_EQ(RunCronNextCommand({"0 45 2 * * *", "--count", "2", "--from", "2024-10-27 02:30:00"}, out, err, 0), 0);
-    EXPECT_EQ(out.str(), "2024-10-27 02:45:00\n2024-10-28 02:45:00\n");
 }
 
 }  // namespace
