@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <sstream>
 
@@ -112,15 +111,9 @@ private:
 std::vector<std::string> SplitNul(const std::string& bytes)
 {
     std::vector<std::string> parts;
-    std::string part;
-    for (char c : bytes) {
-        if (c == '\0') {
-            parts.push_back(part);
-            part.clear();
-        } else {
-            part += c;
-        }
-    }
+    std::istringstream in(bytes);
+    for (std::string part; std::getline(in, part, '\0');)
+        parts.push_back(part);
     return parts;
 }
 
@@ -171,12 +164,9 @@ std::vector<std::string> StrayChildren()
         if (close == std::string::npos)
             continue;
         std::istringstream rest(stat.substr(close + 1));
-        std::string state;
-        std::string parent;
-        rest >> state >> parent;
-        const std::string comm = stat.substr(stat.find('(') + 1, close - stat.find('(') - 1);
-        if (parent == self)
-            stray.push_back(name + " " + comm + " " + state);
+        std::string state, parent;
+        if (rest >> state >> parent && parent == self)
+            stray.push_back(stat.substr(0, close + 1) + " " + state);
     }
     return stray;
 }
@@ -189,15 +179,12 @@ wxString ChosenSettings::GetSetting(const wxString& name) const
 
 std::string ReadText(const std::string& path)
 {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream bytes;
-    bytes << in.rdbuf();
-    return bytes.str();
+    return ReadFileBytes(wxString::FromUTF8(path));
 }
 
 void WriteText(const std::string& path, const std::string& text, bool executable)
 {
-    std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
+    WriteFileBytes(wxString::FromUTF8(path), text);
     ::chmod(path.c_str(), executable ? 0755 : 0644);
 }
 
