@@ -25,22 +25,14 @@ TEST(TriggerForm, FoldsValuesIntoRuns)
 TEST(TriggerForm, EveryKindRoundTrips)
 {
     const std::pair<std::uint32_t, const char*> rows[] = {
-        {NTriggerTypeEveryMinute, "0,30 * * * * *"},
-        {NTriggerTypeEveryHour, "0 15 * * * ?"},
-        {NTriggerTypeEveryDay, "0 30 8-10,12 * * ?"},
-        {NTriggerTypeEveryWeek, "0 30 8 ? * 1-5"},
-        {NTriggerTypeEveryMonth, "0 0 0 31 * ?"},
-        {NTriggerTypeEveryYear, "0 0 0 1 1,12 ?"},
-        {NTriggerTypeCron, "0 0 12 ? * 5"},
-        {NTriggerTypeCron, "* 0,30 0 13 2-4 5"},
-        {NTriggerTypeInterval, "0/10 * * * * ?"},
-        {NTriggerTypeInterval, "0 0/5 * * * ?"},
-        {NTriggerTypeInterval, "0 0 0/2 * * ?"},
-        {NTriggerTypeCountDown, "4 3 12 24 11 2026 1 2 3 4"},
-        {NTriggerTypeWithStart, "0 0 5 0 - -"},
-        {NTriggerTypeIdleTimeout, "30 - - - - -"},
-        {NTriggerTypeIdleTimeout, "- 10 - - - -"},
-        {NTriggerTypeIdleTimeout, "- - 1 - - -"},
+        {NTriggerTypeEveryMinute, "0,30 * * * * *"},    {NTriggerTypeEveryHour, "0 15 * * * ?"},
+        {NTriggerTypeEveryDay, "0 30 8-10,12 * * ?"},   {NTriggerTypeEveryWeek, "0 30 8 ? * 1-5"},
+        {NTriggerTypeEveryMonth, "0 0 0 31 * ?"},       {NTriggerTypeEveryYear, "0 0 0 1 1,12 ?"},
+        {NTriggerTypeCron, "0 0 12 ? * 5"},             {NTriggerTypeCron, "* 0,30 0 13 2-4 5"},
+        {NTriggerTypeInterval, "0/10 * * * * ?"},       {NTriggerTypeInterval, "0 0/5 * * * ?"},
+        {NTriggerTypeInterval, "0 0 0/2 * * ?"},        {NTriggerTypeCountDown, "4 3 12 24 11 2026 1 2 3 4"},
+        {NTriggerTypeWithStart, "0 0 5 0 - -"},         {NTriggerTypeIdleTimeout, "30 - - - - -"},
+        {NTriggerTypeIdleTimeout, "- 10 - - - -"},      {NTriggerTypeIdleTimeout, "- - 1 - - -"},
         {NTriggerTypeSpecTime, "7 6 5 4 3 ? 2027"},
     };
     for (const auto& [kind, condition] : rows) {
@@ -56,27 +48,20 @@ TEST(TriggerForm, EveryKindRoundTrips)
     }
 }
 
-struct RejectRow {
-    std::uint32_t kind;
-    void (*change)(TriggerForm&);
-    const char* message;  // the start of the message
-};
+struct RejectRow { std::uint32_t kind; void (*change)(TriggerForm&); const char* message; };  // message: its start
 
 const char* const kHint = "\nCron expressions must have six fields.\nPlease select/check listbox item and try again.";
 
 TEST(TriggerForm, RejectsWithItsMessage)
 {
+    const char* const zero = "Don't set Days/Hours/Minutes/Seconds value to ZERO in the same time.";
     const RejectRow rows[] = {
-        {NTriggerTypeCountDown, [](TriggerForm& f) { f.minutes = 0; },
-         "Don't set Days/Hours/Minutes/Seconds value to ZERO in the same time."},
-        {NTriggerTypeWithStart, [](TriggerForm& f) { f.minutes = 0; },
-         "Don't set Days/Hours/Minutes/Seconds value to ZERO in the same time."},
+        {NTriggerTypeCountDown, [](TriggerForm& f) { f.minutes = 0; }, zero},
+        {NTriggerTypeWithStart, [](TriggerForm& f) { f.minutes = 0; }, zero},
         {NTriggerTypeCron, [](TriggerForm& f) { f.fields[FieldDays].values.clear(); }, "Please select Days or Weekdays."},
-        {NTriggerTypeEveryDay, [](TriggerForm& f) { f.fields[FieldHours].values.clear(); },
-         "Cron expressions format error: [0 0  * * ?]"},
+        {NTriggerTypeEveryDay, [](TriggerForm& f) { f.fields[FieldHours].values.clear(); }, "Cron expressions format error: [0 0  * * ?]"},
         {NTriggerTypeInterval, [](TriggerForm& f) { f.amount = 0; }, "Cron expressions format error: [0 0/0 * * * ?]"},
-        {NTriggerTypeEveryDay, [](TriggerForm& f) { f.start = f.end + wxTimeSpan::Second(); },
-         "Start time later than End time, please check."},
+        {NTriggerTypeEveryDay, [](TriggerForm& f) { f.start = f.end + wxTimeSpan::Second(); }, "Start time later than End time, please check."},
     };
     for (const RejectRow& row : rows) {
         TriggerForm form = DefaultTriggerForm(row.kind, kNow);
@@ -86,9 +71,8 @@ TEST(TriggerForm, RejectsWithItsMessage)
         const TriggerTexts texts = BuildTriggerTexts(form, kNow);
         EXPECT_FALSE(texts.ok) << row.message;
         EXPECT_TRUE(texts.message.StartsWith(row.message)) << texts.message;
-        if (wxString(row.message).StartsWith("Cron")) {
+        if (wxString(row.message).StartsWith("Cron"))
             EXPECT_TRUE(texts.message.EndsWith(kHint)) << texts.message;
-        }
     }
     TriggerForm form;
     wxString error;
@@ -99,10 +83,7 @@ TEST(TriggerForm, RejectsWithItsMessage)
 TriggerPreview Preview(std::uint32_t kind, const char* condition, const char* start, const char* end)
 {
     TriggerTexts texts;
-    texts.ok = true;
-    texts.condition = condition;
-    texts.start = start;
-    texts.end = end;
+    texts.ok = true, texts.condition = condition, texts.start = start, texts.end = end;
     return PreviewTrigger(kind, texts, kNow);
 }
 
@@ -128,12 +109,7 @@ TEST(TriggerForm, PreviewKeepsToThePeriod)
     EXPECT_NE(Preview(NTriggerTypeIdleTimeout, "- 10 - - - -", "", "").note.Find("10 minutes"), wxNOT_FOUND);
 }
 
-struct JobRow {
-    std::uint32_t kind;
-    std::size_t index;   // the parameter changed
-    const char* value;
-    const char* message;  // the start of the message
-};
+struct JobRow { std::uint32_t kind; std::size_t index; const char* value; const char* message; };
 
 // A kind's defaults with its empty required values (paths) filled in.
 ParamList ValidParams(std::uint32_t kind)
@@ -157,20 +133,15 @@ TEST(JobForm, ChecksParametersNamingTheField)
     }
     const JobRow rows[] = {
         {NJobTypeWakeOnLan, 0, "aa-bb-cc-dd-ee", "MAC Address: \"aa-bb-cc-dd-ee\" is not a MAC address"},
-        {NJobTypeWakeOnLan, 0, "aa-bb-cc-dd-ee-zz", "MAC Address:"},
-        {NJobTypeWakeOnLan, 0, "aab-bb-cc-dd-ee-ff", "MAC Address:"},
-        {NJobTypeWakeOnLan, 1, "70000", "Port:"},
-        {NJobTypeSendTcpMsg, 3, "0", "Port:"},
-        {NJobTypeSendUdpMsg, 3, " ; ", "IP Address List:"},
-        {NJobTypeOpenFile, 0, "", "File: must not be empty."},
+        {NJobTypeWakeOnLan, 0, "aa-bb-cc-dd-ee-zz", "MAC Address:"}, {NJobTypeWakeOnLan, 0, "aab-bb-cc-dd-ee-ff", "MAC Address:"},
+        {NJobTypeWakeOnLan, 1, "70000", "Port:"},      {NJobTypeSendTcpMsg, 3, "0", "Port:"},
+        {NJobTypeSendUdpMsg, 3, " ; ", "IP Address List:"}, {NJobTypeOpenFile, 0, "", "File: must not be empty."},
         {NJobTypeBackupFolder, 1, " ", "Destination dir: must not be empty."},
         {NJobTypeExecDosCommand, 0, "", "Command: must not be empty."},
         {NJobTypeSendKey, 0, "CTRLX", "Key 1: \"CTRLX\" is not a key name."},
         {NJobTypeSendKey, 2, "ESCAPE", "Key 2: fill Key 2 before Key 3."},
-        {NJobTypeKeyTyping, 2, "200;200", "SET 2: Point:"},
-        {NJobTypeMouseClick, 0, "1,2;x", "Point List: \"x\""},
-        {NJobTypeMouseClick, 2, "Triple", "Click Type:"},
-        {NJobTypeAutoScreenshot, 4, "0 0 wide 10", "Range Setting:"},
+        {NJobTypeKeyTyping, 2, "200;200", "SET 2: Point:"}, {NJobTypeMouseClick, 0, "1,2;x", "Point List: \"x\""},
+        {NJobTypeMouseClick, 2, "Triple", "Click Type:"}, {NJobTypeAutoScreenshot, 4, "0 0 wide 10", "Range Setting:"},
         {NJobTypeReminder, 0, "a $ b", "Message: the sign \"$\""},
     };
     for (const JobRow& row : rows) {
@@ -192,11 +163,8 @@ TEST(JobForm, ChecksTheChain)
     ASSERT_TRUE(ValidateChain("250", " 1, 2,", 0, exists, interval, jids, message)) << message;
     EXPECT_EQ(interval, 250);
     EXPECT_EQ(jids, (IdList{1, 2}));
-    const struct {
-        const char* interval;
-        const char* jids;
-        const char* message;
-    } bad[] = {{"10000", "", "Please set Interval value in 0 ~ 9999."},
+    const struct { const char* interval; const char* jids; const char* message; } bad[] = {
+               {"10000", "", "Please set Interval value in 0 ~ 9999."},
                {"0", "1,3", "Associated JID: there is no job 3."},
                {"0", "x", "Associated JID: \"x\" is not a job number."},
                {"0", "0", "Associated JID: 0 is this job itself"}};
