@@ -32,7 +32,6 @@ TEST(CommandLineControl, SteersTheRunningHeadlessInstanceAndNobodyElses)
                    DataFile(Job(0, 0, "Tea", true, 0, "1", "", "Drink tea $ 1") +
                                 Job(4, 0, "Off", false, 0, "2", "", "Never $ 1"),
                             IntervalTrigger(1, "0 0 12 * * ?") + IntervalTrigger(2, "0 0 6 * * ?")));
-    wxFileName::Mkdir(dir.File("home"), 0700, wxPATH_MKDIR_FULL);
     EXPECT_EQ(Cadrelle(home, {"--status"}), "3 No running Cadrelle instance.\n");
 
     ChildProcess program;
@@ -72,19 +71,24 @@ TEST(InstanceLock, SimultaneousStartsNeverRunTwo)
 {
     TempDir dir;
     const std::string home = dir.File("home").utf8_string();
-    wxFileName::Mkdir(dir.File("home"), 0700, wxPATH_MKDIR_FULL);
     const std::string outs[2] = {home + "/a.txt", home + "/b.txt"};
     for (int pair = 0; pair < 30; ++pair) {
         SCOPED_TRACE(pair);
         ChildProcess programs[2];
-        for (int i = 0; i < 2; ++i)
-            ASSERT_TRUE(programs[i].Start({CADRELLE_BINARY, "--headless", "--app-dir", dir.File(i ? "b" : "a").utf8_string()},
-                                          outs[i], ProgramEnvironment(home)));
+        std::string apps[2];
+        for (int i = 0; i < 2; ++i) {
+            apps[i] = dir.File((i ? "b" : "a") + std::to_string(pair)).utf8_string();
+            ASSERT_TRUE(programs[i].Start({CADRELLE_BINARY, "--headless", "--app-dir", apps[i]}, outs[i],
+                                          ProgramEnvironment(home)));
+        }
         ASSERT_TRUE(WaitUntil([&] { return programs[0].Exited() || programs[1].Exited(); }));
-        const int loser = programs[0].Exited() ? 0 : 1;
-        EXPECT_NE(ReadFileBytes(outs[loser]).find("Another program instance is already running, aborting."),
+        const int winner = programs[0].Exited() ? 1 : 0;
+        EXPECT_NE(ReadFileBytes(outs[1 - winner]).find("Another program instance is already running, aborting."),
                   std::string::npos);
-        EXPECT_FALSE(programs[1 - loser].Exited());
-        EXPECT_EQ(programs[1 - loser].Stop(SIGTERM), 0);
+        EXPECT_FALSE(programs[winner].Exited());
+        // The winner, an empty scheduler, ends on SIGINT as on SIGTERM: saved, with the end banner.
+        EXPECT_EQ(programs[winner].Stop(pair % 2 ? SIGINT : SIGTERM), 0);
+        EXPECT_NE(LogText(apps[winner]).find("<<< Cadrelle End <<<"), std::string::npos);
+        EXPECT_TRUE(wxFileName::FileExists(apps[winner] + "/data/data1.xml"));
     }
 }

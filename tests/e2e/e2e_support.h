@@ -1,15 +1,17 @@
 #pragma once
-// The real program as a child process: HOME and the XDG folders inside the
-// test's own folder, no display and no session bus unless given.
+// The real program as a child process: HOME (created here) and the XDG
+// folders inside the test's own folder, no display and no session bus unless given.
 
 #include <string>
 
 #include <wx/dir.h>
+#include <wx/filename.h>
 
 #include "harness.h"
 
 inline ChildEnvironment ProgramEnvironment(const std::string& home, ChildEnvironment extra = {})
 {
+    wxFileName::Mkdir(wxString::FromUTF8(home), 0700, wxPATH_MKDIR_FULL);
     ChildEnvironment environment = {{"HOME", home},
                                     {"XDG_CONFIG_HOME", home + "/.config"},
                                     {"XDG_DATA_HOME", home + "/.local/share"},

@@ -31,7 +31,6 @@ TEST(WindowMessages, ReminderAndJobErrorReachTheScreen)
                                 Job(1, 12, "Wake", true, 0, "2", "", "aa:bb:cc:dd:ee:ff $ 9"),
                             IntervalTrigger(1, "0/2 * * * * ?") + IntervalTrigger(2, "1/2 * * * * ?")));
     const std::string home = dir.File("home").utf8_string();
-    wxFileName::Mkdir(dir.File("home"), 0700, wxPATH_MKDIR_FULL);
     ChildProcess program;
     ASSERT_TRUE(program.Start({CADRELLE_BINARY, "--app-dir", dir.File("app").utf8_string()}, home + "/out.txt",
                               ProgramEnvironment(home, {{"DISPLAY", std::getenv("DISPLAY")}})));
