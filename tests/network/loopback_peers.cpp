@@ -214,27 +214,26 @@ std::string HttpServer::Serve(int fd)
         return head;
     ++m_heads;
     const std::string path = head.substr(0, head.find("\r\n"));
-    std::string answer;
     if (path.find(" /silent ") != std::string::npos) {
         // Held open until the client gives up or the server stops.
         char byte = 0;
-        while (!Stopping()) {
-            if (WaitReadable(fd, 20) && ::recv(fd, &byte, 1, 0) <= 0)
-                break;
+        while (!Stopping() && !(WaitReadable(fd, 20) && ::recv(fd, &byte, 1, 0) <= 0)) {
         }
         return head;
-    } else if (path.find(" /missing ") != std::string::npos) {
-        answer = "HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\n";
-    } else if (path.find(" /secret ") != std::string::npos) {
-        answer = "HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Basic realm=\"x\"\r\nContent-Length: 0\r\n";
-    } else if (path.find(" /moved ") != std::string::npos) {
-        answer = "HTTP/1.1 302 Found\r\nLocation: /final\r\nContent-Length: 0\r\n";
-    } else {
-        answer = "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nContent-Length: 21\r\n";
     }
-    answer += "Connection: close\r\n\r\n";
-    if (answer.find(" 200 ") != std::string::npos)
-        answer += "<html>a page</html>\r\n";
+    static const std::pair<const char*, const char*> kAnswers[] = {
+        {" /missing ", "404 Not Found\r\n"},
+        {" /secret ", "401 Unauthorized\r\nWWW-Authenticate: Basic realm=\"x\"\r\n"},
+        {" /moved ", "302 Found\r\nLocation: /final\r\n"},
+    };
+    std::string answer = "200 OK\r\nContent-Type: text/html\r\n";
+    for (const auto& [where, what] : kAnswers) {
+        if (path.find(where) != std::string::npos)
+            answer = what;
+    }
+    const std::string body = answer[0] == '2' ? "<html>a page</html>\r\n" : "";
+    answer = "HTTP/1.1 " + answer + "Content-Length: " + std::to_string(body.size()) +
+             "\r\nConnection: close\r\n\r\n" + body;
     ::send(fd, answer.data(), answer.size(), MSG_NOSIGNAL);
     return head;
 }

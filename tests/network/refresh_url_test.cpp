@@ -1,8 +1,6 @@
 // Refresh URL against an HTTP server on loopback; TLS only in its failures,
 // since no trusted server can be reached from a test.
 
-#include <algorithm>
-#include <chrono>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -118,28 +116,18 @@ TEST_F(RefreshUrlJob, SelfSignedCertificateIsRefused)
     TempDir dir;
     const std::string key = dir.File("key.pem").utf8_string();
     const std::string cert = dir.File("cert.pem").utf8_string();
-    const std::string portFile = dir.File("port").utf8_string();
     ASSERT_EQ(RunProcess({"openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "1", "-subj",
                           "/CN=127.0.0.1", "-keyout", key, "-out", cert})
                   .status,
               0);
-    // A one-request TLS server on 127.0.0.1, telling its port through a file.
-    const char* script =
-        "import os, socket, ssl, sys\n"
-        "ctx = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)\n"
-        "ctx.load_cert_chain(sys.argv[1], sys.argv[2])\n"
-        "s = socket.socket(); s.bind(('127.0.0.1', 0)); s.listen(4); s.settimeout(20)\n"
-        "open(sys.argv[3] + '.tmp', 'w').write(str(s.getsockname()[1]))\n"
-        "os.rename(sys.argv[3] + '.tmp', sys.argv[3])\n"
-        "c, _ = s.accept()\n"
-        "try:\n"
-        "    ctx.wrap_socket(c, server_side=True).recv(100)\n"
-        "except Exception:\n"
-        "    pass\n";
+    const wxString port = PortText(ClosedLoopbackPort());
+    const wxString out = dir.File("server.out");
     ChildProcess server;
-    ASSERT_TRUE(server.Start({"/usr/bin/python3", "-c", script, cert, key, portFile}));
-    ASSERT_TRUE(WaitUntil([&] { return !ReadFileBytes(wxString::FromUTF8(portFile)).empty(); })) << "no TLS server";
-    RunJob(NJobTypeRefreshUrl, {"https://127.0.0.1:" + wxString::FromUTF8(ReadFileBytes(wxString::FromUTF8(portFile))) + "/"}, 2);
+    ASSERT_TRUE(server.Start({"openssl", "s_server", "-www", "-accept", "127.0.0.1:" + port.ToStdString(), "-cert", cert,
+                              "-key", key},
+                             out.utf8_string()));
+    ASSERT_TRUE(WaitUntil([&] { return ReadFileBytes(out).find("ACCEPT") != std::string::npos; })) << "no server";
+    RunJob(NJobTypeRefreshUrl, {"https://127.0.0.1:" + port + "/"}, 2);
     const std::vector<wxString> failed = log.Matching("Failed: ");
     ASSERT_EQ(failed.size(), 1u);
     EXPECT_TRUE(failed[0].Lower().Contains("certificate")) << failed[0];
