@@ -6,7 +6,7 @@
 #include "core/jobs/job.h"
 #include "core/jobs/job_actions.h"
 #include "core/jobs/job_kinds.h"
-#include "core/user_messages.h"
+#include "harness.h"
 
 TEST(JobParamLine, JoinsWithBlankDollarBlankAndSplitsLossily)
 {
@@ -73,13 +73,6 @@ TEST(JobParamRecord, SetAndGetCopyEveryField)
     EXPECT_EQ(job->GetParamAt(5), "");
 }
 
-namespace {
-struct CapturedMessages : UserMessages {
-    std::vector<wxString> texts;
-    void ShowMessage(const wxString& text, const wxString& caption) override { texts.push_back(caption + ": " + text); }
-};
-}  // namespace
-
 TEST(JobExecute, RunsTheRegisteredActionOfItsKind)
 {
     std::unique_ptr<Job> udp = CreateJob(NJobTypeSendUdpMsg);
@@ -92,10 +85,8 @@ TEST(JobExecute, RunsTheRegisteredActionOfItsKind)
     udp->Execute();
     EXPECT_EQ(ran, (std::vector<std::uint32_t>{NJobTypeSendUdpMsg}));
 
-    CapturedMessages messages;
-    SetUserMessages(&messages);
-    BlankJob blank(0);
-    blank.Execute();
-    SetUserMessages(nullptr);
-    EXPECT_EQ(messages.texts, (std::vector<wxString>{"Cadrelle: blank job executed."}));
+    RecordedMessages messages;
+    BlankJob(0).Execute();
+    ASSERT_EQ(messages.All().size(), 1u);
+    EXPECT_EQ(messages.All()[0].caption + ": " + messages.All()[0].text, "Cadrelle: blank job executed.");
 }

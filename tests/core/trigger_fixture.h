@@ -1,9 +1,8 @@
 #pragma once
-// A manual clock, settings, idle time and captured user messages for
+// A manual clock, settings and idle time for
 // driving triggers through check-and-advance at exact milliseconds.
 
 #include <map>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -11,7 +10,6 @@
 #include "core/idle_time.h"
 #include "core/settings_lookup.h"
 #include "core/triggers/trigger.h"
-#include "core/user_messages.h"
 #include "test_support.h"
 #include "trigger_builders.h"
 
@@ -36,12 +34,6 @@ public:
     }
 };
 
-class CapturedMessages : public UserMessages {
-public:
-    std::vector<wxString> texts;
-    void ShowMessage(const wxString& text, const wxString&) override { texts.push_back(text); }
-};
-
 class TriggerTest : public ::testing::Test {
 protected:
     void SetUp() override
@@ -49,7 +41,6 @@ protected:
         SetClock(&clock);
         SetSettings(&settings);
         SetIdleTimeSource(&idle);
-        SetUserMessages(&messages);
         settings.values["execMissFiredTrigger"] = "0";
     }
     void TearDown() override
@@ -57,22 +48,19 @@ protected:
         SetClock(nullptr);
         SetSettings(nullptr);
         SetIdleTimeSource(nullptr);
-        SetUserMessages(nullptr);
     }
 
     void At(const wxDateTime& moment, std::int64_t offsetMs = 0) { clock.Set(moment.GetValue().GetValue() + offsetMs); }
 
-    // A trigger of `type` loaded from the texts, at the current manual time.
-    std::unique_ptr<Trigger> Make(std::uint32_t type, const wxString& condition,
-                                  const wxString& prevFire = "0 0 0 1 1 * 1999",
-                                  const wxString& nextFire = "0 0 0 1 1 * 1999",
-                                  const wxString& start = "0 0 0 1 1 * 1999", const wxString& end = "59 59 23 31 12 * 2999")
+    // A trigger of `type` loaded from the texts (condition, then the times
+    // of LoadedTrigger), at the current manual time.
+    template <typename... Texts>
+    std::unique_ptr<Trigger> Make(std::uint32_t type, const Texts&... texts)
     {
-        return LoadedTrigger(1, type, condition, prevFire, nextFire, start, end);
+        return LoadedTrigger(1, type, texts...);
     }
 
     ManualClock clock;
     MapSettings settings;
     ScriptedIdle idle;
-    CapturedMessages messages;
 };

@@ -7,6 +7,7 @@
 #include "core/triggers/trigger.h"
 #include "core/triggers/trigger_kinds.h"
 #include "test_support.h"
+#include "trigger_builders.h"
 
 TEST(TriggerBase, NewTriggerStartsWaitingEnabledAndNeverFired)
 {
@@ -31,16 +32,8 @@ TEST(TriggerBase, CopyKeepsKindConditionAndTimes)
     // Before the recorded next moment, whatever the date of the run.
     ManualClock clock(Local(2026, 11, 22, 12, 0, 0).GetValue().GetValue());
     SetClock(&clock);
-    std::unique_ptr<Trigger> source = CreateTrigger(NTriggerTypeCron);
-    TriggerParam param;
-    param.tid = 17;
-    param.type = NTriggerTypeCron;
-    param.condition = "0 30 8 ? * MON-FRI";
-    param.prevFire = "0 30 8 20 11 * 2026";
-    param.nextFire = "0 30 8 23 11 * 2026";
-    param.start = "0 0 0 1 11 * 2026";
-    param.end = "59 59 23 31 12 * 2027";
-    source->Load(param);
+    std::unique_ptr<Trigger> source = LoadedTrigger(17, NTriggerTypeCron, "0 30 8 ? * MON-FRI", "0 30 8 20 11 * 2026",
+                                                    "0 30 8 23 11 * 2026", "0 0 0 1 11 * 2026", "59 59 23 31 12 * 2027");
 
     std::unique_ptr<Trigger> copy = CopyTrigger(*source);
     ASSERT_NE(copy, nullptr);

@@ -2,6 +2,7 @@
 // shown after loading, and bad conditions.
 
 #include "core/triggers/cron_driven_trigger.h"
+#include "harness.h"
 #include "trigger_fixture.h"
 
 class RecurringTest : public TriggerTest {
@@ -54,7 +55,7 @@ TEST_F(RecurringTest, MalformedConditionNeverFiresShowsInvalidAndIsReportedOnce)
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.condition);
-        messages.texts.clear();
+        RecordedMessages messages;
         At(Local(2026, 11, 23, 9, 59, 58, 400));
         std::unique_ptr<Trigger> trigger;
         ASSERT_NO_THROW(trigger = Make(c.type, c.condition));
@@ -64,7 +65,7 @@ TEST_F(RecurringTest, MalformedConditionNeverFiresShowsInvalidAndIsReportedOnce)
         EXPECT_EQ(trigger->GetStatus(), NTriggerStatusInvalid);
         EXPECT_FALSE(trigger->GetNextFire().IsValid());
         EXPECT_FALSE(trigger->IsDue(300));
-        EXPECT_EQ(messages.texts, (std::vector<wxString>{c.message}));
+        EXPECT_EQ(messages.Boxes(), (std::vector<std::string>{c.message}));
         EXPECT_EQ(TriggerStatusName(trigger->GetStatus()), "Invalid");
 
         // A corrected condition is parsed afresh and the trigger works again.
