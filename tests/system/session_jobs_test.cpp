@@ -29,32 +29,29 @@ protected:
 
 TEST_F(SessionJobTest, LogoffEndsTheSessionOfOurProcessElseTheOneNamedInTheEnvironment)
 {
-    ASSERT_TRUE(logind.AnswerSessionByPid("c7"));
-    {
-        const ScopedEnv sessionId("XDG_SESSION_ID", "c9");
+    const std::string byPid = "GetSessionByPID(uint32 " + std::to_string(::getpid()) + ")";
+    // The template has no GetSessionByPID at first: as for a process that
+    // logind counts to no session.
+    const struct {
+        bool pidHasSession;
+        const char* environment;
+        std::vector<std::string> calls;
+    } rows[] = {
+        {false, "c9", {"GetSession('c9')", "TerminateSession('c9')"}},
+        {false, nullptr, {}},  // neither: nothing is ended, the user is told why
+        {true, "c9", {byPid, "TerminateSession('c7')"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.calls.size());
+        if (row.pidHasSession) {
+            ASSERT_TRUE(logind.AnswerSessionByPid("c7"));
+        }
+        logind.ClearCalls(kLogindPath);
+        const ScopedEnv sessionId("XDG_SESSION_ID", row.environment);
         RunJob(NJobTypeLogoff, {}, 21, "bye");
+        EXPECT_EQ(logind.Calls(kLogindPath), row.calls);
     }
-    EXPECT_EQ(logind.Calls(kLogindPath), (std::vector<std::string>{"GetSessionByPID(uint32 " +
-                                                                       std::to_string(::getpid()) + ")",
-                                                                   "TerminateSession('c7')"}));
-    EXPECT_TRUE(messages.All().empty());
-    EXPECT_EQ(log.Matching("[JID_21] Logoff done").size(), 1u);
-}
-
-TEST_F(SessionJobTest, WithoutASessionForOurProcessTheEnvironmentNamesIt)
-{
-    // The template has no GetSessionByPID: as for a process that logind
-    // does not count to any session.
-    {
-        const ScopedEnv sessionId("XDG_SESSION_ID", "c9");
-        RunJob(NJobTypeLogoff, {}, 22, "bye");
-    }
-    EXPECT_EQ(logind.Calls(kLogindPath), (std::vector<std::string>{"GetSession('c9')", "TerminateSession('c9')"}));
-    EXPECT_TRUE(messages.All().empty());
-    // Neither: nothing is ended and the user is told why.
-    const ScopedEnv noSession("XDG_SESSION_ID", nullptr);
-    RunJob(NJobTypeLogoff, {}, 22, "bye");
-    EXPECT_EQ(logind.Calls(kLogindPath).size(), 2u);
+    EXPECT_EQ(log.Matching("[JID_21] Logoff done").size(), 2u);
     const std::vector<std::string> boxes = messages.Boxes();
     ASSERT_EQ(boxes.size(), 1u);
     EXPECT_EQ(boxes[0].rfind("Logoff failed! Error code: ", 0), 0u) << boxes[0];

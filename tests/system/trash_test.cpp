@@ -4,12 +4,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <cstring>
-#include <fstream>
+#include <filesystem>
 
 #include <gtest/gtest.h>
-#include <wx/dir.h>
 #include <wx/filename.h>
 
 #include "core/jobs/job.h"
@@ -17,11 +15,6 @@
 #include "system_test_support.h"
 
 namespace {
-
-std::string Path(const TempDir& dir, const std::string& relative)
-{
-    return dir.File(wxString::FromUTF8(relative)).utf8_string();
-}
 
 void MakeDirs(const std::string& path)
 {
@@ -40,31 +33,18 @@ bool Exists(const std::string& path)
     return ::lstat(path.c_str(), &info) == 0;
 }
 
-// Names inside a folder; empty for a missing one.
-std::vector<std::string> Entries(const std::string& folder)
+bool IsEmptyFolder(const std::string& folder)
 {
-    std::vector<std::string> names;
-    wxDir dir;
-    if (!wxDir::Exists(wxString::FromUTF8(folder)) || !dir.Open(wxString::FromUTF8(folder)))
-        return names;
-    wxString name;
-    for (bool more = dir.GetFirst(&name, wxEmptyString, wxDIR_DIRS | wxDIR_FILES | wxDIR_HIDDEN); more;
-         more = dir.GetNext(&name))
-        names.push_back(name.utf8_string());
-    return names;
+    std::error_code error;
+    return std::filesystem::is_directory(folder, error) && std::filesystem::is_empty(folder, error);
 }
 
-// A trash as a desktop leaves it: trashed files and folders, their info
-// files, and links that point outside the trash.
+// A trash as a desktop leaves it, with links that point outside it.
 void FillTrash(const std::string& trash, const std::string& outside)
 {
-    MakeFile(trash + "/files/report.txt", "report");
-    MakeFile(trash + "/files/photos/2023/summer.png", "png");
-    MakeFile(trash + "/files/.hidden", "h");
-    MakeFile(trash + "/info/report.txt.trashinfo", "[Trash Info]\n");
-    MakeFile(trash + "/info/photos.trashinfo", "[Trash Info]\n");
-    MakeFile(trash + "/expunged/half-gone", "e");
-    MakeFile(trash + "/directorysizes", "3 1700000000 photos\n");
+    for (const char* file : {"/files/report.txt", "/files/photos/2023/summer.png", "/files/.hidden",
+                             "/info/report.txt.trashinfo", "/expunged/half-gone", "/directorysizes"})
+        MakeFile(trash + file);
     MakeFile(outside + "/keep.txt", "keep me");
     MakeFile(outside + "/folder/inner.txt", "inner");
     ASSERT_EQ(::symlink((outside + "/keep.txt").c_str(), (trash + "/files/link-to-file").c_str()), 0);
@@ -75,162 +55,111 @@ void FillTrash(const std::string& trash, const std::string& outside)
 void ExpectEmptied(const std::string& trash, const std::string& outside)
 {
     SCOPED_TRACE(trash);
-    EXPECT_TRUE(wxDir::Exists(wxString::FromUTF8(trash + "/files")));
-    EXPECT_TRUE(wxDir::Exists(wxString::FromUTF8(trash + "/info")));
-    EXPECT_TRUE(Entries(trash + "/files").empty());
-    EXPECT_TRUE(Entries(trash + "/info").empty());
-    EXPECT_TRUE(Entries(trash + "/expunged").empty());
+    EXPECT_TRUE(IsEmptyFolder(trash + "/files"));
+    EXPECT_TRUE(IsEmptyFolder(trash + "/info"));
+    EXPECT_TRUE(!Exists(trash + "/expunged") || IsEmptyFolder(trash + "/expunged"));
     EXPECT_FALSE(Exists(trash + "/directorysizes"));
     EXPECT_EQ(ReadFileBytes(wxString::FromUTF8(outside + "/keep.txt")), "keep me");
     EXPECT_EQ(ReadFileBytes(wxString::FromUTF8(outside + "/folder/inner.txt")), "inner");
 }
 
-// The job also empties the trash on every mounted volume. Where this
-// machine has one of ours, a test run would empty it: such a machine skips.
-std::string RealVolumeTrash()
-{
-    const std::vector<std::string> real = TrashFolders("", MountTops(), static_cast<unsigned>(::getuid()));
-    return real.empty() ? std::string() : real.front();
-}
+// The job also empties the trash on every mounted volume: a machine with a
+// trash of ours on one skips the tests that run the job.
+class EmptyRecyclebinJob : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        const std::vector<std::string> real = TrashFolders("", MountTops(), static_cast<unsigned>(::getuid()));
+        if (!real.empty())
+            GTEST_SKIP() << "this machine has a trash on a mounted volume that the job would empty: " << real[0];
+    }
+    std::string Path(const std::string& relative) const { return temp.File(wxString::FromUTF8(relative)).utf8_string(); }
 
-const char* const kSuccess = "\nEmpty RecycleBin successed.";
-const char* const kFailure = "\n\nEmpty RecycleBin failed.\n";
-
-TEST(EmptyRecyclebinJob, EmptiesTheHomeTrashAndSparesWhatLinksPointTo)
-{
-    const std::string volumeTrash = RealVolumeTrash();
-    if (!volumeTrash.empty())
-        GTEST_SKIP() << "this machine has a trash on a mounted volume that the job would empty: " << volumeTrash;
-    const TempDir dir;
-    const std::string dataHome = Path(dir, "data");
-    FillTrash(dataHome + "/Trash", Path(dir, "outside"));
-    const ScopedEnv xdg("XDG_DATA_HOME", dataHome.c_str());
+    const TempDir temp;
     RecordedMessages messages;
     CapturedLog log;
-    const wxString summary = RunJob(NJobTypeEmptyRecyclebin, {}, 31, "weekly clean");
-    ExpectEmptied(dataHome + "/Trash", Path(dir, "outside"));
-    const std::vector<RecordedMessage> shown = messages.All();
-    ASSERT_EQ(shown.size(), 1u);
-    EXPECT_EQ(shown[0].kind, RecordedMessage::Kind::Notice);
-    EXPECT_EQ(shown[0].jobId, 31u);
-    EXPECT_EQ(shown[0].text, summary.utf8_string() + kSuccess);
-    EXPECT_EQ(log.Matching("[JID_31] Empty Recyclebin done").size(), 1u);
-}
+};
 
-TEST(EmptyRecyclebinJob, AMissingOrEmptyTrashIsAlreadyEmptied)
+TEST_F(EmptyRecyclebinJob, EmptiesTheHomeTrashSparesWhatLinksPointToAndCountsAMissingTrashAsEmpty)
 {
-    const std::string volumeTrash = RealVolumeTrash();
-    if (!volumeTrash.empty())
-        GTEST_SKIP() << "this machine has a trash on a mounted volume that the job would empty: " << volumeTrash;
-    const TempDir dir;
-    RecordedMessages messages;
+    FillTrash(Path("data/Trash"), Path("outside"));
     {
-        // XDG_DATA_HOME unset: the trash under HOME, which has none.
-        const ScopedEnv xdg("XDG_DATA_HOME", nullptr);
-        const ScopedEnv home("HOME", Path(dir, "home").c_str());
-        RunJob(NJobTypeEmptyRecyclebin, {}, 32, "");
+        const ScopedEnv xdg("XDG_DATA_HOME", Path("data").c_str());
+        const wxString summary = RunJob(NJobTypeEmptyRecyclebin, {}, 31, "weekly clean");
+        ExpectEmptied(Path("data/Trash"), Path("outside"));
+        const std::vector<RecordedMessage> shown = messages.All();
+        ASSERT_EQ(shown.size(), 1u);
+        EXPECT_EQ(shown[0].kind, RecordedMessage::Kind::Notice);
+        EXPECT_EQ(shown[0].jobId, 31u);
+        EXPECT_EQ(shown[0].text, summary.utf8_string() + "\nEmpty RecycleBin successed.");
+        EXPECT_EQ(log.Matching("[JID_31] Empty Recyclebin done").size(), 1u);
     }
-    MakeDirs(Path(dir, "data/Trash/files"));
-    MakeDirs(Path(dir, "data/Trash/info"));
-    const ScopedEnv xdg("XDG_DATA_HOME", Path(dir, "data").c_str());
-    RunJob(NJobTypeEmptyRecyclebin, {}, 32, "");
+    // XDG_DATA_HOME unset: the trash under HOME, which has none.
+    const ScopedEnv xdg("XDG_DATA_HOME", nullptr);
+    const ScopedEnv home("HOME", Path("home").c_str());
+    RunJob(NJobTypeEmptyRecyclebin, {}, 32, "weekly clean");
     const std::vector<std::string> notices = messages.Texts(RecordedMessage::Kind::Notice);
     ASSERT_EQ(notices.size(), 2u);
     EXPECT_EQ(notices[0], notices[1]);
-    EXPECT_TRUE(messages.Texts(RecordedMessage::Kind::Box).empty());
-}
 
-TEST(TrashLocations, HomeTrashFollowsTheXdgRules)
-{
-    const TempDir dir;
-    const ScopedEnv home("HOME", "/home/someone");
-    {
-        const ScopedEnv xdg("XDG_DATA_HOME", "/data/elsewhere");
-        EXPECT_EQ(HomeTrashFolder(), "/data/elsewhere/Trash");
-    }
-    for (const char* ignored : {static_cast<const char*>(nullptr), "", "relative/data"}) {
-        const ScopedEnv xdg("XDG_DATA_HOME", ignored);
-        EXPECT_EQ(HomeTrashFolder(), "/home/someone/.local/share/Trash");
-    }
-}
-
-TEST(TrashLocations, OnlyTrustedFoldersOnEachVolumeCount)
-{
-    const TempDir dir;
-    const unsigned uid = 4321;
-    const std::string home = Path(dir, "home-trash");
-    MakeDirs(home + "/files");
-    // good: sticky shared trash with our folder, and a private one.
-    MakeDirs(Path(dir, "good/.Trash/4321/files"));
-    ASSERT_EQ(::chmod(Path(dir, "good/.Trash").c_str(), 01777), 0);
-    MakeDirs(Path(dir, "good/.Trash-4321/files"));
-    // not sticky: anyone could have put our folder there.
-    MakeDirs(Path(dir, "loose/.Trash/4321/files"));
-    ASSERT_EQ(::chmod(Path(dir, "loose/.Trash").c_str(), 0777), 0);
-    // links planted in place of trash folders.
-    MakeDirs(Path(dir, "linked"));
-    ASSERT_EQ(::symlink(Path(dir, "good/.Trash").c_str(), Path(dir, "linked/.Trash").c_str()), 0);
-    ASSERT_EQ(::symlink(Path(dir, "good/.Trash-4321").c_str(), Path(dir, "linked/.Trash-4321").c_str()), 0);
-    // another user's trash only.
-    MakeDirs(Path(dir, "other/.Trash-1000/files"));
-
-    const std::vector<std::string> tops = {Path(dir, "good"), Path(dir, "loose"), Path(dir, "linked"),
-                                           Path(dir, "other"), Path(dir, "missing"), Path(dir, "good") + "/"};
-    const std::vector<std::string> expected = {home, Path(dir, "good/.Trash/4321"), Path(dir, "good/.Trash-4321")};
-    EXPECT_EQ(TrashFolders(home, tops, uid), expected);
-    EXPECT_EQ(TrashFolders(Path(dir, "no-home-trash"), {}, uid), std::vector<std::string>{});
-}
-
-TEST(TrashLocations, MountPointsAreReadWithTheirEscapesDecoded)
-{
-    const TempDir dir;
-    const std::string info = Path(dir, "mountinfo");
-    WriteFileBytes(wxString::FromUTF8(info),
-                   "22 1 8:1 / / rw,relatime shared:1 - ext4 /dev/sda1 rw\n"
-                   "35 22 8:17 / /media/USB\\040Stick rw - vfat /dev/sdb1 rw\n"
-                   "36 22 0:40 / /mnt/tab\\011and\\134slash rw - tmpfs none rw\n"
-                   "37 22 0:41 /sub /srv/bind rw - ext4 /dev/sda1 rw\n");
-    const std::vector<std::string> expected = {"/", "/media/USB Stick", "/mnt/tab\tand\\slash", "/srv/bind"};
-    EXPECT_EQ(MountTops(info), expected);
-    EXPECT_TRUE(MountTops(Path(dir, "no-such-file")).empty());
-}
-
-TEST(TrashFoldersEmptied, EveryGivenTrashIsEmptiedAndLinksStayUnfollowed)
-{
-    const TempDir dir;
-    const std::vector<std::string> trashes = {Path(dir, "home/Trash"), Path(dir, "vol/.Trash-7")};
-    for (const std::string& trash : trashes)
-        FillTrash(trash, trash + "-outside");
     // A link in place of "files" is left alone, not emptied through.
-    MakeFile(Path(dir, "target/precious"), "p");
-    MakeDirs(Path(dir, "linked-trash/info"));
-    ASSERT_EQ(::symlink(Path(dir, "target").c_str(), Path(dir, "linked-trash/files").c_str()), 0);
+    MakeFile(Path("target/precious"), "p");
+    MakeDirs(Path("linked-trash/info"));
+    ASSERT_EQ(::symlink(Path("target").c_str(), Path("linked-trash/files").c_str()), 0);
+    EXPECT_TRUE(EmptyTrashFolders({Path("linked-trash")}).ok);
+    EXPECT_EQ(ReadFileBytes(wxString::FromUTF8(Path("target/precious"))), "p");
+}
 
-    std::vector<std::string> all = trashes;
-    all.push_back(Path(dir, "linked-trash"));
-    const SystemOutcome outcome = EmptyTrashFolders(all);
-    EXPECT_TRUE(outcome.ok) << outcome.reason;
-    for (const std::string& trash : trashes)
-        ExpectEmptied(trash, trash + "-outside");
-    EXPECT_EQ(ReadFileBytes(wxString::FromUTF8(Path(dir, "target/precious"))), "p");
+TEST(TrashLocations, HomeTrashVolumeTrashesAndMountPoints)
+{
+    {
+        const ScopedEnv home("HOME", "/home/someone");
+        const std::pair<const char*, const char*> rows[] = {
+            {"/data/elsewhere", "/data/elsewhere/Trash"}, {nullptr, "/home/someone/.local/share/Trash"},
+            {"", "/home/someone/.local/share/Trash"}, {"relative/data", "/home/someone/.local/share/Trash"},
+        };
+        for (const auto& [dataHome, trash] : rows) {
+            const ScopedEnv xdg("XDG_DATA_HOME", dataHome);
+            EXPECT_EQ(HomeTrashFolder(), trash) << (dataHome ? dataHome : "(unset)");
+        }
+    }
+    const TempDir dir;
+    auto path = [&](const char* relative) { return dir.File(relative).utf8_string(); };
+    MakeDirs(path("home-trash/files"));
+    MakeDirs(path("good/.Trash/4321/files"));  // sticky shared trash with our folder
+    ASSERT_EQ(::chmod(path("good/.Trash").c_str(), 01777), 0);
+    MakeDirs(path("good/.Trash-4321/files"));
+    MakeDirs(path("loose/.Trash/4321/files"));  // not sticky: anyone could have put ours there
+    ASSERT_EQ(::chmod(path("loose/.Trash").c_str(), 0777), 0);
+    MakeDirs(path("linked"));  // links planted in place of trash folders
+    ASSERT_EQ(::symlink(path("good/.Trash").c_str(), path("linked/.Trash").c_str()), 0);
+    ASSERT_EQ(::symlink(path("good/.Trash-4321").c_str(), path("linked/.Trash-4321").c_str()), 0);
+    MakeDirs(path("other/.Trash-1000/files"));  // another user's only
+    EXPECT_EQ(TrashFolders(path("home-trash"), {path("good"), path("loose"), path("linked"), path("other"),
+                                                path("missing"), path("good") + "/"}, 4321),
+              (std::vector<std::string>{path("home-trash"), path("good/.Trash/4321"), path("good/.Trash-4321")}));
+    EXPECT_EQ(TrashFolders(path("no-home-trash"), {}, 4321), std::vector<std::string>{});
+
+    WriteFileBytes(dir.File("mountinfo"), "22 1 8:1 / / rw,relatime shared:1 - ext4 /dev/sda1 rw\n"
+                                          "35 22 8:17 / /media/USB\\040Stick rw - vfat /dev/sdb1 rw\n"
+                                          "36 22 0:40 / /mnt/tab\\011and\\134slash rw - tmpfs none rw\n"
+                                          "37 22 0:41 /sub /srv/bind rw - ext4 /dev/sda1 rw\n");
+    EXPECT_EQ(MountTops(path("mountinfo")),
+              (std::vector<std::string>{"/", "/media/USB Stick", "/mnt/tab\tand\\slash", "/srv/bind"}));
+    EXPECT_TRUE(MountTops(path("no-such-file")).empty());
 }
 
 // A real volume: a tmpfs mounted in a user and mount namespace of a child
-// run of this program, found through /proc/self/mountinfo. A volume mounted
-// inside the home trash cannot be removed and must not be emptied: the one
-// failure every user (root included) meets.
+// run of this program. A volume mounted inside the home trash cannot be
+// removed and must not be emptied: the one failure every user (root
+// included) meets.
 constexpr const char* kNamespaceDir = "CADRELLE_TRASH_NAMESPACE_DIR";
 
-TEST(TrashInMountNamespace, RealVolumesAreFoundAndAMountedFolderIsReported)
+TEST_F(EmptyRecyclebinJob, InAMountNamespaceRealVolumesAreFoundAndAMountedFolderIsReported)
 {
-    const std::string volumeTrash = RealVolumeTrash();
-    if (!volumeTrash.empty())
-        GTEST_SKIP() << "this machine has a trash on a mounted volume that the job would empty: " << volumeTrash;
     if (RunProcess({"unshare", "-rm", "true"}).status != 0)
         GTEST_SKIP() << "unprivileged user and mount namespaces are not available here (unshare -rm failed)";
-    const TempDir dir;
-    const std::string root = dir.Path().utf8_string();
-    const ScopedEnv where(kNamespaceDir, root.c_str());
+    const ScopedEnv where(kNamespaceDir, Path("").c_str());
     char self[4096] = {};
     const ssize_t length = ::readlink("/proc/self/exe", self, sizeof self - 1);
     ASSERT_GT(length, 0);
@@ -240,8 +169,8 @@ TEST(TrashInMountNamespace, RealVolumesAreFoundAndAMountedFolderIsReported)
     EXPECT_EQ(run.status, 0) << run.out << run.err;
     EXPECT_NE(run.out.find("[  PASSED  ] 1 test"), std::string::npos) << run.out;
     // The mounts went with the namespace; the folders the child made stay.
-    EXPECT_TRUE(Entries(root + "/vol").empty());
-    EXPECT_TRUE(Entries(root + "/data/Trash/files/mnt").empty());
+    EXPECT_TRUE(IsEmptyFolder(Path("vol")));
+    EXPECT_TRUE(IsEmptyFolder(Path("data/Trash/files/mnt")));
 }
 
 TEST(TrashInMountNamespace, DISABLED_ChildRun)
@@ -249,17 +178,15 @@ TEST(TrashInMountNamespace, DISABLED_ChildRun)
     const char* rootText = std::getenv(kNamespaceDir);
     ASSERT_TRUE(rootText) << "run by the test above only";
     const std::string root = rootText;
-    const std::string uid = std::to_string(::getuid());
     MakeDirs(root + "/vol");
     ASSERT_EQ(RunProcess({"mount", "-t", "tmpfs", "cadrelle-test", root + "/vol"}).status, 0);
-    const std::string volume = root + "/vol/.Trash-" + uid;
+    const std::string volume = root + "/vol/.Trash-" + std::to_string(::getuid());
     FillTrash(volume, root + "/vol/outside");
     const std::string home = root + "/data/Trash";
     MakeFile(home + "/files/plain.txt", "p");
     MakeDirs(home + "/files/mnt");
     ASSERT_EQ(RunProcess({"mount", "-t", "tmpfs", "cadrelle-inner", home + "/files/mnt"}).status, 0);
     MakeFile(home + "/files/mnt/on-another-volume.txt", "other");
-    ASSERT_NE(MountTops().size(), 0u);
 
     const ScopedEnv xdg("XDG_DATA_HOME", (root + "/data").c_str());
     RecordedMessages messages;
@@ -271,8 +198,8 @@ TEST(TrashInMountNamespace, DISABLED_ChildRun)
     ASSERT_EQ(shown.size(), 1u);
     EXPECT_EQ(shown[0].kind, RecordedMessage::Kind::Box);
     EXPECT_EQ(shown[0].caption, "Cadrelle");
-    EXPECT_EQ(shown[0].text, summary.utf8_string() + kFailure + "cannot remove \"" +
-                                 home + "/files/mnt\": " + std::strerror(EBUSY));
+    EXPECT_EQ(shown[0].text, summary.utf8_string() + "\n\nEmpty RecycleBin failed.\n" + "cannot remove \"" + home +
+                                 "/files/mnt\": " + std::strerror(EBUSY));
 }
 
 }  // namespace
