@@ -57,16 +57,6 @@ protected:
 
     static std::string Work(const std::string& name) { return GetSession().work + "/" + name; }
 
-    // Message boxes shown, as "caption|text".
-    std::vector<std::string> Boxes() const
-    {
-        std::vector<std::string> boxes;
-        for (const RecordedMessage& message : messages.All()) {
-            if (message.kind == RecordedMessage::Kind::Box)
-                boxes.push_back(message.caption + "|" + message.text);
-        }
-        return boxes;
-    }
 
     RecordedMessages messages;
     CapturedLog log;
@@ -101,7 +91,7 @@ TEST_F(LaunchJobTest, DefaultApplicationsReceiveExactlyTheTarget)
         ASSERT_EQ(calls.size(), 1u);
         EXPECT_EQ(Tail(calls[0]), c.expected);
     }
-    EXPECT_TRUE(Boxes().empty());
+    EXPECT_TRUE(messages.Boxes().empty());
     EXPECT_EQ(log.Matching("Started Test Browser").size(), 2u);
 }
 
@@ -153,20 +143,22 @@ TEST_F(LaunchJobTest, WhatCannotRunIsRefusedClearly)
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.target);
-        const std::size_t boxes = Boxes().size();
+        const std::size_t boxes = messages.Boxes().size();
         {
             std::optional<ScopedEnv> env;
             if (c.variable)
                 env.emplace(c.variable, c.value);
             RunJob(c.kind, c.target == "-" ? ParamList{} : ParamList{wxString::FromUTF8(c.target)}, 12);
         }
-        const std::vector<std::string> shown = Boxes();
+        const std::vector<std::string> shown = messages.Boxes();
         EXPECT_EQ(std::vector<std::string>(shown.begin() + static_cast<long>(boxes), shown.end()),
-                  c.box.empty() ? std::vector<std::string>{} : std::vector<std::string>{"Cadrelle|" + c.box});
+                  c.box.empty() ? std::vector<std::string>{} : std::vector<std::string>{c.box});
         if (!c.line.empty()) {
             EXPECT_EQ(log.Matching(wxString::FromUTF8(c.line)).size(), 1u);
         }
     }
+    for (const RecordedMessage& box : messages.All())
+        EXPECT_EQ(box.caption, "Cadrelle");
     EXPECT_TRUE(RecordedCalls().empty());
     EXPECT_FALSE(Exists(Work("ran")));
 }
@@ -188,9 +180,8 @@ TEST_F(LaunchJobTest, TheCommandRunsInATerminalThatStaysOpenUntilEnter)
     ASSERT_EQ(calls.size(), 1u);
     const std::vector<std::string> argv = Tail(calls[0]);
     ASSERT_EQ(argv.size(), 6u);
-    EXPECT_EQ(argv[0], "-e");
-    EXPECT_EQ(argv[1], "/bin/sh");
-    EXPECT_EQ(argv[2], "-c");
+    EXPECT_EQ(std::vector<std::string>(argv.begin(), argv.begin() + 3),
+              (std::vector<std::string>{"-e", "/bin/sh", "-c"}));
     EXPECT_NE(argv[3].find("read"), std::string::npos) << "the terminal is not asked to wait for Enter";
     EXPECT_EQ(argv[5], command);
 
@@ -270,7 +261,7 @@ TEST_F(LaunchJobTest, ScriptsRunByTheirInterpreterInTheirOwnFolder)
         EXPECT_EQ(line.substr(0, line.find('|')), folder);
     }
     EXPECT_NE(ReadText(Work("a")).find("|" + folder + "/with shebang"), std::string::npos);
-    EXPECT_TRUE(Boxes().empty());
+    EXPECT_TRUE(messages.Boxes().empty());
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <chrono>
 #include <cstring>
+#include <netdb.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -53,36 +54,27 @@ int LoopbackTcpListener(int backlog)
 
 UdpReceiver::UdpReceiver(const char* address, std::uint16_t port)
 {
-    sockaddr_storage storage{};
-    socklen_t length = 0;
-    auto& v4 = reinterpret_cast<sockaddr_in&>(storage);
-    auto& v6 = reinterpret_cast<sockaddr_in6&>(storage);
-    if (::inet_pton(AF_INET, address, &v4.sin_addr) == 1) {
-        v4.sin_family = AF_INET;
-        v4.sin_port = htons(port);
-        length = sizeof v4;
-    } else if (::inet_pton(AF_INET6, address, &v6.sin6_addr) == 1) {
-        v6.sin6_family = AF_INET6;
-        v6.sin6_port = htons(port);
-        length = sizeof v6;
-    } else {
+    // Numeric addresses only: nothing here may ask a resolver.
+    addrinfo hints{};
+    hints.ai_flags = AI_NUMERICHOST | AI_NUMERICSERV;
+    hints.ai_socktype = SOCK_DGRAM;
+    addrinfo* found = nullptr;
+    if (::getaddrinfo(address, std::to_string(port).c_str(), &hints, &found) != 0)
         return;
-    }
-    const int fd = ::socket(storage.ss_family, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    const int fd = ::socket(found->ai_family, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     const int on = 1;
-    if (fd < 0)
-        return;
     // The destination address of each datagram tells a broadcast apart.
-    if (storage.ss_family == AF_INET)
+    if (found->ai_family == AF_INET)
         ::setsockopt(fd, IPPROTO_IP, IP_PKTINFO, &on, sizeof on);
     else
         ::setsockopt(fd, IPPROTO_IPV6, IPV6_RECVPKTINFO, &on, sizeof on);
-    if (::bind(fd, reinterpret_cast<sockaddr*>(&storage), length) != 0) {
+    if (fd >= 0 && ::bind(fd, found->ai_addr, found->ai_addrlen) == 0) {
+        m_fd = fd;
+        m_port = LocalPort(fd);
+    } else if (fd >= 0) {
         ::close(fd);
-        return;
     }
-    m_fd = fd;
-    m_port = LocalPort(fd);
+    ::freeaddrinfo(found);
 }
 
 UdpReceiver::~UdpReceiver()
