@@ -54,24 +54,25 @@ public:
     void Add(std::int32_t jid)
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        m_ids.push_back(jid);
-        m_times.push_back(std::chrono::steady_clock::now());
+        m_runs.emplace_back(jid, std::chrono::steady_clock::now());
     }
     std::vector<std::int32_t> Ids() const
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        return m_ids;
+        std::vector<std::int32_t> ids;
+        for (const auto& run : m_runs)
+            ids.push_back(run.first);
+        return ids;
     }
-    std::chrono::milliseconds Gap(std::size_t from, std::size_t to) const
+    long GapMs(std::size_t from, std::size_t to) const
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        return std::chrono::duration_cast<std::chrono::milliseconds>(m_times[to] - m_times[from]);
+        return std::chrono::duration_cast<std::chrono::milliseconds>(m_runs[to].second - m_runs[from].second).count();
     }
 
 private:
     mutable std::mutex m_mutex;
-    std::vector<std::int32_t> m_ids;
-    std::vector<std::chrono::steady_clock::time_point> m_times;
+    std::vector<std::pair<std::int32_t, std::chrono::steady_clock::time_point>> m_runs;
 };
 
 class EngineJobsTest : public ::testing::Test {
@@ -100,14 +101,14 @@ protected:
     void PumpUntil(std::size_t count, std::chrono::milliseconds limit = std::chrono::milliseconds(5000))
     {
         const auto end = std::chrono::steady_clock::now() + limit;
-        while (runs.Ids().size() < count && std::chrono::steady_clock::now() < end) {
+        const auto pump = [this] {
             engine.ProcessRequests();
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        }
-        for (int i = 0; i < 40; ++i) {
-            engine.ProcessRequests();
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        }
+        };
+        while (runs.Ids().size() < count && std::chrono::steady_clock::now() < end)
+            pump();
+        for (int i = 0; i < 40; ++i)
+            pump();
     }
 
     Scheduler scheduler;
@@ -126,7 +127,7 @@ TEST_F(EngineJobsTest, ChainSkipsOwnIdAndStartsDisabledJobsAfterTheInterval)
     PumpUntil(2);
     EXPECT_EQ(runs.Ids(), (std::vector<std::int32_t>{3, 7}));
     ASSERT_EQ(runs.Ids().size(), 2u);
-    EXPECT_GE(runs.Gap(0, 1).count(), 280);
+    EXPECT_GE(runs.GapMs(0, 1), 280);
     EXPECT_EQ(host.started, (std::vector<std::int32_t>{3, 7}));
 }
 

@@ -42,9 +42,8 @@ TEST(SchedulerIds, NewJidReusesTheLowestGapAndLookupsFindById)
     EXPECT_EQ(s.MaxJID(), 0);
     EXPECT_EQ(s.MaxTID(), 0);
     // Out of order on purpose: the scan restarts from the front after a clash.
-    s.AddJob(TestJob(3), false);
-    s.AddJob(TestJob(1), false);
-    s.AddJob(TestJob(0), false);
+    for (std::int32_t jid : {3, 1, 0})
+        s.AddJob(TestJob(jid), false);
     EXPECT_EQ(s.NewJID(), 2);
     s.AddJob(TestJob(2), false);
     EXPECT_EQ(s.NewJID(), 4);
@@ -116,9 +115,8 @@ TEST(SchedulerEdits, EnableAllJobsNotifiesOnceMoreEvenWhenNothingChanges)
 TEST(SchedulerEdits, SetJobEnableCarriesTheStateToTheJobsTriggersOnly)
 {
     Scheduler s;
-    s.AddTrigger(MakeTrigger(1), false);
-    s.AddTrigger(MakeTrigger(2), false);
-    s.AddTrigger(MakeTrigger(3), false);
+    for (std::int64_t tid : {1, 2, 3})
+        s.AddTrigger(MakeTrigger(tid), false);
     s.AddJob(TestJob(0, NJobTypeReminder, {1, 3, 99}), false);  // 99 names no trigger
     s.AddJob(TestJob(1, NJobTypeReminder, {2}), false);
 
@@ -219,6 +217,4 @@ TEST(SchedulerState, DataChangedTimeIsTakenOnlyWhenTheFlagRises)
     s.SetDataChanged(false);
     s.MarkChangedByFiring(later);
     EXPECT_EQ(s.GetDataChangedTime(), later);
-    s.SetStopCheck(1);
-    EXPECT_EQ(s.GetStopCheck(), 1);
 }
