@@ -1,5 +1,5 @@
-// `cadrelle --status/--pause/--resume/--silent/--run/--show` against a real
-// headless instance, and the instance lock under simultaneous starts.
+// `cadrelle --status/--pause/--resume/--silent/--run/--show` against a real headless instance, and the
+// instance lock under simultaneous starts.
 
 #include <csignal>
 #include <regex>
@@ -11,18 +11,14 @@
 
 #include "e2e_support.h"
 
-namespace {
-
 // The exit status, then what the program printed (stdout, then stderr).
-std::string Cadrelle(const std::string& home, std::vector<std::string> args, std::vector<std::string> prefix = {})
+static std::string Cadrelle(const std::string& home, std::vector<std::string> args, std::vector<std::string> prefix = {})
 {
     args.insert(args.begin(), CADRELLE_BINARY);
     args.insert(args.begin(), prefix.begin(), prefix.end());
     const ProcessResult result = RunProcess(args, ProgramEnvironment(home), 20000);
     return std::to_string(result.status) + " " + result.out + result.err;
 }
-
-}  // namespace
 
 TEST(CommandLineControl, SteersTheRunningHeadlessInstanceAndNobodyElses)
 {

@@ -12,13 +12,10 @@
 inline ChildEnvironment ProgramEnvironment(const std::string& home, ChildEnvironment extra = {})
 {
     wxFileName::Mkdir(wxString::FromUTF8(home), 0700, wxPATH_MKDIR_FULL);
-    ChildEnvironment environment = {{"HOME", home},
-                                    {"XDG_CONFIG_HOME", home + "/.config"},
-                                    {"XDG_DATA_HOME", home + "/.local/share"},
-                                    {"XDG_RUNTIME_DIR", home},
-                                    {"DISPLAY", std::nullopt},
-                                    {"WAYLAND_DISPLAY", std::nullopt},
-                                    {"DBUS_SESSION_BUS_ADDRESS", std::nullopt}};
+    ChildEnvironment environment = {
+        {"HOME", home}, {"XDG_CONFIG_HOME", home + "/.config"}, {"XDG_DATA_HOME", home + "/.local/share"},
+        {"XDG_RUNTIME_DIR", home}, {"DISPLAY", std::nullopt}, {"WAYLAND_DISPLAY", std::nullopt},
+        {"DBUS_SESSION_BUS_ADDRESS", std::nullopt}};
     environment.insert(environment.end(), extra.begin(), extra.end());
     return environment;
 }
@@ -35,7 +32,6 @@ inline std::string LogText(const wxString& appDir)
     return text;
 }
 
-// A data file with `jobs` and `triggers` (their XML elements).
 inline std::string DataFile(const std::string& jobs, const std::string& triggers)
 {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<SCHEDULER>\n" + jobs + triggers + "</SCHEDULER>\n";

@@ -1,7 +1,5 @@
-// The headless scheduler as a user runs it: a real child process, the real
-// clock, its own folders. An important reminder and a Send UDP MSG job fire
-// every 2 seconds, the UDP job with a chained job after its job interval:
-// datagrams observed on loopback, then SIGTERM ends it and saves.
+// The headless scheduler as a user runs it (a real child process, the real clock, its own folders): a reminder
+// and a Send UDP MSG job with a chained job every 2 seconds, datagrams observed on loopback; SIGTERM saves.
 
 #include <chrono>
 #include <csignal>
@@ -66,12 +64,9 @@ TEST(Headless, FiresOnTimeChainsAndSavesTheAdvancedTimesOnSigterm)
             continue;
         ++ticks;
         const std::int64_t phase = ms % 2000;  // 0 at an even second
-        // The trigger fires inside the 200 ms before the moment; the datagram
-        // may come a little later on a busy machine (the job thread has to be
-        // started and scheduled first).
+        // Fired inside the 200 ms before the moment; the datagram may come a little later on a busy machine.
         EXPECT_TRUE((phase == 0 ? 0 : 2000 - phase) <= 220 || phase < 150) << "tick " << ticks << " at " << phase;
-        // The disabled chained job follows about 500 ms later (unless the
-        // listening window closed in between).
+        // The disabled chained job follows ~500 ms later (unless listening ended in between).
         if (i + 1 == arrivals.size())
             break;
         EXPECT_EQ(arrivals[i + 1].first, "tock");
@@ -82,8 +77,7 @@ TEST(Headless, FiresOnTimeChainsAndSavesTheAdvancedTimesOnSigterm)
 
     const std::string log = LogText(dir.File("app"));
     for (const char* line : {">>> Cadrelle Start >>>", "->> [JID_0, ThreadID_",
-                             // An important reminder has no window to go to: the job thread
-                             // writes it to the log, which reaches the file through the main thread.
+                             // No window to go to: logged by the job thread, written by the main thread.
                              "### [JID_0] Reminder (important): Drink tea", "<<- [JID_0, ThreadID_",
                              "SaveSchedulerData(true) Completed", "SaveSettingParam() Completed",
                              "<<< Cadrelle End <<<"})

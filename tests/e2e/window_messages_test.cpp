@@ -1,12 +1,10 @@
-// The window as a user sees it on the launcher's X display: a job's message
-// reaches the screen as a window of the program, shown by the main thread.
+// On the launcher's X display, a job's message reaches the screen as a window of the program.
 
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
 
 #include <gtest/gtest.h>
-#include <wx/filename.h>
 
 #include "e2e_support.h"
 
@@ -24,8 +22,7 @@ std::size_t WindowsTitled(const std::string& title)
 TEST(WindowMessages, ReminderAndJobErrorReachTheScreen)
 {
     TempDir dir;
-    // An important reminder, and a Wake-on-LAN job whose MAC address is
-    // wrong, every two seconds: both must reach the user.
+    // An important reminder and a Wake-on-LAN job with a wrong MAC address, every two seconds.
     WriteFileBytes(dir.File("app/data/data1.xml"),
                    DataFile(Job(0, 0, "Tea", true, 0, "1", "", "Tea time $ 1") +
                                 Job(1, 12, "Wake", true, 0, "2", "", "aa:bb:cc:dd:ee:ff $ 9"),
@@ -37,8 +34,7 @@ TEST(WindowMessages, ReminderAndJobErrorReachTheScreen)
 
     EXPECT_TRUE(WaitUntil([] { return WindowsTitled("Cadrelle - Reminder") > 0; }, 15000))
         << ReadFileBytes(wxString::FromUTF8(home + "/out.txt"));
-    // The message box of the bad MAC address is captioned with the program's
-    // name like the main window: two windows of that title.
+    // The bad MAC address's box is captioned like the main window: two windows of that title.
     EXPECT_TRUE(WaitUntil([] { return WindowsTitled("Cadrelle") >= 2; }, 15000));
     // The log reaches its file within a second or two of the job.
     EXPECT_TRUE(WaitUntil([&] { return LogText(dir.File("app")).find("Address size is") != std::string::npos; }));
