@@ -187,11 +187,7 @@ TEST_F(LaunchJobTest, TheCommandRunsInATerminalThatStaysOpenUntilEnter)
 
     ASSERT_TRUE(WaitUntil([&] { return ReadText(marker) == "it ran\n"; }));
     ASSERT_TRUE(WaitUntil([&] { return ReadText(Work("terminal.out")).find("[Press Enter") != std::string::npos; }));
-    std::string closed;
-    for (const fs::directory_entry& entry : fs::directory_iterator(GetSession().calls)) {
-        if (entry.path().extension() == ".args")
-            closed = (entry.path().parent_path() / entry.path().stem()).string() + ".closed";
-    }
+    const std::string closed = Work("terminal.closed");
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     EXPECT_FALSE(Exists(closed)) << "the terminal closed before Enter";
 

@@ -34,7 +34,7 @@ while [ $# -gt 0 ] && [ "$1" != "-e" ]; do shift; done
 shift
 exec 3<> "$WORK/keyboard"
 "$@" <&3 > "$WORK/terminal.out" 2>&1
-echo closed > "$out.closed"
+echo closed > "$WORK/terminal.closed"
 )";
 
 std::string DesktopEntry(const std::string& name, const std::string& tag, const std::string& field,

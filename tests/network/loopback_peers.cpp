@@ -63,11 +63,8 @@ UdpReceiver::UdpReceiver(const char* address, std::uint16_t port)
         return;
     const int fd = ::socket(found->ai_family, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     const int on = 1;
-    // The destination address of each datagram tells a broadcast apart.
-    if (found->ai_family == AF_INET)
-        ::setsockopt(fd, IPPROTO_IP, IP_PKTINFO, &on, sizeof on);
-    else
-        ::setsockopt(fd, IPPROTO_IPV6, IPV6_RECVPKTINFO, &on, sizeof on);
+    // The destination address of each (IPv4) datagram tells a broadcast apart.
+    ::setsockopt(fd, IPPROTO_IP, IP_PKTINFO, &on, sizeof on);
     if (fd >= 0 && ::bind(fd, found->ai_addr, found->ai_addrlen) == 0) {
         m_fd = fd;
         m_port = LocalPort(fd);
@@ -101,18 +98,12 @@ std::vector<Datagram> UdpReceiver::Receive(int firstMs)
             break;
         Datagram datagram{std::string(buffer, static_cast<std::size_t>(n)), std::string()};
         for (cmsghdr* c = CMSG_FIRSTHDR(&message); c; c = CMSG_NXTHDR(&message, c)) {
-            char text[INET6_ADDRSTRLEN] = "";
-            if (c->cmsg_level == IPPROTO_IP && c->cmsg_type == IP_PKTINFO) {
-                in_pktinfo info;
-                std::memcpy(&info, CMSG_DATA(c), sizeof info);
-                ::inet_ntop(AF_INET, &info.ipi_addr, text, sizeof text);
-            } else if (c->cmsg_level == IPPROTO_IPV6 && c->cmsg_type == IPV6_PKTINFO) {
-                in6_pktinfo info;
-                std::memcpy(&info, CMSG_DATA(c), sizeof info);
-                ::inet_ntop(AF_INET6, &info.ipi6_addr, text, sizeof text);
-            }
-            if (text[0])
-                datagram.destination = text;
+            if (c->cmsg_level != IPPROTO_IP || c->cmsg_type != IP_PKTINFO)
+                continue;
+            in_pktinfo info;
+            char text[INET_ADDRSTRLEN] = "";
+            std::memcpy(&info, CMSG_DATA(c), sizeof info);
+            datagram.destination = ::inet_ntop(AF_INET, &info.ipi_addr, text, sizeof text) ? text : "";
         }
         datagrams.push_back(std::move(datagram));
         waitMs = 300;
