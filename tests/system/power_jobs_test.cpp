@@ -1,6 +1,8 @@
 // Suspend, Hibernates, Shutdown and Reboot against logind's D-Bus API: the
 // Can* question first, then the power call with interactive = false, or a
-// refusal that says why and calls nothing.
+// refusal that says why and calls nothing. Shutoff Display where it cannot
+// work: an X server without DPMS (the launcher's Xvfb), no X display, and a
+// Wayland session.
 
 #include <gtest/gtest.h>
 
@@ -96,6 +98,37 @@ TEST(PowerJob, WithoutLogindEveryKindSaysLogindIsNotReachable)
         for (std::size_t i = 0; i < boxes.size(); ++i)
             ExpectFailure(boxes[i].text, i < 4 ? kPower[i].failure : "Logoff failed! Error code: ",
                           "\nlogind is not reachable on the system bus: ");
+    }
+}
+
+TEST(ShutoffDisplay, EachMissingPieceIsNamed)
+{
+    const std::string display = std::getenv("DISPLAY") ? std::getenv("DISPLAY") : "";
+    const struct {
+        const char* display;
+        const char* wayland;
+        std::string reason;
+    } cases[] = {
+        {display.c_str(), nullptr,
+         "the X server of display \"" + display + "\" has no DPMS extension (display power management)"},
+        {nullptr, nullptr, "there is no X display (DISPLAY is not set)"},
+        {"", "wayland-0",
+         "this is a Wayland session without an X display (DISPLAY is not set); the display cannot be switched off "
+         "from here"},
+        {":64999", nullptr, "cannot open the X display \":64999\""},  // nobody serves it
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.reason);
+        const ScopedEnv displayVariable("DISPLAY", c.display);
+        const ScopedEnv wayland("WAYLAND_DISPLAY", c.wayland);
+        RecordedMessages messages;
+        CapturedLog log;
+        const wxString summary = RunJob(NJobTypeShutoffDisplay, {}, 42, "night");
+        const std::vector<RecordedMessage> shown = messages.All();
+        ASSERT_EQ(shown.size(), 1u);
+        EXPECT_EQ(shown[0].caption, "Cadrelle");
+        EXPECT_EQ(shown[0].text, summary.utf8_string() + "\n\nShutoff Display failed.\n" + c.reason);
+        EXPECT_EQ(log.Matching("[JID_42] Shutoff Display failed").size(), 1u);
     }
 }
 

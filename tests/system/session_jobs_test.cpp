@@ -62,64 +62,53 @@ TEST_F(SessionJobTest, LogoffEndsTheSessionOfOurProcessElseTheOneNamedInTheEnvir
 TEST_F(SessionJobTest, LockIsAskedOfOurOwnSessionAndFallsBackToTheScreenSaver)
 {
     ASSERT_TRUE(logind.AnswerSessionByPid("c7"));
+    const TempDir dir;
+    const std::string noBus = "unix:path=" + dir.File("no-bus-here").utf8_string();
     const struct {
+        bool logind;
         bool lockerLocks;
         bool screenSaver;
-        const char* log;  // "" when the user gets a box instead
-    } cases[] = {
-        // Nobody carries it out: a box, checked below.
-        {false, false, ""},
-        {false, true, "org.freedesktop.ScreenSaver locked the session"},
-        // Last: a locked session stays locked.
-        {true, false, "[JID_23] Lock Workstation done: logind locked session c7"},
+        const char* says;  // in the log, or in the box when nobody locks
+    } rows[] = {
+        {true, false, false, "no screen locker reported the session locked"},
+        {true, false, true, "org.freedesktop.ScreenSaver locked the session"},
+        {false, false, true, "org.freedesktop.ScreenSaver locked the session"},
+        {false, false, false, "\nlogind is not reachable on the system bus: "},
+        {true, true, false, "[JID_23] Lock Workstation done: logind locked session c7"},  // stays locked: last
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.log);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.says);
+        const ScopedEnv system("DBUS_SYSTEM_BUS_ADDRESS", row.logind ? std::getenv("DBUS_SESSION_BUS_ADDRESS")
+                                                                     : noBus.c_str());
         ASSERT_TRUE(logind.AddMethod(ownPath, "org.freedesktop.login1.Session", "Lock", "", "", ""));
-        if (c.lockerLocks) {
+        if (row.lockerLocks) {
             ASSERT_TRUE(logind.LockSetsLockedHint("c7"));
         }
         std::unique_ptr<ScreenSaverMock> screenSaver;
-        if (c.screenSaver) {
+        if (row.screenSaver) {
             screenSaver = std::make_unique<ScreenSaverMock>();
             ASSERT_TRUE(screenSaver->IsRunning());
         }
-        const std::size_t before = logind.Calls(ownPath).size();
+        const std::size_t calls = logind.Calls(ownPath).size();
+        const std::size_t boxes = messages.All().size();
+        const std::size_t logged = log.Matching(row.says).size();
         RunJob(NJobTypeLockWorkstation, {}, 23, "lock");
-        EXPECT_EQ(logind.Calls(ownPath).size(), before + 1);
+        EXPECT_EQ(logind.Calls(ownPath).size(), calls + (row.logind ? 1 : 0));
         if (screenSaver) {
             EXPECT_EQ(screenSaver->Calls("/org/freedesktop/ScreenSaver"), std::vector<std::string>{"Lock()"});
         }
-        if (c.log[0]) {
-            EXPECT_EQ(log.Matching(c.log).size(), 1u);
+        const std::vector<RecordedMessage> shown = messages.All();
+        if (row.lockerLocks || row.screenSaver) {
+            EXPECT_EQ(shown.size(), boxes);
+            EXPECT_EQ(log.Matching(row.says).size(), logged + 1);
+            continue;
         }
+        ASSERT_EQ(shown.size(), boxes + 1);
+        EXPECT_EQ(shown.back().caption, "Cadrelle");
+        EXPECT_EQ(shown.back().text.rfind("LockWorkStation failed! Error code: ", 0), 0u) << shown.back().text;
+        EXPECT_NE(shown.back().text.find(row.says), std::string::npos) << shown.back().text;
+        EXPECT_NE(shown.back().text.find("org.freedesktop.ScreenSaver could not lock it"), std::string::npos);
     }
-    // Only the first case told the user, naming both tries.
-    const std::vector<RecordedMessage> boxes = messages.All();
-    ASSERT_EQ(boxes.size(), 1u);
-    EXPECT_EQ(boxes[0].caption, "Cadrelle");
-    EXPECT_EQ(boxes[0].text.rfind("LockWorkStation failed! Error code: ", 0), 0u) << boxes[0].text;
-    EXPECT_NE(boxes[0].text.find("no screen locker reported the session locked"), std::string::npos);
-    EXPECT_NE(boxes[0].text.find("org.freedesktop.ScreenSaver could not lock it"), std::string::npos);
-}
-
-TEST(LockWithoutLogind, TheScreenSaverStillLocksAndItsAbsenceIsNamed)
-{
-    const TempDir dir;
-    const std::string deadAddress = "unix:path=" + dir.File("no-bus-here").utf8_string();
-    const ScopedEnv system("DBUS_SYSTEM_BUS_ADDRESS", deadAddress.c_str());
-    RecordedMessages messages;
-    {
-        const ScreenSaverMock screenSaver;
-        ASSERT_TRUE(screenSaver.IsRunning());
-        RunJob(NJobTypeLockWorkstation, {}, 26, "lock");
-        EXPECT_TRUE(messages.All().empty());
-    }
-    RunJob(NJobTypeLockWorkstation, {}, 26, "lock");
-    const std::vector<std::string> boxes = messages.Boxes();
-    ASSERT_EQ(boxes.size(), 1u);
-    EXPECT_NE(boxes[0].find("\nlogind is not reachable on the system bus: "), std::string::npos) << boxes[0];
-    EXPECT_NE(boxes[0].find("org.freedesktop.ScreenSaver could not lock it"), std::string::npos) << boxes[0];
 }
 
 }  // namespace

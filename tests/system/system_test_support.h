@@ -1,7 +1,9 @@
 #pragma once
 // The session and power jobs against python3-dbusmock's logind and a screen
 // saver on the launcher's session bus, which also stands in for the system
-// bus.
+// bus (set, and the jobs registered, before any test runs).
+
+#include <unistd.h>
 
 #include "dbus_mock.h"
 
@@ -12,17 +14,37 @@ class LogindMock : public DbusMock {
 public:
     LogindMock() : DbusMock("org.freedesktop.login1", {"--template", "logind"}) {}
     // Returns the session's object path.
-    std::string AddSession(const std::string& id);
+    std::string AddSession(const std::string& id)
+    {
+        BusCall("org.freedesktop.login1", kLogindPath, "org.freedesktop.DBus.Mock.AddSession",
+                {Quoted(id), Quoted("seat0"), std::to_string(::getuid()), Quoted("tester"), "true"});
+        return std::string(kLogindPath) + "/session/" + id;
+    }
     // Manager.GetSessionByPID answers with the session `id`.
-    bool AnswerSessionByPid(const std::string& id);
+    bool AnswerSessionByPid(const std::string& id)
+    {
+        return AddMethod(kLogindPath, "org.freedesktop.login1.Manager", "GetSessionByPID", "u", "o",
+                         "ret = '" + std::string(kLogindPath) + "/session/" + id + "'");
+    }
     // The session's Lock sets its LockedHint, as a screen locker would.
-    bool LockSetsLockedHint(const std::string& id);
+    bool LockSetsLockedHint(const std::string& id)
+    {
+        return AddMethod(std::string(kLogindPath) + "/session/" + id, "org.freedesktop.login1.Session", "Lock", "",
+                         "", "self.UpdateProperties('org.freedesktop.login1.Session', {'LockedHint': dbus.Boolean(True)})");
+    }
     // Manager.<can> answers `answer`.
-    bool AnswerCan(const std::string& can, const std::string& answer);
+    bool AnswerCan(const std::string& can, const std::string& answer)
+    {
+        return AddMethod(kLogindPath, "org.freedesktop.login1.Manager", can, "", "s", "ret = '" + answer + "'");
+    }
 };
 
 // A desktop screen saver (org.freedesktop.ScreenSaver with Lock).
-class ScreenSaverMock : public DbusMock {
-public:
-    ScreenSaverMock();
+struct ScreenSaverMock : DbusMock {
+    ScreenSaverMock()
+        : DbusMock("org.freedesktop.ScreenSaver",
+                   {"--session", "org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver", "org.freedesktop.ScreenSaver"})
+    {
+        AddMethod("/org/freedesktop/ScreenSaver", "", "Lock", "", "", "");
+    }
 };

@@ -160,10 +160,7 @@ TEST_F(EmptyRecyclebinJob, InAMountNamespaceRealVolumesAreFoundAndAMountedFolder
     if (RunProcess({"unshare", "-rm", "true"}).status != 0)
         GTEST_SKIP() << "unprivileged user and mount namespaces are not available here (unshare -rm failed)";
     const ScopedEnv where(kNamespaceDir, Path("").c_str());
-    char self[4096] = {};
-    const ssize_t length = ::readlink("/proc/self/exe", self, sizeof self - 1);
-    ASSERT_GT(length, 0);
-    const ProcessResult run = RunProcess({"unshare", "-rm", std::string(self, static_cast<std::size_t>(length)),
+    const ProcessResult run = RunProcess({"unshare", "-rm", std::filesystem::read_symlink("/proc/self/exe").string(),
                                           "--gtest_also_run_disabled_tests",
                                           "--gtest_filter=TrashInMountNamespace.DISABLED_ChildRun"});
     EXPECT_EQ(run.status, 0) << run.out << run.err;
