@@ -138,20 +138,18 @@ TEST_F(ScreenshotTest, CapturesExactPixelsNamedByTheNextSecondWithoutOverwriting
     EXPECT_TRUE(wxFileName::FileExists(temp.File("a/b/shots/2025-01-01/cdrl-01010000_00.png")));
     EXPECT_EQ(FileCount(temp.File("a/b/shots")), 1u);
     EXPECT_TRUE(messages.Boxes().empty());
-}
 
-TEST_F(ScreenshotTest, ABadRangeIsRefusedAndAnImpossibleFolderEndsQuietly)
-{
-    Shoot(temp.File("shots"), "100", "1", "10 20 300");
+    // A bad range: a message and no folder; a folder under a plain file: quiet.
+    Shoot(temp.File("bad"), "100", "1", "10 20 300");
     const std::vector<std::string> boxes = messages.Boxes();
     ASSERT_EQ(boxes.size(), 1u);
     EXPECT_NE(boxes[0].find("is not four whole numbers"), std::string::npos) << boxes[0];
-    EXPECT_FALSE(wxFileName::DirExists(temp.File("shots")));
+    EXPECT_FALSE(wxFileName::DirExists(temp.File("bad")));
     EXPECT_TRUE(log.Has("[JID_7] Auto Screenshot: the range \"10 20 300\""));
 
-    WriteFileBytes(temp.File("plain"), "x");  // a folder under a plain file cannot exist
+    WriteFileBytes(temp.File("plain"), "x");
     Shoot(temp.File("plain/shots"), "100", "1", "0 0 4 4", "1");
-    EXPECT_EQ(messages.All().size(), 1u);
+    EXPECT_EQ(messages.All().size(), 2u);  // the first notice and the box
     EXPECT_TRUE(log.Has("Screenshot not saved"));
 }
 
