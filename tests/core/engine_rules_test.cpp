@@ -13,12 +13,10 @@
 
 TEST(CheckerPlan, ThreadCountTableIsExact)
 {
-    struct Case {
-        std::size_t triggers, threads, checks;
-    };
-    const Case cases[] = {{0, 4, 4},    {15, 4, 4},   {16, 8, 4},   {31, 8, 4},    {32, 8, 8},
-                          {63, 8, 8},   {64, 16, 8},  {127, 16, 8}, {128, 16, 16}, {200, 16, 16}};
-    for (const Case& c : cases) {
+    const struct { std::size_t triggers, threads, checks; } cases[] = {
+        {0, 4, 4}, {15, 4, 4}, {16, 8, 4}, {31, 8, 4}, {32, 8, 8}, {63, 8, 8}, {64, 16, 8}, {127, 16, 8}, {128, 16, 16},
+        {200, 16, 16}};
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.triggers);
         const CheckerPlan plan = ChooseCheckerPlan(c.triggers);
         EXPECT_EQ(plan.threadCount, c.threads);

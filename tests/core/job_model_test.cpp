@@ -10,12 +10,7 @@
 
 TEST(JobParamLine, JoinsWithBlankDollarBlankAndSplitsLossily)
 {
-    const struct {
-        int line;
-        ParamList stored;
-        const char* joined;
-        ParamList reloaded;
-    } cases[] = {
+    const struct { int line; ParamList stored; const char* joined; ParamList reloaded; } cases[] = {
         {__LINE__, {}, "", {}},
         {__LINE__, {"a", "", "c"}, "a $  $ c", {"a", "c"}},              // an empty middle one vanishes
         {__LINE__, {"  padded  ", "x"}, "  padded   $ x", {"padded", "x"}},  // blanks around are trimmed

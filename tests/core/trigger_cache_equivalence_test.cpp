@@ -16,8 +16,9 @@ std::string RandomField(std::mt19937& rng, int min, int max, bool dayField)
     const int a = pick(min, max), b = pick(min, max), lo = std::min(a, b), hi = std::max(a, b);
     const std::string s = std::to_string(a), los = std::to_string(lo), his = std::to_string(hi);
     const std::string forms[] = {dayField && pick(0, 1) ? "?" : "*", "*", "*", s, los + "-" + his,
-                                 "*/" + std::to_string(pick(1, (max - min) / 2 + 1)), los + "/" + std::to_string(pick(1, 13)),
-                                 s + "," + std::to_string(b), los + "-" + his + "/" + std::to_string(pick(1, 7))};
+                                 "*/" + std::to_string(pick(1, (max - min) / 2 + 1)),
+                                 los + "/" + std::to_string(pick(1, 13)), s + "," + std::to_string(b),
+                                 los + "-" + his + "/" + std::to_string(pick(1, 7))};
     return forms[pick(0, 8)];
 }
 

@@ -49,20 +49,13 @@ TEST_F(IdleTest, NeverTwiceInOneSecond)
 
 TEST_F(IdleTest, ConditionUnitsAndTheirThresholds)
 {
-    struct Case {
-        int line;
-        const char* condition;
-        int unit;
-        int amount;
-        long fireAt;
-    };
-    const Case cases[] = {
+    const struct { int line; const char* condition; int unit; int amount; long fireAt; } cases[] = {
         {__LINE__, "45 - - - - -", IdleTimeoutTrigger::UnitSeconds, 45, 45},
         {__LINE__, "- 10 - - - -", IdleTimeoutTrigger::UnitMinutes, 10, 600},
         {__LINE__, "- - 2 - - -", IdleTimeoutTrigger::UnitHours, 2, 7200},
         {__LINE__, "5 7 - - - -", IdleTimeoutTrigger::UnitMinutes, 7, 420},  // the later one wins
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.line);
         At(Local(2026, 11, 23, 10, 0, 0));
         auto trigger = Make(NTriggerTypeIdleTimeout, c.condition);

@@ -48,10 +48,8 @@ std::string RowName(const ::testing::TestParamInfo<Kind>& info)
 TEST_P(TriggerKinds, FiresOnlyInsideTheWindowBeforeItsMomentAndOnce)
 {
     const Kind& kind = GetParam();
-    const struct {
-        std::int64_t offsetMs;
-        bool fires;
-    } cases[] = {{-250, false}, {-201, false}, {-200, true}, {-150, true}, {-1, true}, {1, false}};
+    const struct { std::int64_t offsetMs; bool fires; } cases[] = {
+        {-250, false}, {-201, false}, {-200, true}, {-150, true}, {-1, true}, {1, false}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.offsetMs);
         At(kMoment, -60000);
@@ -79,13 +77,8 @@ TEST_P(TriggerKinds, FiresOnlyInsideTheWindowBeforeItsMomentAndOnce)
 TEST_P(TriggerKinds, MissedMomentIsMadeUpOnceOnlyWhenAsked)
 {
     const Kind& kind = GetParam();
-    const struct {
-        const char* setting;
-        const char* prevFire;
-        const char* recordedNext;
-        bool oneShotFires;
-        bool recurringFires;
-    } cases[] = {
+    const struct { const char* setting; const char* prevFire; const char* recordedNext;
+                   bool oneShotFires, recurringFires; } cases[] = {
         {"1", k1999, kAtMoment, true, true},
         {"0", k1999, kAtMoment, false, false},
         {"", k1999, kAtMoment, false, false},

@@ -33,7 +33,8 @@ TEST(TriggerBase, CopyKeepsKindConditionAndTimes)
     ManualClock clock(Local(2026, 11, 22, 12, 0, 0).GetValue().GetValue());
     SetClock(&clock);
     std::unique_ptr<Trigger> source = LoadedTrigger(17, NTriggerTypeCron, "0 30 8 ? * MON-FRI", "0 30 8 20 11 * 2026",
-                                                    "0 30 8 23 11 * 2026", "0 0 0 1 11 * 2026", "59 59 23 31 12 * 2027");
+                                                    "0 30 8 23 11 * 2026", "0 0 0 1 11 * 2026",
+                                                    "59 59 23 31 12 * 2027");
 
     std::unique_ptr<Trigger> copy = CopyTrigger(*source);
     ASSERT_NE(copy, nullptr);
@@ -50,13 +51,8 @@ TEST(TriggerBase, CopyKeepsKindConditionAndTimes)
 
 TEST(DateTimeText, ReadsFieldsInOrderAndIgnoresTheSixthToken)
 {
-    struct Case {
-        int line;
-        const char* text;
-        wxDateTime expected;
-    };
     const wxDateTime start = Local(2026, 1, 31, 12, 0, 0, 500);
-    const Case cases[] = {
+    const struct { int line; const char* text; wxDateTime expected; } cases[] = {
         {__LINE__, "5 4 3 2 1 * 2027", Local(2027, 1, 2, 3, 4, 5)},
         {__LINE__, "5 4 3 2 1 ? 2027", Local(2027, 1, 2, 3, 4, 5)},
         {__LINE__, "5 4 3 2 1 0 2027", Local(2027, 1, 2, 3, 4, 5)},
@@ -71,7 +67,7 @@ TEST(DateTimeText, ReadsFieldsInOrderAndIgnoresTheSixthToken)
         {__LINE__, "0 0 0 1 1 0 1999", Local(1999, 1, 1, 0, 0, 0)},
         {__LINE__, "59 59 23 31 12 0 2999", Local(2999, 12, 31, 23, 59, 59)},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.line);
         wxDateTime dt = start;
         ASSERT_TRUE(ReadDateTimeText(c.text, dt));

@@ -43,11 +43,7 @@ TEST_F(RecurringTest, NextFireShownAfterLoadIsRoundedDownToTheMinute)
 
 TEST_F(RecurringTest, MalformedConditionNeverFiresShowsInvalidAndIsReportedOnce)
 {
-    const struct {
-        std::uint32_t type;
-        const char* condition;
-        const char* message;
-    } cases[] = {
+    const struct { std::uint32_t type; const char* condition; const char* message; } cases[] = {
         {NTriggerTypeCron, "0 0 25 * * ?", "Specified range exceeds maximum"},
         {NTriggerTypeInterval, "0/0 * * * * ?", "Incrementer must be a positive value"},
         {NTriggerTypeEveryMinute, "0, * * * * *", "Value cannot end with comma"},
