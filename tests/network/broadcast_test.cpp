@@ -6,9 +6,6 @@
 #include <iterator>
 #include <string>
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <gtest/gtest.h>
 
 #include "loopback_peers.h"
@@ -17,15 +14,7 @@ namespace {
 
 std::string SelfPath()
 {
-    char path[4096];
-    const ssize_t n = ::readlink("/proc/self/exe", path, sizeof path - 1);
-    return n > 0 ? std::string(path, static_cast<std::size_t>(n)) : std::string();
-}
-
-std::string OwnNamespaceInode()
-{
-    struct stat own {};
-    return std::to_string(::stat("/proc/self/ns/net", &own) == 0 ? own.st_ino : 0);
+    return std::filesystem::read_symlink("/proc/self/exe").string();
 }
 
 ProcessResult Shell(const std::string& command)
@@ -96,16 +85,16 @@ TEST(Broadcast, RunsOnlyInsideAPrivateNetworkNamespace)
 {
     if (Shell("unshare -rn true").status != 0 || Shell("command -v ip").status != 0)
         GTEST_SKIP() << "`unshare -rn` or `ip` unavailable; broadcasts are tested only in a private namespace";
-    const ProcessResult run = Shell(
-        "timeout -k 5 60 unshare -rn sh -c "
-        "'ip link set lo up && ip route add broadcast 255.255.255.255 dev lo && exec \"$0\" " +
-        std::string(kNamespaceChildFlag) + " " + OwnNamespaceInode() + "' '" + SelfPath() + "'");
+    const ProcessResult run = RunProcess(
+        {"timeout", "-k", "5", "60", "unshare", "-rn", "sh", "-c",
+         "ip link set lo up && ip route add broadcast 255.255.255.255 dev lo && exec \"$0\" \"$@\"", SelfPath(),
+         kNamespaceChildFlag, NetworkNamespace()});
     EXPECT_EQ(run.status, 0) << run.out << run.err;
     EXPECT_NE(run.out.find("[  PASSED  ] 1 test."), std::string::npos) << run.out;
 
     // Started in this namespace, the child refuses to send anything.
-    const ProcessResult refused = Shell("timeout -k 5 30 '" + SelfPath() + "' " + kNamespaceChildFlag + " " +
-                                        OwnNamespaceInode());
+    const ProcessResult refused = RunProcess({"timeout", "-k", "5", "30", SelfPath(), kNamespaceChildFlag,
+                                              NetworkNamespace()});
     EXPECT_EQ(refused.status, 3);
     EXPECT_NE(refused.err.find("no broadcast is sent"), std::string::npos) << refused.err;
 }

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
+#include <filesystem>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -122,7 +123,12 @@ inline wxString PortText(std::uint16_t port)
 }
 
 // Broadcast tests run only in a child of the test program started under
-// `unshare -rn` with this flag as argv[1] and the inode of the parent's
-// network namespace as argv[2]; only the verified child registers them.
+// `unshare -rn` with this flag as argv[1] and the parent's NetworkNamespace()
+// as argv[2]; only the verified child registers them.
 constexpr const char* kNamespaceChildFlag = "--netns-child";
+inline std::string NetworkNamespace()  // "net:[<inode>]"; "" if unknown
+{
+    std::error_code error;
+    return std::filesystem::read_symlink("/proc/self/ns/net", error).string();
+}
 void RegisterNamespaceBroadcastTests();

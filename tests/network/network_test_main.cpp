@@ -2,11 +2,8 @@
 // child that runs the broadcast tests inside a private network namespace
 // (see broadcast_test.cpp), which only it may do.
 
-#include <cstdlib>
 #include <cstring>
 #include <iostream>
-
-#include <sys/stat.h>
 
 #include <gtest/gtest.h>
 
@@ -19,13 +16,12 @@ int main(int argc, char** argv)
     if (child) {
         // Broadcasts leave this process only when it provably runs in a
         // network namespace other than the one it was started from.
-        struct stat own {};
-        const unsigned long parent = std::strtoul(argv[2], nullptr, 10);
-        if (::stat("/proc/self/ns/net", &own) != 0 || own.st_ino == parent || parent == 0) {
+        const std::string parent = argv[2];
+        if (parent.empty() || NetworkNamespace().empty() || NetworkNamespace() == parent) {
             std::cerr << "not inside a private network namespace; no broadcast is sent" << std::endl;
             return 3;
         }
-        argv[2] = argv[0];  // drop the flag and the inode for gtest
+        argv[2] = argv[0];  // drop the flag and the namespace for gtest
         argc -= 2;
         argv += 2;
     }
