@@ -105,6 +105,8 @@ private:
     std::int32_t SelectedJid() const;
     // The selected job's JID, or -1 after "Please select a job.".
     std::int32_t RequireSelectedJid();
+    // The job with this JID, held while the caller uses it; null when none.
+    std::shared_ptr<Job> LookUpJob(std::int32_t jid) const;
     void RunNow(std::int32_t jid);
 
     void OnClose(wxCloseEvent& event);

@@ -68,16 +68,11 @@ void CadrelleFrame::OnPpmCopyJobClick(wxCommandEvent&)
 
 void CadrelleFrame::ToggleJobEnable(std::int32_t jid)
 {
-    Scheduler& scheduler = m_pSession->GetScheduler();
-    Scheduler::JobPtr job;
-    {
-        auto lock = scheduler.ReadLock();
-        job = scheduler.GetJobById(jid);
-    }
+    const Scheduler::JobPtr job = LookUpJob(jid);
     if (!job)
         return;
     const bool enable = !job->IsEnabled();
-    scheduler.SetJobEnable(job.get(), enable, true);
+    m_pSession->GetScheduler().SetJobEnable(job.get(), enable, true);
     wxLogMessage("%d ### %s Job => [JID_%d]", LogMs(), enable ? "Enable" : "Disable", jid);
     RefreshViews();
 }
@@ -96,26 +91,23 @@ void CadrelleFrame::Onm_pTbiDelJobClick(wxCommandEvent&)
     const std::int32_t jid = RequireSelectedJid();
     if (jid < 0 || !Ask(this, _("Do you want to delete?")))
         return;
-    Scheduler& scheduler = m_pSession->GetScheduler();
-    Scheduler::JobPtr job;
-    {
-        auto lock = scheduler.ReadLock();
-        job = scheduler.GetJobById(jid);
-    }
+    const Scheduler::JobPtr job = LookUpJob(jid);
     if (!job)
         return;
-    scheduler.DeleteJob(job.get(), true);
+    m_pSession->GetScheduler().DeleteJob(job.get(), true);
     wxLogMessage("%d ### Del Job => [JID_%d]", LogMs(), jid);
     RefreshViews();
 }
 
+Scheduler::JobPtr CadrelleFrame::LookUpJob(std::int32_t jid) const
+{
+    auto lock = m_pSession->GetScheduler().ReadLock();
+    return m_pSession->GetScheduler().GetJobById(jid);
+}
+
 bool CadrelleFrame::ExecuteJobById(std::int32_t jid)
 {
-    Scheduler::JobPtr job;
-    {
-        auto lock = m_pSession->GetScheduler().ReadLock();
-        job = m_pSession->GetScheduler().GetJobById(jid);
-    }
+    const Scheduler::JobPtr job = LookUpJob(jid);
     // Runs whether the job is enabled or not: the user asked for it.
     if (!job || !m_pSession->GetEngine().RunJob(job))
         return false;
