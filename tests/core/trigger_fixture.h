@@ -16,11 +16,7 @@
 class MapSettings : public SettingsLookup {
 public:
     std::map<wxString, wxString> values;
-    wxString GetSetting(const wxString& name) const override
-    {
-        auto it = values.find(name);
-        return it == values.end() ? wxString() : it->second;
-    }
+    wxString GetSetting(const wxString& name) const override { return values.count(name) ? values.at(name) : ""; }
 };
 
 class ScriptedIdle : public IdleTimeSource {
