@@ -1,7 +1,5 @@
-// The GUI test program: a wxApp whose main loop runs the GoogleTest suite
-// from its first idle moment, so every test runs inside the real event loop
-// (modal dialogs, queued calls, timers and wxUIActionSimulator all work as in
-// the program). Run it under tests/support/desktop_session.sh.
+// A wxApp whose main loop runs the GoogleTest suite, so every test runs inside
+// the real event loop (modal dialogs, queued calls, timers, simulated input).
 
 #include <cstdlib>
 #include <string>
@@ -10,7 +8,6 @@
 #include <wx/app.h>
 #include <wx/filename.h>
 #include <wx/image.h>
-#include <wx/init.h>
 #include <wx/log.h>
 
 namespace {
@@ -59,8 +56,6 @@ public:
         wxApp::OnRun();
         return m_result;
     }
-    // Windows that tests leave open must not keep the loop alive.
-    int OnExit() override { return wxApp::OnExit(); }
 
 private:
     int m_result = 1;

@@ -58,6 +58,10 @@ wxString SaveScreenshot(wxWindow* window, const wxString& name)
     const char* dir = std::getenv("CADRELLE_SCREENSHOT_DIR");
     if (!dir || !*dir || !window)
         return wxString();
+    // After the toolkit has had time to paint.
+    WaitFor([window] { return window->IsShownOnScreen(); });
+    WaitFor([] { return false; }, 300);
+    window->Update();
     Settle();
     // Read from the X server on a connection of its own (the program's own
     // capture code): title bars of the window manager are part of what the

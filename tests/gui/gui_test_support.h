@@ -1,13 +1,9 @@
 #pragma once
-// The one harness for in-process GUI tests: the tests run inside the real
-// wx event loop of a test application (see gui_test_main.cpp), under the
-// desktop_session.sh launcher (Xvfb, a private session bus, openbox).
-//
-// Modal message boxes are caught with wxTEST_DIALOG (wx/testing.h); waiting
-// is always for a condition with a deadline, never a fixed sleep.
+// The one harness for in-process GUI tests, run inside the real wx event loop
+// (gui_test_main.cpp) under desktop_session.sh. Message boxes are caught with
+// wxTEST_DIALOG; waiting is for a condition with a deadline, never a sleep.
 
 #include <functional>
-#include <string>
 
 #include <wx/msgdlg.h>
 #include <wx/testing.h>
@@ -27,8 +23,9 @@ void Settle();
 wxString FreshAppDir();
 // The private HOME of this test program.
 wxString TestHome();
-// Saves what the window shows as a PNG under $CADRELLE_SCREENSHOT_DIR (when
-// set) with the given name; returns the path written or an empty text.
+// Saves what the window shows, once painted, as a PNG under
+// $CADRELLE_SCREENSHOT_DIR (only when set: pictures for people to look at)
+// with the given name; returns the path written or an empty text.
 wxString SaveScreenshot(wxWindow* window, const wxString& name);
 // The first descendant of `parent` (or of any top-level window when null)
 // whose name is `name`.

@@ -3,7 +3,6 @@
 // the scheduler.
 
 #include <algorithm>
-#include <cstdlib>
 
 #include <gtest/gtest.h>
 #include <wx/app.h>
@@ -50,18 +49,6 @@ void Choose(wxWindow* dlg, const char* name, int selection)
     Fire(choice, wxEVT_CHOICE, selection);
 }
 
-// Pictures for people to look at, not checked here: only when asked for,
-// after the toolkit has had time to paint.
-void Shot(wxWindow* dlg, const char* name)
-{
-    if (!std::getenv("CADRELLE_SCREENSHOT_DIR"))
-        return;
-    guitest::WaitFor([dlg] { return dlg->IsShownOnScreen(); });
-    guitest::WaitFor([] { return false; }, 300);
-    dlg->Update();
-    guitest::SaveScreenshot(dlg, name);
-}
-
 void PressOk(wxWindow* dlg) { Fire(Find<wxButton>(dlg, "ID_BUTTON_OK")); }
 
 TEST(TriggerDialog, PreviewFollowsThePickersAndBadFormsStayOpen)
@@ -85,14 +72,14 @@ TEST(TriggerDialog, PreviewFollowsThePickersAndBadFormsStayOpen)
         Tick(&dlg, "ID_CHECKLISTBOX_HOUR", 8, true);
         for (unsigned d = 1; d <= 5; ++d)
             Tick(&dlg, "ID_CHECKLISTBOX_WEEK", d, true);
-        Shot(&dlg, "trigger-every-week");
+        guitest::SaveScreenshot(&dlg, "trigger-every-week");
 
         PickKind(&dlg, "ID_RADIOBUTTON_COUNTDOWN");
         Choose(&dlg, "ID_CHOICE8", 0);
         wxTEST_DIALOG(PressOk(&dlg),
                       ExpectStart("Don't set Days/Hours/Minutes/Seconds value to ZERO in the same time."));
         Choose(&dlg, "ID_CHOICE8", 5);
-        Shot(&dlg, "trigger-count-down");
+        guitest::SaveScreenshot(&dlg, "trigger-count-down");
         PressOk(&dlg);
     });
     ASSERT_EQ(dlg.ShowModal(), wxID_OK);
@@ -124,7 +111,7 @@ TEST(JobDialog, NewJobWithTriggerIsSavedAndCopied)
         for (const auto& look : looks) {
             Choose(dlg, "ID_CHOICE_JOB_TYPE", look.first);
             if (*look.second)
-                Shot(dlg, look.second);
+                guitest::SaveScreenshot(dlg, look.second);
         }
         Find<wxTextCtrl>(dlg, "ID_PARAM_12_0")->ChangeValue("01-23-45-67-89-ab");
         Find<wxTextCtrl>(dlg, "ID_TEXTCTRL_ASSOCIATED")->ChangeValue("7");
@@ -134,7 +121,7 @@ TEST(JobDialog, NewJobWithTriggerIsSavedAndCopied)
         // Add opens the trigger dialog; its default kind is Every Day.
         WithDialog("ID_BUTTON_TEST", [](wxWindow*) {});
         Fire(Find<wxButton>(dlg, "ID_BUTTON_ADD_TRIGGER"));
-        Shot(dlg, "job-wake-on-lan");
+        guitest::SaveScreenshot(dlg, "job-wake-on-lan");
     });
     std::int32_t jid = -1;
     ASSERT_TRUE(ShowJobDetailDlg(nullptr, scheduler, JobDlgMode::NewJob, 0, &jid, {}));

@@ -49,7 +49,6 @@ void Look(wxTopLevelWindow* dlg, const wxString& name)
 {
     dlg->Show();
     EXPECT_TRUE(guitest::WaitFor([dlg] { return dlg->IsActive(); }));
-    guitest::Settle();
     guitest::SaveScreenshot(dlg, name);
 }
 

@@ -11,15 +11,10 @@ JobRow Row(int jid, std::uint32_t type, bool enabled, const char* desc, const ch
            std::uint32_t triggerKinds)
 {
     JobRow row;
-    row.jid = jid;
-    row.type = type;
-    row.enabled = enabled;
-    row.description = desc;
-    row.info = info;
-    row.firstTid = 100 - jid;
+    row.jid = jid, row.type = type, row.enabled = enabled, row.description = desc, row.info = info;
+    row.firstTid = 100 - jid, row.triggerKinds = triggerKinds;
     if (hourOfNext >= 0)
         row.nextRun = wxDateTime(1, wxDateTime::Mar, 2026, hourOfNext);
-    row.triggerKinds = triggerKinds;
     return row;
 }
 
