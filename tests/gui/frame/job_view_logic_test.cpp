@@ -50,19 +50,18 @@ TEST(JobViewLogic, CategoriesAndOrder)
         long dir;
         std::vector<std::size_t> order;
     } cases[] = {
-        {{K::All, 0, false}, "", JColJID, kSortDefault, {0, 1, 2, 3}},  // file order
+        // JID: file order, ascending, descending; description case-blind; never-run last and stable; TID
+        {{K::All, 0, false}, "", JColJID, kSortDefault, {0, 1, 2, 3}},
         {{K::All, 0, false}, "", JColJID, kSortAscending, {2, 0, 1, 3}},
         {{K::All, 0, false}, "", JColJID, kSortDescending, {3, 1, 0, 2}},
-        {{K::All, 0, false}, "", JColDesc, kSortAscending, {2, 1, 0, 3}},  // case-blind
-        {{K::All, 0, false}, "", JColNextTime, kSortAscending, {2, 0, 3, 1}},  // never-run last, stable
+        {{K::All, 0, false}, "", JColDesc, kSortAscending, {2, 1, 0, 3}},
+        {{K::All, 0, false}, "", JColNextTime, kSortAscending, {2, 0, 3, 1}},
         {{K::All, 0, false}, "", JColNextTime, kSortDescending, {1, 0, 3, 2}},
         {{K::All, 0, false}, "", JColTID, kSortAscending, {3, 1, 0, 2}},
-        {{K::Status, 0, false}, "", JColJID, kSortAscending, {1}},
-        {{K::Status, 1, false}, "tea", JColJID, kSortDescending, {3, 0}},
-        {{K::Status, 0, true}, "", JColJID, kSortDefault, {0, 1, 2, 3}},  // the grouping item itself
-        {{K::JobType, 0, false}, "", JColJID, kSortAscending, {2, 0}},
-        {{K::TriggerType, 2, false}, "", JColJID, kSortDefault, {0, 2}},
-        {{K::TriggerType, 11, false}, "", JColJID, kSortDefault, {1, 2}},
+        // categories, the grouping item itself showing all
+        {{K::Status, 0, false}, "", JColJID, kSortAscending, {1}}, {{K::Status, 1, false}, "tea", JColJID, kSortDescending, {3, 0}},
+        {{K::Status, 0, true}, "", JColJID, kSortDefault, {0, 1, 2, 3}}, {{K::JobType, 0, false}, "", JColJID, kSortAscending, {2, 0}},
+        {{K::TriggerType, 2, false}, "", JColJID, kSortDefault, {0, 2}}, {{K::TriggerType, 11, false}, "", JColJID, kSortDefault, {1, 2}},
         {{K::TriggerType, 40, false}, "", JColJID, kSortDefault, {}},
     };
     for (std::size_t i = 0; i < std::size(cases); ++i)
