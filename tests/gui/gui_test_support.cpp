@@ -147,7 +147,7 @@ void WriteData(const wxString& appDir, const wxString& items)
 int ExpectMessage::OnInvoked(wxMessageDialog* dlg) const
 {
     const wxString text = dlg->GetMessage();
-    EXPECT_EQ(dlg->GetCaption(), "Cadrelle");
+    EXPECT_EQ(dlg->GetCaption(), m_caption);
     if (m_match == Match::Exact)
         EXPECT_EQ(text, m_text);
     else

@@ -46,12 +46,13 @@ wxString TriggerXml(int tid, int kind, const char* condition);
 void WriteData(const wxString& appDir, const wxString& items);
 
 enum class Match { Exact, Start, Part };
-// A message box captioned "Cadrelle" whose text is (starts with, contains)
-// `text`, answered `answer`; sets *seen when shown.
+// A message box captioned "Cadrelle" (or Caption()) whose text is (starts
+// with, contains) `text`, answered `answer`; sets *seen when shown.
 class ExpectMessage : public wxExpectModal<wxMessageDialog> {
 public:
     explicit ExpectMessage(const wxString& text, int answer = wxOK, Match match = Match::Exact, bool* seen = nullptr)
         : wxExpectModal<wxMessageDialog>(answer), m_text(text), m_match(match), m_seen(seen) { Describe(text); }
+    ExpectMessage Caption(const wxString& c) const { ExpectMessage copy(*this); copy.m_caption = c; return copy; }
 
 protected:
     int OnInvoked(wxMessageDialog* dlg) const override;
@@ -60,6 +61,7 @@ private:
     wxString m_text;
     Match m_match;
     bool* m_seen;
+    wxString m_caption = "Cadrelle";
 };
 
 }  // namespace guitest

@@ -29,15 +29,7 @@ struct Drive : wxExpectModalBase<D, Drive<D>> {
     std::function<int(D*)> m_work;
 };
 
-Drive<wxMessageDialog> Message(const wxString& text, const wxString& caption = "Cadrelle")
-{
-    return Drive<wxMessageDialog>([=](wxMessageDialog* box) {
-        EXPECT_EQ(box->GetMessage(), text);
-        EXPECT_EQ(box->GetCaption(), caption);
-        return wxID_OK;
-    });
-}
-
+using Message = guitest::ExpectMessage;
 using guitest::Find;
 
 void Click(wxWindow* dlg, int id) { guitest::Fire(dlg->FindWindow(id)); }
@@ -132,7 +124,7 @@ TEST(LanguageChooser, StoresTheCodeAndKeepsItAcrossSaves)
                       dlg->SetSelection(3);
                       return wxID_OK;
                   }),
-                  Message("You must restart application for this change to take effect.", "Confirm"));
+                  Message("You must restart application for this change to take effect.").Caption("Confirm"));
     Preference::Instance().SaveSettingParam();
     EXPECT_EQ(ReadUiLanguageSetting(), "ja");
     // The same choice again: preselected, nothing to restart for.
