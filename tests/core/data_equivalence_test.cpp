@@ -13,6 +13,7 @@
 #include "core/scheduler.h"
 #include "core/text_number.h"
 #include "test_support.h"
+#include "trigger_builders.h"
 
 namespace {
 
@@ -96,12 +97,10 @@ TEST(DataFileReaderEquivalence, SameJobsAndTriggersOrTheSameRefusalAsTheDocument
     {
         Scheduler large(dir.Path());
         for (int i = 0; i < 3000; ++i) {
-            std::unique_ptr<Job> job = CreateJob(static_cast<std::uint32_t>(i % NJobTypeCount));
-            JobParam p;
-            p.id = i, p.type = job->GetType(), p.triggerIds = {i}, p.params = {"/home/user", wxString::Format("%d", i)};
-            p.description = wxString::Format("  job %d <&> \"%d\"  ", i, i * 7);  // blanks meet chunk boundaries
-            job->SetParam(p);
-            large.AddJob(std::move(job), false);
+            // Blanks around the descriptions meet chunk boundaries.
+            large.AddJob(TestJob(i, static_cast<std::uint32_t>(i % NJobTypeCount), {i}, {}, 0, i % 2,
+                                 wxString::Format("  job %d <&> \"%d\"  ", i, i * 7), {"/home/user", wxString::Format("%d", i)}),
+                         false);
             large.AddTrigger(CreateTrigger(static_cast<std::uint32_t>(4 + i % 8)), false);
         }
         ASSERT_EQ(large.SaveSchedulerData(true), DataSaveResult::Saved);

@@ -32,17 +32,11 @@ TEST(EngineStress, EditsWhileCheckersAndJobsRun)
     // A job with an every-second trigger of its own; short chains that end:
     // jobs 0..8 lead to 9, 10..18 to 19, ...
     auto addJob = [&](std::int32_t jid, std::uint32_t kind, bool notify) {
-        std::unique_ptr<Job> job = CreateJob(kind);
-        JobParam p;
-        p.id = jid;
-        p.type = kind;
-        p.triggerIds = {static_cast<std::int32_t>(nextTid)};
-        if (jid % 10 != 9)
-            p.associatedJids = {jid + 1};
-        p.params = {"first", "second"};
-        job->SetParam(p);
-        scheduler.AddTrigger(EverySecondTrigger(nextTid++), notify);
-        scheduler.AddJob(std::move(job), notify);
+        const std::int64_t tid = nextTid++;
+        scheduler.AddTrigger(EverySecondTrigger(tid), notify);
+        scheduler.AddJob(TestJob(jid, kind, {tid}, jid % 10 != 9 ? IdList{jid + 1} : IdList{}, 0, true, "",
+                                 {"first", "second"}),
+                         notify);
     };
     for (std::int32_t jid = 0; jid < 150; ++jid)
         addJob(jid, static_cast<std::uint32_t>(jid % NJobTypeCount), false);

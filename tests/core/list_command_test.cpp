@@ -27,22 +27,6 @@ TEST(ListCommand, PrintsJobsAndTriggersOfTheDataFile)
         EXPECT_NE(run.out.find(line), std::string::npos) << line << " in\n" << run.out;
 }
 
-TEST(ListCommand, EmptyFolderGivesEmptyListsAndAMalformedFileIsLeftAlone)
-{
-    TempDir dir;
-    const ProcessResult empty = Cadrelle({"--list", "--app-dir", dir.Path().utf8_string()});
-    EXPECT_EQ(empty.status, 0);
-    EXPECT_NE(empty.out.find("Jobs: 0\n"), std::string::npos) << empty.out;
-    EXPECT_NE(empty.out.find("Triggers: 0\n"), std::string::npos) << empty.out;
-
-    WriteFileBytes(dir.File("data/data1.xml"), "<SCHEDULER><JOB>");
-    const ProcessResult broken = Cadrelle({"--list", "--app-dir", dir.Path().utf8_string()});
-    EXPECT_EQ(broken.status, 0);
-    EXPECT_NE(broken.err.find("could not be read"), std::string::npos) << broken.err;
-    // Listing changes nothing on disk.
-    EXPECT_EQ(ReadFileBytes(dir.File("data/data1.xml")), "<SCHEDULER><JOB>");
-}
-
 TEST(CommandLine, CronNextAndUsageErrors)
 {
     const struct {

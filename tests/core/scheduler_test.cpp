@@ -1,5 +1,4 @@
-// The Scheduler's rules: id lookups, id reuse, counting, the category
-// queries, the changed markers and the observers.
+// The Scheduler's rules: ids, edits and their observers, the category queries.
 
 #include <gtest/gtest.h>
 
@@ -59,25 +58,15 @@ TEST(SchedulerIds, NewJidReusesTheLowestGapAndLookupsFindById)
     EXPECT_EQ(s.MaxTID(), 11);
 }
 
-TEST(SchedulerEdits, ChangedMarkerFollowsTheLastTouchedElement)
+TEST(SchedulerEdits, UpdateMovesTheChangedMarkerAndRearmsAFinishedTrigger)
 {
     Scheduler s;
     CountingObserver jobs, triggers;
     s.SetJobObserver(&jobs);
     s.SetTriggerObserver(&triggers);
-    s.AddJob(TestJob(0), true);
-    s.AddJob(TestJob(1), true);
-    EXPECT_FALSE(s.Jobs()[0]->IsChanged());
-    EXPECT_TRUE(s.Jobs()[1]->IsChanged());
-    s.UpdateJob(s.Jobs()[0].get(), false);
-    EXPECT_TRUE(s.Jobs()[0]->IsChanged());
-    EXPECT_FALSE(s.Jobs()[1]->IsChanged());
-    EXPECT_EQ(jobs.calls, 2);  // notify=false stays quiet
-
+    s.AddJob(TestJob(0), false);  // notify=false stays quiet
     s.AddTrigger(MakeTrigger(1), true);
     Trigger* first = s.Triggers()[0].get();
-    EXPECT_EQ(first->GetStatus(), NTriggerStatusFired);
-    EXPECT_TRUE(first->IsChanged());
     first->SetFinished(true);
     s.AddTrigger(MakeTrigger(2), true);
     EXPECT_FALSE(first->IsChanged());
@@ -85,31 +74,9 @@ TEST(SchedulerEdits, ChangedMarkerFollowsTheLastTouchedElement)
     EXPECT_TRUE(first->IsChanged());
     EXPECT_FALSE(first->IsFinished());
     EXPECT_FALSE(s.Triggers()[1]->IsChanged());
+    EXPECT_EQ(jobs.calls, 0);
     EXPECT_EQ(triggers.calls, 3);
     EXPECT_TRUE(s.IsDataChanged());
-}
-
-TEST(SchedulerEdits, EnableAllJobsNotifiesOnceMoreEvenWhenNothingChanges)
-{
-    Scheduler s;
-    CountingObserver jobs;
-    s.SetJobObserver(&jobs);
-    s.AddJob(TestJob(0), false);
-    s.AddJob(TestJob(1), false);
-    for (const auto& job : s.Jobs())
-        job->SetEnable(false);
-    s.SetDataChanged(false);
-
-    s.EnableAllJobs(false);
-    EXPECT_EQ(jobs.calls, 1);
-    EXPECT_TRUE(s.IsDataChanged());
-    EXPECT_FALSE(s.Jobs()[0]->IsChanged());
-
-    jobs.calls = 0;
-    s.EnableAllJobs(true);
-    EXPECT_EQ(jobs.calls, 3);  // one per job changed, then one more
-    EXPECT_TRUE(s.Jobs()[0]->IsEnabled());
-    EXPECT_TRUE(s.Jobs()[1]->IsEnabled());
 }
 
 TEST(SchedulerEdits, SetJobEnableCarriesTheStateToTheJobsTriggersOnly)
@@ -152,20 +119,6 @@ TEST(SchedulerEdits, DeleteJobTakesItsTriggersAndOwnersAndKeepsOthersInOrder)
     EXPECT_EQ(TriggerIds(s), (std::vector<std::int64_t>{13, 14}));
 }
 
-TEST(SchedulerQueries, CountTriggersLeavesOutDisabledFinishedAndTimedOut)
-{
-    Scheduler s;
-    for (std::int64_t tid : {1, 2, 3, 4, 5})
-        s.AddTrigger(MakeTrigger(tid), false);
-    s.GetTriggerById(2)->SetEnable(false);
-    s.GetTriggerById(3)->SetFinished(true);
-    s.GetTriggerById(4)->SetStatus(NTriggerStatusTimeout);
-    std::size_t total = 0, active = 0;
-    s.CountTriggers(total, active);
-    EXPECT_EQ(total, 5u);
-    EXPECT_EQ(active, 2u);
-}
-
 TEST(SchedulerQueries, CategoryQueriesKeepListOrderAndListEachJobOnce)
 {
     Scheduler s;
@@ -204,17 +157,4 @@ TEST(SchedulerRunByNumber, RefusesAbove99AndUnknownJidsAndPostsWith128)
     EXPECT_TRUE(s.RunJobByNumber(99));
     ASSERT_EQ(runs.posted.size(), 1u);
     EXPECT_EQ(runs.posted[0], std::make_pair(99, 128));
-}
-
-TEST(SchedulerState, DataChangedTimeIsTakenOnlyWhenTheFlagRises)
-{
-    Scheduler s;
-    const wxDateTime first(1, wxDateTime::Mar, 2026, 8, 0, 0);
-    const wxDateTime later(1, wxDateTime::Mar, 2026, 9, 0, 0);
-    s.MarkChangedByFiring(first);
-    s.MarkChangedByFiring(later);
-    EXPECT_EQ(s.GetDataChangedTime(), first);
-    s.SetDataChanged(false);
-    s.MarkChangedByFiring(later);
-    EXPECT_EQ(s.GetDataChangedTime(), later);
 }

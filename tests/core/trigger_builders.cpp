@@ -18,7 +18,8 @@ std::unique_ptr<Trigger> LoadedTrigger(std::int64_t tid, std::uint32_t type, con
 }
 
 std::unique_ptr<Job> TestJob(std::int32_t jid, std::uint32_t kind, decltype(JobParam::triggerIds) tids,
-                             IdList associated, std::int32_t interval, bool enable)
+                             IdList associated, std::int32_t interval, bool enable, const wxString& description,
+                             ParamList params)
 {
     std::unique_ptr<Job> job = CreateJob(kind);
     JobParam p;
@@ -28,6 +29,8 @@ std::unique_ptr<Job> TestJob(std::int32_t jid, std::uint32_t kind, decltype(JobP
     p.associatedJids = std::move(associated);
     p.jobInterval = interval;
     p.enable = enable;
+    p.description = description;
+    p.params = std::move(params);
     job->SetParam(p);
     return job;
 }

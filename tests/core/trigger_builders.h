@@ -8,7 +8,8 @@
 
 std::unique_ptr<Job> TestJob(std::int32_t jid, std::uint32_t kind = NJobTypeReminder,
                              decltype(JobParam::triggerIds) tids = {}, IdList associated = {},
-                             std::int32_t interval = 0, bool enable = true);
+                             std::int32_t interval = 0, bool enable = true, const wxString& description = "",
+                             ParamList params = {});
 
 // Loaded from the texts of a data-file record, at the core clock's time.
 

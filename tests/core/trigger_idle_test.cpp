@@ -33,20 +33,6 @@ TEST_F(IdleTest, FiresAtTheExactThresholdOnlyAndThenKeepsQuietFor22Checks)
     EXPECT_TRUE(trigger->CheckAndAdvance());
 }
 
-TEST_F(IdleTest, NeverTwiceInOneSecond)
-{
-    At(Local(2026, 11, 23, 10, 0, 0, 10));
-    auto trigger = Make(NTriggerTypeIdleTimeout, "30 - - - - -");
-    idle.seconds = 30;
-    ASSERT_TRUE(trigger->CheckAndAdvance());
-    for (int i = 0; i < IdleTimeoutTrigger::kQuietChecks; ++i)
-        trigger->CheckAndAdvance();
-    // Re-armed, but the clock has not left the second of the firing.
-    EXPECT_FALSE(trigger->CheckAndAdvance());
-    clock.Advance(1000);
-    EXPECT_TRUE(trigger->CheckAndAdvance());
-}
-
 TEST_F(IdleTest, ConditionUnitsAndTheirThresholds)
 {
     const struct { int line; const char* condition; int unit; int amount; long fireAt; } cases[] = {

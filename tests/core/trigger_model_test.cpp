@@ -1,53 +1,9 @@
-// The trigger base: initial values, copies and the date-time text.
+// The date-time text of the data file.
 
 #include <gtest/gtest.h>
 
-#include "core/clock.h"
 #include "core/datetime_text.h"
-#include "core/triggers/trigger.h"
-#include "core/triggers/trigger_kinds.h"
 #include "test_support.h"
-#include "trigger_builders.h"
-
-TEST(TriggerBase, NewTriggerStartsWaitingEnabledAndNeverFired)
-{
-    ManualClock clock(Local(2026, 11, 22, 14, 35, 12, 250).GetValue().GetValue());
-    SetClock(&clock);
-    std::unique_ptr<Trigger> trigger = CreateTrigger(NTriggerTypeEveryDay);
-    SetClock(nullptr);
-
-    EXPECT_EQ(trigger->GetStatus(), NTriggerStatusWaiting);
-    EXPECT_TRUE(trigger->IsEnabled());
-    EXPECT_FALSE(trigger->IsFinished());
-    EXPECT_EQ(trigger->GetTid(), -1);
-    // 1 January 1999 at the current time of day.
-    EXPECT_EQ(trigger->GetPrevFire(), Local(1999, 1, 1, 14, 35, 12, 250));
-    EXPECT_EQ(trigger->GetNextFire(), Local(1999, 1, 1, 14, 35, 12, 250));
-    EXPECT_EQ(trigger->GetStart(), Local(1999, 1, 1, 0, 0, 0));
-    EXPECT_EQ(trigger->GetEnd(), Local(2999, 12, 31, 23, 59, 59));
-}
-
-TEST(TriggerBase, CopyKeepsKindConditionAndTimes)
-{
-    // Before the recorded next moment, whatever the date of the run.
-    ManualClock clock(Local(2026, 11, 22, 12, 0, 0).GetValue().GetValue());
-    SetClock(&clock);
-    std::unique_ptr<Trigger> source = LoadedTrigger(17, NTriggerTypeCron, "0 30 8 ? * MON-FRI", "0 30 8 20 11 * 2026",
-                                                    "0 30 8 23 11 * 2026", "0 0 0 1 11 * 2026",
-                                                    "59 59 23 31 12 * 2027");
-
-    std::unique_ptr<Trigger> copy = CopyTrigger(*source);
-    ASSERT_NE(copy, nullptr);
-    EXPECT_NE(copy.get(), source.get());
-    EXPECT_NE(dynamic_cast<CronTrigger*>(copy.get()), nullptr);
-    EXPECT_EQ(copy->GetTid(), 17);
-    EXPECT_EQ(copy->GetCondition(), "0 30 8 ? * MON-FRI");
-    EXPECT_EQ(copy->GetPrevFire(), Local(2026, 11, 20, 8, 30, 0));
-    EXPECT_EQ(copy->GetNextFire(), Local(2026, 11, 23, 8, 30, 0));
-    EXPECT_EQ(copy->GetStart(), Local(2026, 11, 1, 0, 0, 0));
-    EXPECT_EQ(copy->GetEnd(), Local(2027, 12, 31, 23, 59, 59));
-    SetClock(nullptr);
-}
 
 TEST(DateTimeText, ReadsFieldsInOrderAndIgnoresTheSixthToken)
 {
@@ -77,14 +33,4 @@ TEST(DateTimeText, ReadsFieldsInOrderAndIgnoresTheSixthToken)
     EXPECT_FALSE(ReadDateTimeText("1 2 3 4 5 *", untouched));
     EXPECT_FALSE(ReadDateTimeText("", untouched));
     EXPECT_EQ(untouched, start);
-}
-
-TEST(DateTimeText, FormatRoundTripsAndDropsMilliseconds)
-{
-    const wxDateTime moment = Local(2026, 10, 25, 2, 30, 7, 999);
-    EXPECT_EQ(FormatDateTimeText(moment), "7 30 2 25 10 * 2026");
-    wxDateTime back = wxDateTime::Now();
-    ASSERT_TRUE(ReadDateTimeText(FormatDateTimeText(moment), back));
-    EXPECT_EQ(back, Local(2026, 10, 25, 2, 30, 7));
-    EXPECT_EQ(FormatDateTimeText(wxDateTime()), "0 0 0 1 1 * 1999");
 }

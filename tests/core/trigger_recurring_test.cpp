@@ -32,15 +32,6 @@ TEST_F(RecurringTest, IntervalWithAStepThatDoesNotDivideSixtyIsAlignedToTheMinut
     EXPECT_EQ(fired, expected);
 }
 
-TEST_F(RecurringTest, NextFireShownAfterLoadIsRoundedDownToTheMinute)
-{
-    At(Local(2026, 11, 23, 10, 20, 0));
-    auto trigger = Make(NTriggerTypeEveryHour, "30 15 * * * ?");
-    EXPECT_EQ(trigger->GetNextFire(), Local(2026, 11, 23, 11, 15, 0));
-    trigger->CheckAndAdvance();
-    EXPECT_EQ(trigger->GetNextFire(), Local(2026, 11, 23, 11, 15, 30));
-}
-
 TEST_F(RecurringTest, MalformedConditionNeverFiresShowsInvalidAndIsReportedOnce)
 {
     const struct { std::uint32_t type; const char* condition; const char* message; } cases[] = {
