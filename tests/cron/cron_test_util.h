@@ -20,12 +20,10 @@ inline std::time_t Local(const std::string& text) {
 }
 
 inline std::string Show(std::time_t t) {
-    if (t == -1) return "none";
     std::tm tm{};
     char buf[64];
-    localtime_r(&t, &tm);
-    std::strftime(buf, sizeof buf, "%Y-%m-%d %H:%M:%S", &tm);
-    return buf;
+    std::strftime(buf, sizeof buf, "%Y-%m-%d %H:%M:%S", localtime_r(&t, &tm));
+    return t == -1 ? "none" : buf;
 }
 
 // Puts the process in `zone` for the life of the object (TZ and tzset) and
@@ -41,8 +39,6 @@ public:
         if (m_had) setenv("TZ", m_old.c_str(), 1); else unsetenv("TZ");
         tzset();
     }
-    ScopedZone(const ScopedZone&) = delete;
-    ScopedZone& operator=(const ScopedZone&) = delete;
 
 private:
     std::string m_old;
