@@ -2,7 +2,6 @@
 // A temporary application folder and a manual clock for the log tests.
 
 #include <sstream>
-#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
