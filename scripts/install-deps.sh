@@ -5,7 +5,7 @@
 set -euo pipefail
 
 PACKAGES=(
-  build-essential cmake ninja-build pkg-config
+  build-essential cmake ninja-build pkg-config ccache
   libwxgtk3.2-dev libgtk-3-dev libexpat1-dev
   libx11-dev libxss-dev libcurl4-openssl-dev ca-certificates iproute2 openssl
   libgtest-dev libgmock-dev libbenchmark-dev

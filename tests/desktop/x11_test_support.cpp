@@ -1,11 +1,11 @@
 #include "x11_test_support.h"
 
-#include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <thread>
 
 #include "core/jobs/job_actions.h"
@@ -84,22 +84,15 @@ bool TestWindow::PumpUntil(const std::function<bool()>& done, int timeoutMs)
     return false;
 }
 
-bool TestWindow::WaitUntilManaged()
+bool TestWindow::WaitUntilManaged(int timeoutMs)
 {
-    return PumpUntil([this] {
-        Atom type = None;
-        int format = 0;
-        unsigned long count = 0, after = 0;
-        unsigned char* data = nullptr;
-        bool listed = false;
-        if (XGetWindowProperty(m_display, DefaultRootWindow(m_display), XInternAtom(m_display, "_NET_CLIENT_LIST", False),
-                               0, 4096, False, XA_WINDOW, &type, &format, &count, &after, &data) == Success && data) {
-            const unsigned long* ids = reinterpret_cast<const unsigned long*>(data);
-            listed = std::find(ids, ids + count, m_window) != ids + count;
-            XFree(data);
-        }
-        return listed;
-    });
+    char id[32];
+    std::snprintf(id, sizeof id, " 0x%lx,", m_window);
+    return PumpUntil([&] {
+        std::string list = RunProcess({"xprop", "-root", "_NET_CLIENT_LIST"}).out;
+        std::replace(list.begin(), list.end(), '\n', ',');
+        return list.find(id) != std::string::npos;
+    }, timeoutMs);
 }
 
 void TestWindow::TakeFocus()

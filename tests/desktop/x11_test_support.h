@@ -1,6 +1,6 @@
 #pragma once
-// Real X clients on the launcher's display (tests/support/desktop_session.sh):
-// test windows on connections of their own that record what reached them.
+// Test windows on the launcher's display, each on its own connection,
+// recording what reached them.
 
 #include <cstdint>
 #include <cstdlib>
@@ -16,8 +16,7 @@
 struct _XDisplay;
 union _XEvent;
 
-// Keysyms as XLookupString gives them (Shift applied); points inside the
-// window; server times in ms.
+// Keysyms with Shift applied; points inside the window; server times in ms.
 struct KeyRecord { bool press; unsigned long keysym; };
 struct ButtonRecord { unsigned int button; int x, y; unsigned long time; };
 
@@ -38,11 +37,12 @@ public:
     TestWindow& operator=(const TestWindow&) = delete;
 
     bool IsOpen() const { return m_display != nullptr; }
-    // Handles events until `done` holds or `timeoutMs` passed; returns done().
     bool PumpUntil(const std::function<bool()>& done, int timeoutMs = 3000);
     void PumpFor(int ms) { PumpUntil([] { return false; }, ms); }
-    // Waits until a window manager lists the window in _NET_CLIENT_LIST.
-    bool WaitUntilManaged();
+    // Waits until a window manager lists the window in _NET_CLIENT_LIST; long,
+    // since a window manager that has just started may hold the first map
+    // request for seconds.
+    bool WaitUntilManaged(int timeoutMs = 30000);
     void TakeFocus();
 
     int deleteRequests = 0;
@@ -57,8 +57,7 @@ private:
     bool m_mapped = false;
 };
 
-// Tests on the launcher's display (1280 x 1024) in an x11 session, with
-// messages and log lines recorded; the display variables are put back.
+// On the launcher's display (1280 x 1024) in an x11 session.
 class DisplayJobTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite();
@@ -70,8 +69,7 @@ protected:
     CapturedLog log;
 };
 
-// Code point of a keysym (Latin-1, 0x01000000 + code point, EuroSign); 0
-// for anything else.
+// Code point of a keysym (Latin-1, 0x01000000 + code point, EuroSign), else 0.
 char32_t CodePointOfKeysym(unsigned long keysym);
 // True when some key of the current keyboard map gives `keysym`.
 bool KeyboardHasKeysym(unsigned long keysym);

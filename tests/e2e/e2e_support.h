@@ -1,6 +1,6 @@
 #pragma once
-// The real program as a child process: HOME (created here) and the XDG
-// folders inside the test's own folder, no display and no session bus unless given.
+// The real program as a child process: HOME and the XDG folders in the
+// test's folder, no display and no session bus unless given.
 
 #include <string>
 
@@ -37,7 +37,7 @@ inline std::string DataFile(const std::string& jobs, const std::string& triggers
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<SCHEDULER>\n" + jobs + triggers + "</SCHEDULER>\n";
 }
 
-// A recurring trigger (Interval) with `tid` and a cron `condition`.
+// An Interval trigger.
 inline std::string IntervalTrigger(int tid, const std::string& condition)
 {
     return " <TRIGGER><ID>" + std::to_string(tid) + "</ID><TYPE>2</TYPE><CONDITION>" + condition +

@@ -8,16 +8,11 @@
 
 #include "e2e_support.h"
 
-namespace {
-
-// Windows whose whole title is `title`, by xdotool.
-std::size_t WindowsTitled(const std::string& title)
+static std::size_t WindowsTitled(const std::string& title)
 {
     const std::string ids = RunProcess({"xdotool", "search", "--onlyvisible", "--name", "^" + title + "$"}).out;
     return static_cast<std::size_t>(std::count(ids.begin(), ids.end(), '\n'));
 }
-
-}  // namespace
 
 TEST(WindowMessages, ReminderAndJobErrorReachTheScreen)
 {

@@ -21,20 +21,18 @@ std::vector<wxString> CapturedLog::Lines()
 std::vector<wxString> CapturedLog::Matching(const wxString& part)
 {
     std::vector<wxString> found;
-    for (const wxString& line : Lines()) {
+    for (const wxString& line : Lines())
         if (line.Contains(part))
             found.push_back(line);
-    }
     return found;
 }
 
 int CapturedLog::IndexOf(const wxString& part)
 {
     const std::vector<wxString> lines = Lines();
-    for (std::size_t i = 0; i < lines.size(); ++i) {
+    for (std::size_t i = 0; i < lines.size(); ++i)
         if (lines[i].Contains(part))
             return static_cast<int>(i);
-    }
     return -1;
 }
 

@@ -1,6 +1,5 @@
 #pragma once
-// The one log capture of the tests: every record while the object lives
-// (it makes itself the active log target and puts the previous one back).
+// Every log record while the object lives (the active target meanwhile).
 
 #include <mutex>
 #include <vector>
@@ -14,8 +13,7 @@ public:
     CapturedLog(const CapturedLog&) = delete;
     CapturedLog& operator=(const CapturedLog&) = delete;
 
-    // Records of worker threads are queued until the main thread flushes,
-    // which Lines() does first when called there.
+    // Flushes records queued by worker threads first, when on the main thread.
     std::vector<wxString> Lines();
     std::vector<wxString> Matching(const wxString& part);
     bool Has(const wxString& part) { return IndexOf(part) >= 0; }

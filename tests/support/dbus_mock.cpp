@@ -3,11 +3,7 @@
 #include <algorithm>
 #include <regex>
 
-namespace {
-
-const char* const kMockIface = "org.freedesktop.DBus.Mock";
-
-}  // namespace
+static const std::string kMockIface = "org.freedesktop.DBus.Mock";
 
 std::string Quoted(const std::string& text)
 {
@@ -59,7 +55,7 @@ DbusMock::~DbusMock()
 bool DbusMock::AddMethod(const std::string& path, const std::string& interface, const std::string& name,
                          const std::string& inSignature, const std::string& outSignature, const std::string& code)
 {
-    return BusCall(m_busName, path, std::string(kMockIface) + ".AddMethod",
+    return BusCall(m_busName, path, kMockIface + ".AddMethod",
                    {Quoted(interface), Quoted(name), Quoted(inSignature), Quoted(outSignature), Quoted(code)});
 }
 
@@ -67,7 +63,7 @@ std::vector<std::string> DbusMock::Calls(const std::string& path)
 {
     // ([(uint64 1700000000, 'Suspend', [<false>]), (uint64 ..., 'CanSuspend', @av [])],)
     std::string reply;
-    BusCall(m_busName, path, std::string(kMockIface) + ".GetCalls", {}, &reply);
+    BusCall(m_busName, path, kMockIface + ".GetCalls", {}, &reply);
     // An entry ends at "])" before the next entry or the end of the list.
     static const std::regex call(R"(\((?:uint64 )?\d+, '(\w+)', (?:@av )?\[(.*?)\]\)(?=, \(|\]))");
     std::vector<std::string> calls;
@@ -79,8 +75,7 @@ std::vector<std::string> DbusMock::Calls(const std::string& path)
     return calls;
 }
 
-
 void DbusMock::ClearCalls(const std::string& path)
 {
-    BusCall(m_busName, path, std::string(kMockIface) + ".ClearCalls", {});
+    BusCall(m_busName, path, kMockIface + ".ClearCalls", {});
 }

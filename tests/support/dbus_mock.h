@@ -1,9 +1,7 @@
 #pragma once
-// python3-dbusmock services on the session bus that the launcher
-// (dbus-run-session) gives the program; what the program asked of one is
-// read back from the mock's own call log (GetCalls). The test talks to the
-// bus through the `gdbus` tool, so the program under test is the only GDBus
-// user in the process.
+// python3-dbusmock services on the launcher's session bus, their calls read
+// back from the mock's own log. The test talks through the `gdbus` tool, so
+// the code under test is the only GDBus user in the process.
 
 #include <string>
 #include <vector>
@@ -17,20 +15,16 @@ bool BusCall(const std::string& destination, const std::string& path, const std:
              const std::vector<std::string>& args, std::string* reply = nullptr);
 bool NameHasOwner(const std::string& name);
 
-// A python3-dbusmock service, ready once its name is owned; stopped, and its
-// name gone, when the object goes.
+// Ready once its name is owned; stopped, and its name gone, when the object goes.
 class DbusMock {
 public:
     // `args` follow `python3 -m dbusmock`.
     DbusMock(const std::string& busName, const std::vector<std::string>& args);
     ~DbusMock();
     bool IsRunning() const { return m_ready; }
-    // Adds or replaces a method of the object at `path`.
     bool AddMethod(const std::string& path, const std::string& interface, const std::string& name,
                    const std::string& inSignature, const std::string& outSignature, const std::string& code);
-    // The calls the object at `path` received, oldest first, written as
-    // gdbus writes values: "Suspend(false)", "GetSessionByPID(uint32 42)",
-    // "TerminateSession('c7')".
+    // Oldest first, as gdbus writes values: "GetSessionByPID(uint32 42)".
     std::vector<std::string> Calls(const std::string& path);
     void ClearCalls(const std::string& path);
 

@@ -1,12 +1,8 @@
 #!/usr/bin/env bash
-# CTest launcher for everything that needs a desktop: a private X server
-# (xvfb-run -a picks a free display), a private session bus, and openbox as
-# window manager so that focus, minimising and close requests behave as on a
-# real desktop. Usage: desktop_session.sh PROGRAM [ARGS...]
-# CADRELLE_NO_WM=1 leaves the window manager out (windows stay where they
-# are put, close requests go to the windows themselves). -noreset: without a
-# window manager the server would otherwise reset, and refuse connections
-# for a moment, each time its last client leaves.
+# CTest launcher: a private X server, a private session bus and openbox (left
+# out with CADRELLE_NO_WM=1). Usage: desktop_session.sh PROGRAM [ARGS...]
+# -noreset: without a window manager the server would otherwise reset, and
+# refuse connections for a moment, each time its last client leaves.
 set -uo pipefail
 if [ -z "${CADRELLE_IN_DESKTOP_SESSION:-}" ]; then
   export CADRELLE_IN_DESKTOP_SESSION=1
@@ -26,8 +22,5 @@ if [ -z "${CADRELLE_NO_WM:-}" ]; then
 fi
 "$@"
 rc=$?
-if [ -n "$wm" ]; then
-  kill "$wm" 2>/dev/null
-  wait "$wm" 2>/dev/null
-fi
+[ -n "$wm" ] && { kill "$wm"; wait "$wm"; } 2>/dev/null
 exit $rc

@@ -19,23 +19,16 @@ protected:
 };
 
 class WxEnvironment : public ::testing::Environment {
-public:
-    void SetUp() override
-    {
-        m_init = new wxInitializer;
-        delete wxLog::SetActiveTarget(new NoLog);
-    }
-    void TearDown() override { delete m_init; }
-
-private:
-    wxInitializer* m_init = nullptr;
+    std::unique_ptr<wxInitializer> m_init;
+    void SetUp() override { m_init = std::make_unique<wxInitializer>(), delete wxLog::SetActiveTarget(new NoLog); }
+    void TearDown() override { m_init.reset(); }
 };
 
 [[maybe_unused]] ::testing::Environment* const g_wx = ::testing::AddGlobalTestEnvironment(new WxEnvironment);
 
-int ExitStatus(int status)
+void SetEnv(const char* name, const char* value)
 {
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    value ? ::setenv(name, value, 1) : ::unsetenv(name);
 }
 
 }  // namespace
@@ -51,10 +44,7 @@ bool WaitUntil(const std::function<bool()>& done, int timeoutMs)
     return true;
 }
 
-ChildProcess::~ChildProcess()
-{
-    Stop(SIGKILL, 2000);
-}
+ChildProcess::~ChildProcess() { Stop(SIGKILL, 2000); }
 
 bool ChildProcess::Start(const std::vector<std::string>& argv, const std::string& outPath,
                          const ChildEnvironment& environment, const std::string& errPath)
@@ -71,12 +61,8 @@ bool ChildProcess::Start(const std::vector<std::string>& argv, const std::string
         const int out = open(outPath);
         ::dup2(out, STDOUT_FILENO);
         ::dup2(errPath.empty() ? out : open(errPath), STDERR_FILENO);
-        for (const auto& [name, value] : environment) {
-            if (value)
-                ::setenv(name.c_str(), value->c_str(), 1);
-            else
-                ::unsetenv(name.c_str());
-        }
+        for (const auto& [name, value] : environment)
+            SetEnv(name.c_str(), value ? value->c_str() : nullptr);
         ::execvp(raw[0], raw.data());
         ::_exit(127);
     }
@@ -96,7 +82,7 @@ int ChildProcess::Stop(int signal, int limitMs)
         ::waitpid(m_pid, &status, 0);
     }
     m_pid = -1;
-    return ended ? ExitStatus(status) : -1;
+    return ended && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 bool ChildProcess::Exited()
@@ -110,11 +96,9 @@ bool ChildProcess::Exited()
 ProcessResult RunProcess(const std::vector<std::string>& argv, const ChildEnvironment& environment, int limitMs)
 {
     const TempDir scratch;
-    const std::string out = scratch.File("out").utf8_string();
-    const std::string err = scratch.File("err").utf8_string();
     ChildProcess child;
     ProcessResult result;
-    if (child.Start(argv, out, environment, err))
+    if (child.Start(argv, scratch.File("out").utf8_string(), environment, scratch.File("err").utf8_string()))
         result.status = child.Stop(0, limitMs);
     result.out = ReadFileBytes(scratch.File("out"));
     result.err = ReadFileBytes(scratch.File("err"));
@@ -125,41 +109,15 @@ ScopedEnv::ScopedEnv(const char* name, const char* value) : m_name(name)
 {
     if (const char* old = std::getenv(name))
         m_old = old;
-    if (value)
-        ::setenv(name, value, 1);
-    else
-        ::unsetenv(name);
+    SetEnv(name, value);
 }
 
-ScopedEnv::~ScopedEnv()
-{
-    if (m_old)
-        ::setenv(m_name.c_str(), m_old->c_str(), 1);
-    else
-        ::unsetenv(m_name.c_str());
-}
-
-void RecordedMessages::ShowMessage(const wxString& text, const wxString& caption)
-{
-    Add({RecordedMessage::Kind::Box, text.utf8_string(), caption.utf8_string(), 0, false});
-}
-
-void RecordedMessages::ShowNotice(std::uint32_t jobId, const wxString& text)
-{
-    Add({RecordedMessage::Kind::Notice, text.utf8_string(), {}, jobId, false});
-}
-
-void RecordedMessages::ShowReminder(std::uint32_t jobId, const wxString& text, bool important)
-{
-    Add({RecordedMessage::Kind::Reminder, text.utf8_string(), {}, jobId, important});
-}
+ScopedEnv::~ScopedEnv() { SetEnv(m_name.c_str(), m_old ? m_old->c_str() : nullptr); }
 
 void RecordedMessages::Add(RecordedMessage message)
 {
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        m_messages.push_back(std::move(message));
-    }
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_messages.push_back(std::move(message));
     m_changed.notify_all();
 }
 
@@ -192,10 +150,7 @@ wxString RunJob(std::uint32_t kind, const ParamList& params, std::int32_t jid, c
         return {};
     }
     JobParam param;
-    param.id = jid;
-    param.type = kind;
-    param.description = description;
-    param.params = params;
+    std::tie(param.id, param.type, param.description, param.params) = std::tie(jid, kind, description, params);
     job->SetParam(param);
     job->Execute();
     return job->GetSummary();

@@ -1,10 +1,7 @@
 #pragma once
-// The one harness of the test programs: waiting with a deadline, child
-// processes, scoped environment variables, what jobs tell the user, and
-// running a job of any kind. Temporary folders and file bytes come from
-// test_support.h, the log capture from captured_log.h. Linked into every
-// test program, it also starts wxBase once on the main thread (worker log
-// records are then queued for the main thread, as in the program).
+// The one harness of the test programs (temporary folders and file bytes in
+// test_support.h, the log capture in captured_log.h). It also starts wxBase
+// once on the main thread, so worker log records queue for it as in the program.
 
 #include <chrono>
 #include <condition_variable>
@@ -30,16 +27,14 @@ bool WaitUntil(const std::function<bool()>& done, int timeoutMs = 10000);
 // Variables set (or, with no value, removed) in a child on top of ours.
 using ChildEnvironment = std::vector<std::pair<std::string, std::optional<std::string>>>;
 
-// A child process, ended by its id (SIGKILL) if still running when the
-// object goes.
+// A child process, killed by its id if still running when the object goes.
 class ChildProcess {
 public:
     ChildProcess() = default;
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
-    // Starts `argv` (PATH searched); stdout to `outPath` and stderr to
-    // `errPath` ("" = the same file as stdout; both "" = /dev/null).
+    // stdout to `outPath`, stderr to `errPath` ("": as stdout; both "": /dev/null).
     bool Start(const std::vector<std::string>& argv, const std::string& outPath = "",
                const ChildEnvironment& environment = {}, const std::string& errPath = "");
     // Sends `signal` (0: none) and waits up to `limitMs`, then kills. The
@@ -83,8 +78,7 @@ struct RecordedMessage {
     bool important = false;
 };
 
-// What jobs tell the user, recorded while the object lives; thread-safe,
-// since jobs report from their own threads.
+// What jobs tell the user (from any thread), recorded while the object lives.
 class RecordedMessages final : public UserMessages {
 public:
     RecordedMessages() { SetUserMessages(this); }
@@ -92,9 +86,12 @@ public:
     RecordedMessages(const RecordedMessages&) = delete;
     RecordedMessages& operator=(const RecordedMessages&) = delete;
 
-    void ShowMessage(const wxString& text, const wxString& caption) override;
-    void ShowNotice(std::uint32_t jobId, const wxString& text) override;
-    void ShowReminder(std::uint32_t jobId, const wxString& text, bool important) override;
+    void ShowMessage(const wxString& text, const wxString& caption) override
+    { Add({RecordedMessage::Kind::Box, text.utf8_string(), caption.utf8_string(), 0, false}); }
+    void ShowNotice(std::uint32_t jobId, const wxString& text) override
+    { Add({RecordedMessage::Kind::Notice, text.utf8_string(), {}, jobId, false}); }
+    void ShowReminder(std::uint32_t jobId, const wxString& text, bool important) override
+    { Add({RecordedMessage::Kind::Reminder, text.utf8_string(), {}, jobId, important}); }
 
     std::vector<RecordedMessage> All() const;
     std::vector<std::string> Texts(RecordedMessage::Kind kind) const;

@@ -1,8 +1,6 @@
-// Suspend, Hibernates, Shutdown and Reboot against logind's D-Bus API: the
-// Can* question first, then the power call with interactive = false, or a
-// refusal that says why and calls nothing. Shutoff Display where it cannot
-// work: an X server without DPMS (the launcher's Xvfb), no X display, and a
-// Wayland session.
+// The power jobs against logind's D-Bus API: the Can* question first, then
+// the call with interactive = false, or a refusal that says why. Shutoff
+// Display where it cannot work (Xvfb has no DPMS).
 
 #include <gtest/gtest.h>
 
@@ -23,7 +21,7 @@ const struct {
     {NJobTypeReboot, "CanReboot", "Reboot", "Reboot failed! Error code: "},
 };
 
-// A failure box: "<failure><non-zero number>\n<reason>" with `says` in the reason.
+// "<failure><non-zero number>\n<reason>" with `says` in the reason.
 void ExpectFailure(const std::string& text, const std::string& failure, const std::string& says)
 {
     EXPECT_EQ(text.rfind(failure, 0), 0u) << text;
@@ -67,68 +65,41 @@ TEST(PowerJob, AsksFirstThenCallsWithoutInteractionAndAnythingButYesIsARefusal)
     for (const std::string& call : logind.Calls(kLogindPath))
         EXPECT_EQ(call.rfind("Can", 0), 0u) << "a refused action was requested: " << call;
     EXPECT_EQ(log.Matching("failed (error").size(), boxes);
-
-    // An inhibitor held by another user is refused this way by logind.
-    ASSERT_TRUE(logind.AnswerCan("CanPowerOff", "yes"));
-    ASSERT_TRUE(logind.AddMethod(kLogindPath, "org.freedesktop.login1.Manager", "PowerOff", "b", "",
-                                 "raise dbus.exceptions.DBusException('Operation inhibited by \"backup\"', "
-                                 "name='org.freedesktop.login1.BlockedByInhibitorLock')"));
-    RunJob(NJobTypeShutdown, {}, 13, "inhibited");
-    ASSERT_TRUE(messages.WaitForCount(++boxes, std::chrono::seconds(5)));
-    ExpectFailure(messages.All().back().text, kPower[2].failure, "Operation inhibited by \"backup\"");
-    EXPECT_EQ(messages.All().back().text.find("GDBus.Error"), std::string::npos);
 }
 
-// Without logind the user learns that logind is missing, whichever way it
-// is missing: no bus at the address, or a bus without logind on it.
+// A bus without logind on it: every kind says so.
 TEST(PowerJob, WithoutLogindEveryKindSaysLogindIsNotReachable)
 {
-    const TempDir dir;
-    for (const std::string& address : {"unix:path=" + dir.File("no-bus-here").utf8_string(),
-                                       std::string(std::getenv("DBUS_SESSION_BUS_ADDRESS"))}) {
-        SCOPED_TRACE(address);
-        RecordedMessages messages;
-        const ScopedEnv system("DBUS_SYSTEM_BUS_ADDRESS", address.c_str());
-        ASSERT_FALSE(NameHasOwner("org.freedesktop.login1"));
-        for (const auto& power : kPower)
-            RunJob(power.kind, {}, 14, "no logind");
-        RunJob(NJobTypeLogoff, {}, 14, "no logind");
-        const std::vector<RecordedMessage> boxes = messages.All();
-        ASSERT_EQ(boxes.size(), 5u);
-        for (std::size_t i = 0; i < boxes.size(); ++i)
-            ExpectFailure(boxes[i].text, i < 4 ? kPower[i].failure : "Logoff failed! Error code: ",
-                          "\nlogind is not reachable on the system bus: ");
-    }
+    RecordedMessages messages;
+    ASSERT_FALSE(NameHasOwner("org.freedesktop.login1"));
+    for (const auto& power : kPower)
+        RunJob(power.kind, {}, 14, "no logind");
+    RunJob(NJobTypeLogoff, {}, 14, "no logind");
+    const std::vector<RecordedMessage> boxes = messages.All();
+    ASSERT_EQ(boxes.size(), 5u);
+    for (std::size_t i = 0; i < boxes.size(); ++i)
+        ExpectFailure(boxes[i].text, i < 4 ? kPower[i].failure : "Logoff failed! Error code: ",
+                      "\nlogind is not reachable on the system bus: ");
 }
 
 TEST(ShutoffDisplay, EachMissingPieceIsNamed)
 {
     const std::string display = std::getenv("DISPLAY") ? std::getenv("DISPLAY") : "";
-    const struct {
-        const char* display;
-        const char* wayland;
-        std::string reason;
-    } cases[] = {
+    const struct { const char* display; const char* wayland; std::string reason; } cases[] = {
         {display.c_str(), nullptr,
          "the X server of display \"" + display + "\" has no DPMS extension (display power management)"},
         {nullptr, nullptr, "there is no X display (DISPLAY is not set)"},
         {"", "wayland-0",
          "this is a Wayland session without an X display (DISPLAY is not set); the display cannot be switched off "
          "from here"},
-        {":64999", nullptr, "cannot open the X display \":64999\""},  // nobody serves it
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.reason);
         const ScopedEnv displayVariable("DISPLAY", c.display);
         const ScopedEnv wayland("WAYLAND_DISPLAY", c.wayland);
         RecordedMessages messages;
-        CapturedLog log;
         const wxString summary = RunJob(NJobTypeShutoffDisplay, {}, 42, "night");
-        const std::vector<RecordedMessage> shown = messages.All();
-        ASSERT_EQ(shown.size(), 1u);
-        EXPECT_EQ(shown[0].caption, "Cadrelle");
-        EXPECT_EQ(shown[0].text, summary.utf8_string() + "\n\nShutoff Display failed.\n" + c.reason);
-        EXPECT_EQ(log.Matching("[JID_42] Shutoff Display failed").size(), 1u);
+        EXPECT_EQ(messages.Boxes(), std::vector<std::string>{summary.utf8_string() + "\n\nShutoff Display failed.\n" + c.reason});
     }
 }
 

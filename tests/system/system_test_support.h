@@ -1,11 +1,29 @@
 #pragma once
-// The session and power jobs against python3-dbusmock's logind and a screen
-// saver on the launcher's session bus, which also stands in for the system
-// bus (set, and the jobs registered, before any test runs).
+// python3-dbusmock's logind and screen saver on the launcher's session bus,
+// which also stands in for the system bus.
 
 #include <unistd.h>
 
+#include <cstdlib>
+
+#include <gtest/gtest.h>
+
 #include "dbus_mock.h"
+#include "desktop/jobs/system_jobs.h"
+
+// Set, and the jobs registered, before any test runs.
+class SystemEnvironment : public ::testing::Environment {
+public:
+    void SetUp() override
+    {
+        const char* bus = std::getenv("DBUS_SESSION_BUS_ADDRESS");
+        ASSERT_TRUE(bus) << "run under tests/support/desktop_session.sh";
+        ::setenv("DBUS_SYSTEM_BUS_ADDRESS", bus, 1);
+        RegisterSystemJobActions();
+    }
+};
+inline ::testing::Environment* const g_systemEnvironment =
+    ::testing::AddGlobalTestEnvironment(new SystemEnvironment);
 
 const char* const kLogindPath = "/org/freedesktop/login1";
 
@@ -13,14 +31,13 @@ const char* const kLogindPath = "/org/freedesktop/login1";
 class LogindMock : public DbusMock {
 public:
     LogindMock() : DbusMock("org.freedesktop.login1", {"--template", "logind"}) {}
-    // Returns the session's object path.
+    // The session's object path.
     std::string AddSession(const std::string& id)
     {
         BusCall("org.freedesktop.login1", kLogindPath, "org.freedesktop.DBus.Mock.AddSession",
                 {Quoted(id), Quoted("seat0"), std::to_string(::getuid()), Quoted("tester"), "true"});
         return std::string(kLogindPath) + "/session/" + id;
     }
-    // Manager.GetSessionByPID answers with the session `id`.
     bool AnswerSessionByPid(const std::string& id)
     {
         return AddMethod(kLogindPath, "org.freedesktop.login1.Manager", "GetSessionByPID", "u", "o",
@@ -32,7 +49,6 @@ public:
         return AddMethod(std::string(kLogindPath) + "/session/" + id, "org.freedesktop.login1.Session", "Lock", "",
                          "", "self.UpdateProperties('org.freedesktop.login1.Session', {'LockedHint': dbus.Boolean(True)})");
     }
-    // Manager.<can> answers `answer`.
     bool AnswerCan(const std::string& can, const std::string& answer)
     {
         return AddMethod(kLogindPath, "org.freedesktop.login1.Manager", can, "", "s", "ret = '" + answer + "'");
