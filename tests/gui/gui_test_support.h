@@ -17,12 +17,9 @@ namespace guitest {
 bool WaitFor(const std::function<bool()>& condition, int timeoutMs = 5000);
 // Lets pending events (sizes, paints, queued calls) run once.
 void Settle();
-// A fresh application folder for one test; HOME and the XDG folders of the
-// whole test program point into a private folder set up before the
-// application object exists (see gui_test_main.cpp).
+// A fresh application folder under the program's private HOME
+// (gui_test_main.cpp).
 wxString FreshAppDir();
-// The private HOME of this test program.
-wxString TestHome();
 // Saves what the window shows, once painted, as a PNG under
 // $CADRELLE_SCREENSHOT_DIR (only when set: pictures for people to look at)
 // with the given name; returns the path written or an empty text.
@@ -34,10 +31,8 @@ template <class T>
 T* Find(wxWindow* parent, const wxString& name) { return dynamic_cast<T*>(FindByName(name, parent)); }
 // Sends the command event a user's action on `control` sends (a click, a tick).
 void Fire(wxWindow* control, wxEventType type = wxEVT_BUTTON, int value = 0);
-// The text of a file, and how often `what` occurs in a text.
+// The text of a file; all log files of an application folder.
 wxString ReadText(const wxString& path);
-std::size_t Count(const wxString& text, const wxString& what);
-// All log files of an application folder.
 wxString LogText(const wxString& appDir);
 // A job and a trigger as the data file stores them (trigger dates in 1999..2999).
 wxString JobXml(int jid, int kind, const char* desc, bool enabled, int tid, const char* info);
@@ -45,13 +40,12 @@ wxString TriggerXml(int tid, int kind, const char* condition);
 // Writes `appDir`/data/data1.xml holding `items`.
 void WriteData(const wxString& appDir, const wxString& items);
 
-enum class Match { Exact, Start, Part };
-// A message box captioned "Cadrelle" (or Caption()) whose text is (starts
-// with, contains) `text`, answered `answer`; sets *seen when shown.
+// A message box captioned "Cadrelle" (or Caption()) whose text is (or, when
+// `part`, contains) `text`, answered `answer`; sets *seen when shown.
 class ExpectMessage : public wxExpectModal<wxMessageDialog> {
 public:
-    explicit ExpectMessage(const wxString& text, int answer = wxOK, Match match = Match::Exact, bool* seen = nullptr)
-        : wxExpectModal<wxMessageDialog>(answer), m_text(text), m_match(match), m_seen(seen) { Describe(text); }
+    explicit ExpectMessage(const wxString& text, int answer = wxOK, bool part = false, bool* seen = nullptr)
+        : wxExpectModal<wxMessageDialog>(answer), m_text(text), m_part(part), m_seen(seen) { Describe(text); }
     ExpectMessage Caption(const wxString& c) const { ExpectMessage copy(*this); copy.m_caption = c; return copy; }
 
 protected:
@@ -59,7 +53,7 @@ protected:
 
 private:
     wxString m_text;
-    Match m_match;
+    bool m_part;
     bool* m_seen;
     wxString m_caption = "Cadrelle";
 };

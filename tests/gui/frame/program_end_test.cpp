@@ -69,7 +69,7 @@ TEST_P(ProgramEndTest, SavesAndWritesTheEndBanner)
     const wxString log = guitest::LogText(appDir);
     EXPECT_TRUE(log.Contains(bySignal ? "OnStopSignal - 15" : "CadrelleFrame::OnClose"));
     EXPECT_LT(log.Find("SaveSchedulerData(true) Completed"), log.Find(WeekdayLog::kEndBanner));
-    EXPECT_EQ(guitest::Count(guitest::ReadText(appDir + "/data/data1.xml"), "<JOB>"), 5u);
+    EXPECT_EQ(guitest::ReadText(appDir + "/data/data1.xml").Replace("<JOB>", ""), 5u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Ways, ProgramEndTest, testing::Values(false, true),
