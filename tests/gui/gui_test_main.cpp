@@ -1,5 +1,4 @@
-// A wxApp whose main loop runs the GoogleTest suite, so every test runs inside
-// the real event loop (modal dialogs, queued calls, timers, simulated input).
+// A wxApp whose main loop runs the GoogleTest suite: every test runs inside the real event loop.
 
 #include <cstdlib>
 #include <string>
@@ -18,8 +17,7 @@ void FailOnAssert(const wxString& file, int line, const wxString& func, const wx
     ADD_FAILURE() << "wx assertion " << file << ":" << line << " " << func << ": " << cond << " " << msg;
 }
 
-// HOME and the XDG folders point into a private folder before anything can
-// read them, so a test never touches the user's configuration.
+// HOME and the XDG folders point into a private folder before anything reads them.
 void UsePrivateHome()
 {
     char pattern[] = "/tmp/cadrelle-gui-XXXXXX";

@@ -74,19 +74,6 @@ wxString SaveScreenshot(wxWindow* window, const wxString& name)
     return image.SaveFile(path, wxBITMAP_TYPE_PNG) ? path : wxString();
 }
 
-wxWindow* FindByName(const wxString& name, wxWindow* parent)
-{
-    if (parent)
-        return wxWindow::FindWindowByName(name, parent);
-    for (wxWindow* top : wxTopLevelWindows) {
-        if (top->GetName() == name)
-            return top;
-        if (wxWindow* found = wxWindow::FindWindowByName(name, top))
-            return found;
-    }
-    return nullptr;
-}
-
 void Fire(wxWindow* control, wxEventType type, int value)
 {
     wxCommandEvent event(type, control->GetId());

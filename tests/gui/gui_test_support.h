@@ -7,26 +7,21 @@
 
 #include <wx/msgdlg.h>
 #include <wx/testing.h>
-
-class wxWindow;
+#include <wx/window.h>
 
 namespace guitest {
 
-// Runs the event loop until `condition` holds or `timeoutMs` pass; true when
-// it held.
+// Runs the event loop until `condition` holds (true) or `timeoutMs` pass.
 bool WaitFor(const std::function<bool()>& condition, int timeoutMs = 5000);
 // Lets pending events (sizes, paints, queued calls) run once.
 void Settle();
-// A fresh application folder under the program's private HOME
-// (gui_test_main.cpp).
+// A fresh application folder under the private HOME (gui_test_main.cpp).
 wxString FreshAppDir();
-// Saves what the window shows, once painted, as a PNG under
-// $CADRELLE_SCREENSHOT_DIR (only when set: pictures for people to look at)
-// with the given name; returns the path written or an empty text.
+// Saves what the window shows, once painted, as $CADRELLE_SCREENSHOT_DIR/`name`.png
+// (only when set: pictures for people to look at); returns the path or "".
 wxString SaveScreenshot(wxWindow* window, const wxString& name);
-// The first descendant of `parent` (or of any top-level window when null)
-// whose name is `name`.
-wxWindow* FindByName(const wxString& name, wxWindow* parent = nullptr);
+// `parent` or its first descendant (any top-level window's when null) named `name`.
+inline wxWindow* FindByName(const wxString& name, wxWindow* parent = nullptr) { return wxWindow::FindWindowByName(name, parent); }
 template <class T>
 T* Find(wxWindow* parent, const wxString& name) { return dynamic_cast<T*>(FindByName(name, parent)); }
 // Sends the command event a user's action on `control` sends (a click, a tick).

@@ -32,8 +32,6 @@ while IFS='|' read -r setting variable expected; do
   [ "$got" = "$expected" ] || fail "ui_language=$setting $variable: '$got', expected '$expected'"
 done <<'ROWS'
 ja|LANGUAGE=zh_CN|cron 式が空です
-en|LANGUAGE=ja|Invalid empty cron expression
-default|LANGUAGE=ja|cron 式が空です
 |LANGUAGE=zh_CN.UTF-8|Cron 表达式不能为空
 ROWS
 got="$(speak xx LANGUAGE=ja)"

