@@ -12,7 +12,7 @@ PACKAGES=(
   clang libclang-rt-14-dev
   tzdata xvfb xauth xdotool xprintidle
   libglib2.0-dev libxext-dev libxtst-dev libpng-dev
-  openbox x11-utils dbus-daemon dbus-bin libglib2.0-bin python3 python3-dbusmock desktop-file-utils
+  openbox x11-utils dbus-daemon dbus-bin libglib2.0-bin python3 python3-dbus python3-dbusmock desktop-file-utils
   libsodium-dev
   librsvg2-bin imagemagick
   libayatana-appindicator3-dev python3-xlib python3-gi trayer

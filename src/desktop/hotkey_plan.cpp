@@ -1,8 +1,13 @@
 #include "desktop/hotkey_plan.h"
 
+#include <utility>
+
 #include <X11/keysym.h>
 
 #include "core/translate.h"
+
+// After the other headers: Xlib defines macros (None, Status) that clash.
+#include <X11/Xlib.h>
 
 namespace {
 
@@ -95,4 +100,26 @@ int CustomKeyIndex(int pressedVirtualKey, const std::array<wxString, 3>& storedK
             return i;
     }
     return -1;
+}
+
+std::string PortalTrigger(const HotKeyBinding& binding)
+{
+    if (!binding.valid)
+        return std::string();
+    std::string trigger;
+    for (const auto& [bit, name] : {std::pair<int, const char*>{kModControl, "CTRL+"},
+                                    {kModAlt, "ALT+"}, {kModShift, "SHIFT+"}, {kModWin, "LOGO+"}})
+        if (binding.modifiers & bit)
+            trigger += name;
+    const char* key = XKeysymToString(binding.keysym);
+    return key ? trigger + key : std::string();
+}
+
+std::string PortalRequestPath(const std::string& uniqueName, const std::string& token)
+{
+    std::string sender = uniqueName.substr(uniqueName.compare(0, 1, ":") == 0 ? 1 : 0);
+    for (char& c : sender)
+        if (c == '.')
+            c = '_';
+    return "/org/freedesktop/portal/desktop/request/" + sender + "/" + token;
 }

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 
 #include <wx/string.h>
 
@@ -52,3 +53,12 @@ wxString HotKeyFailureText(HotKeyId id, const wxString& modifierCode);
 // Which custom key (0-2) a pressed virtual key code selects, comparing the
 // stored key codes in order; -1 when none.
 int CustomKeyIndex(int pressedVirtualKey, const std::array<wxString, 3>& storedKeyCodes);
+
+// The binding as a trigger in the desktop portal's shortcut format
+// ("CTRL+SHIFT+9", "CTRL+ALT+LOGO+F5": modifiers, then the key's X keysym
+// name); empty when the binding is not valid.
+std::string PortalTrigger(const HotKeyBinding& binding);
+
+// Where the desktop portal answers a request made with `token`, from the
+// caller's unique bus name (":1.42" gives ".../request/1_42/TOKEN").
+std::string PortalRequestPath(const std::string& uniqueName, const std::string& token);

@@ -61,16 +61,18 @@ TEST(HotKeyPlan, PreferenceValuesBecomeGrabs)
         bool valid;
         int modifiers;
         unsigned long keysym;
+        const char* trigger;  // at the desktop portal
     } rows[] = {
-        {"4", "57", true, kModControl | kModShift, XK_9}, {"1", "48", true, kModControl | kModAlt, XK_0},
-        {"0", "65", true, kModControl, XK_a}, {"12", "112", true, kModControl | kModShift | kModWin, XK_F1},
-        {"4", "96", true, kModControl | kModShift, XK_KP_0}, {"4", "300", false, 0, 0}, {"16", "57", false, 0, 0},
-        {"x", "57", false, 0, 0}, {"4", "", false, 0, 0},
+        {"4", "57", true, kModControl | kModShift, XK_9, "CTRL+SHIFT+9"}, {"1", "48", true, kModControl | kModAlt, XK_0, "CTRL+ALT+0"},
+        {"0", "65", true, kModControl, XK_a, "CTRL+a"}, {"12", "112", true, kModControl | kModShift | kModWin, XK_F1, "CTRL+SHIFT+LOGO+F1"},
+        {"4", "96", true, kModControl | kModShift, XK_KP_0, "CTRL+SHIFT+KP_0"}, {"4", "300", false, 0, 0, ""}, {"16", "57", false, 0, 0, ""},
+        {"x", "57", false, 0, 0, ""}, {"4", "", false, 0, 0, ""},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(std::string(row.modifier) + "/" + row.key);
         const HotKeyBinding binding = BindingFromValues(row.modifier, row.key);
         ASSERT_EQ(binding.valid, row.valid);
+        EXPECT_EQ(PortalTrigger(binding), row.trigger);
         if (row.valid) {
             EXPECT_EQ(binding.modifiers, row.modifiers);
             EXPECT_EQ(binding.keysym, row.keysym);
@@ -87,4 +89,5 @@ TEST(HotKeyPlan, FailureTextsAndCustomKeys)
     EXPECT_EQ(CustomKeyIndex(56, stored), 0);  // the first match wins
     EXPECT_EQ(CustomKeyIndex(55, stored), 1);
     EXPECT_EQ(CustomKeyIndex(54, stored), -1);
+    EXPECT_EQ(PortalRequestPath(":1.42", "cadrelle7"), "/org/freedesktop/portal/desktop/request/1_42/cadrelle7");
 }

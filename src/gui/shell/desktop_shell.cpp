@@ -1,7 +1,7 @@
 #include "gui/shell/desktop_shell.h"
 
-#include <cstdlib>
-#include <cstring>
+#include <algorithm>
+#include <iterator>
 
 #include <wx/app.h>
 #include <wx/log.h>
@@ -17,6 +17,7 @@
 #include "gui/main_frame.h"
 #include "gui/shell/global_hotkeys.h"
 #include "gui/shell/notice_window.h"
+#include "gui/shell/portal_shortcuts.h"
 #include "gui/shell/tray_icon.h"
 
 namespace {
@@ -24,6 +25,19 @@ namespace {
 wxString Pref(const char* key)
 {
     return Preference::Instance().GetValue(key);
+}
+
+// The hot keys' names at the desktop portal, which keeps the user's choice
+// of keys under them: never change them.
+constexpr const char* kPortalIds[kHotKeyCount] = {"restore", "pause", "custom1", "custom2", "custom3"};
+
+wxString PortalDescription(HotKeyId id)
+{
+    switch (id) {
+    case HotKeyId::RestoreMainFrame: return _("Show the Cadrelle window");
+    case HotKeyId::PauseMode: return _("Switch Cadrelle's pause mode on or off");
+    default: return wxString::Format(_("Run the job of Cadrelle's custom hot key %d"), static_cast<int>(id) - 1);
+    }
 }
 
 // The window's side of the command-line control: the frame's own commands,
@@ -63,11 +77,58 @@ DesktopShell::~DesktopShell()
 {
     *m_pAlive = false;
     m_pServer.reset();
+    m_pPortal.reset();
     m_pHotKeys.reset();
     m_pTray.reset();
 }
 
 void DesktopShell::RegisterHotKeys()
+{
+    if (!PortalShortcuts::WaylandSession())
+        return GrabHotKeys(false);
+    // The portal binds nothing by itself: the desktop may first ask the user,
+    // who may choose other keys. Ours are only the preferred ones.
+    std::vector<PortalShortcuts::Shortcut> shortcuts;
+    for (const HotKeySpec& spec : HotKeySpecs())
+        shortcuts.push_back({kPortalIds[static_cast<int>(spec.id)], PortalDescription(spec.id),
+                             PortalTrigger(BindingFromValues(Pref(spec.modifierKey), Pref(spec.keyKey)))});
+    m_hotKeyStates.fill(_("waiting for the desktop portal"));
+    auto done = [this](const PortalShortcuts::Result& result) {
+        using Outcome = PortalShortcuts::Outcome;
+        if (result.outcome == Outcome::Unavailable) {
+            wxLogMessage("%d ### No global shortcuts from the desktop portal: %s", LogMs(), result.reason);
+            return GrabHotKeys(true);
+        }
+        for (int i = 0; i < kHotKeyCount; ++i)
+            m_hotKeyStates[static_cast<std::size_t>(i)] =
+                result.outcome == Outcome::Refused ? _("refused in the desktop portal")
+                : result.bound.count(kPortalIds[i]) ? _("registered through the desktop portal")
+                                                    : _("not bound by the desktop portal");
+        if (result.outcome == Outcome::Refused)
+            wxLogMessage("%d ### The desktop portal bound no global hot keys (%s); bind `cadrelle --pause`, `cadrelle "
+                         "--show` or `cadrelle --run JID` to keys in the desktop's keyboard settings",
+                         LogMs(), result.reason);
+        else
+            wxLogMessage("%d ### Global hot keys through the desktop portal: %zu of %d bound", LogMs(),
+                         result.bound.size(), kHotKeyCount);
+    };
+    m_pPortal = std::make_unique<PortalShortcuts>(std::move(shortcuts), done,
+                                                  [this](const std::string& id) { OnPortalActivated(id); });
+}
+
+void DesktopShell::OnPortalActivated(const std::string& id)
+{
+    const auto found = std::find(std::begin(kPortalIds), std::end(kPortalIds), id);
+    if (found == std::end(kPortalIds))
+        return;
+    const auto index = static_cast<std::size_t>(found - std::begin(kPortalIds));
+    // A custom key is told apart by its stored key code, as on X11.
+    long virtualKey = 0;
+    Pref(HotKeySpecs()[index].keyKey).ToLong(&virtualKey);
+    OnHotKey(static_cast<int>(index), static_cast<int>(virtualKey));
+}
+
+void DesktopShell::GrabHotKeys(bool wayland)
 {
     if (!GlobalHotKeys::Available()) {
         // Said once; the command line works everywhere and can be bound to a
@@ -80,8 +141,6 @@ void DesktopShell::RegisterHotKeys()
     }
     // On a Wayland desktop the window runs on XWayland: its grabs see the
     // keys only while an X11 window has the focus.
-    const char* session = std::getenv("XDG_SESSION_TYPE");
-    const bool wayland = (session && std::strcmp(session, "wayland") == 0) || std::getenv("WAYLAND_DISPLAY");
     if (wayland)
         wxLogMessage("%d ### Wayland session: the global hot keys work only while an X11 window has the focus; bind "
                      "`cadrelle --pause`, `cadrelle --show` or `cadrelle --run JID` to keys in the desktop's keyboard "

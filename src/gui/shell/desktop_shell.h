@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <string>
 
 #include <wx/string.h>
 
@@ -14,6 +15,7 @@ class CadrelleFrame;
 class ControlServer;
 class GlobalHotKeys;
 class InstanceControl;
+class PortalShortcuts;
 class TrayIcon;
 
 class DesktopShell {
@@ -47,12 +49,17 @@ public:
     wxString TrayKind() const;
 
 private:
+    // Through the desktop portal on Wayland when it offers global shortcuts,
+    // else X11 grabs.
     void RegisterHotKeys();
+    void GrabHotKeys(bool wayland);
+    void OnPortalActivated(const std::string& id);
     void CreateTray();
     void StartControl();
 
     CadrelleFrame& m_frame;
     std::unique_ptr<GlobalHotKeys> m_pHotKeys;
+    std::unique_ptr<PortalShortcuts> m_pPortal;
     std::array<wxString, 5> m_hotKeyStates;
     std::unique_ptr<TrayIcon> m_pTray;
     wxString m_trayNote;
