@@ -30,8 +30,9 @@ dpkg-deb -x "$deb" "$tmp/root" || fail "dpkg-deb -x"
 user=(env -i PATH="$PATH" HOME="$tmp/home" XDG_DATA_HOME="$tmp/home/data" XDG_CONFIG_HOME="$tmp/home/config"
   XDG_RUNTIME_DIR="$tmp/home/run" LANG=C LC_ALL=C)
 run() { "${user[@]}" "$@"; }
-mkdir -p "$tmp/home/run" && exe="$tmp/root/usr/bin/cadrelle"
+mkdir -p "$tmp/home/run" "$tmp/empty" && exe="$tmp/root/usr/bin/cadrelle"
 [[ "$(run "$exe" --version)" == "Cadrelle "* ]] || fail "--version"
+[[ "$(run "$exe" --list --app-dir "$tmp/empty")" == "Jobs: 0"* ]] || fail "--list on an empty folder"
 [ "$(run LANGUAGE=ja "$exe" --cron-next "" 2>&1)" = "cron 式が空です" ] || fail "Japanese catalogue not found"
 # exec: the pid is the program's own, not a subshell's.
 (exec "${user[@]}" "$exe" --headless >/dev/null 2>&1) &

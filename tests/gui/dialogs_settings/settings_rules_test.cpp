@@ -134,6 +134,9 @@ TEST_F(AutostartEntry, WrittenReadBackAndTurnedOff)
     ASSERT_TRUE(SetAutostart(false, exe));
     EXPECT_NE(Entry().Find("\nHidden=true\n"), wxNOT_FOUND);
     EXPECT_FALSE(IsAutostartEnabled());
+    // An entry another tool turned off counts as off.
+    wxFFile(AutostartEntryPath(), "w").Write("[Desktop Entry]\nType=Application\nName=C\nExec=c\nX-GNOME-Autostart-enabled=false\n");
+    EXPECT_FALSE(IsAutostartEnabled());
 }
 
 TEST_F(AutostartEntry, FailuresAreLogged)

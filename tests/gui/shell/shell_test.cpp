@@ -102,8 +102,14 @@ TEST(Shell, HotKeysNoticesAndTheCommandLineOnOneWindow)
     press(notices[0], "noticeDisable");
     EXPECT_FALSE(frame->GetScheduler().GetJobById(first)->IsEnabled());
     wxTEST_DIALOG(press(notices[1], "noticeEdit"), wxExpectAny(wxID_CANCEL), ExpectBox("Nothing to be changed!"));
+    frame->AdvanceNotice(*frame->GetScheduler().GetJobById(first));
+    guitest::Settle();
+    auto* gotIt = dynamic_cast<NoticeWindow*>(guitest::FindByName("NoticeWindow"));
+    ASSERT_NE(gotIt, nullptr);
+    press(gotIt, "noticeGotIt");  // closes it and changes nothing
     guitest::Settle();
     EXPECT_EQ(guitest::FindByName("NoticeWindow"), nullptr);
+    EXPECT_FALSE(frame->GetScheduler().GetJobById(first)->IsEnabled());
     Preference::Instance().SetValue("hideNotifyWnd", "1");  // then never
     frame->AdvanceNotice(*frame->GetScheduler().GetJobById(first));
     EXPECT_EQ(guitest::FindByName("NoticeWindow"), nullptr);
