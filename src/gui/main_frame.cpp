@@ -363,6 +363,7 @@ void CadrelleFrame::RefreshViews()
     std::vector<JobRow> rows = BuildJobRows(m_pSession->GetScheduler());
     std::vector<std::size_t> order = VisibleJobOrder(rows, m_category, m_strFilter, m_nSortCol, m_nSortDir);
     m_jobModel->SetRows(std::move(rows), std::move(order));
+    ShowSortIndicator();  // a model reset takes the arrow away
     std::size_t triggers = 0;
     {
         auto lock = m_pSession->GetScheduler().ReadLock();
@@ -388,6 +389,7 @@ void CadrelleFrame::ApplyOrder()
     // A new order of the same rows: every visible row changes.
     const bool sameCount = order.size() == m_jobModel->Order().size();
     m_jobModel->SetRows(std::move(rows), std::move(order));
+    ShowSortIndicator();  // a model reset takes the arrow away
     if (sameCount)
         m_pLcJob->Refresh();
     if (selected >= 0)
@@ -403,6 +405,20 @@ void CadrelleFrame::SortByColumn(int column)
     ApplyOrder();
     wxLogMessage("%d ### Job list sorted by column %d (%ld) in %ld ms", LogMs(), m_nSortCol, m_nSortDir,
                  watch.Time());
+}
+
+void CadrelleFrame::ShowSortIndicator()
+{
+    // The arrow only: the rows are ordered by VisibleJobOrder; the control
+    // never sorts a virtual model itself.
+    for (unsigned i = 0; i < m_pLcJob->GetColumnCount(); ++i) {
+        wxDataViewColumn* column = m_pLcJob->GetColumn(i);
+        const bool sorted = m_nSortDir == kSortAscending || m_nSortDir == kSortDescending;  // else file order
+        if (sorted && static_cast<int>(column->GetModelColumn()) == m_nSortCol)
+            column->SetSortOrder(m_nSortDir == kSortAscending);
+        else if (column->IsSortKey())
+            column->UnsetAsSortKey();
+    }
 }
 
 void CadrelleFrame::SelectCategory(int index)

@@ -85,6 +85,8 @@ public:
     void OnQuit(wxCommandEvent& event);
     // A click on job list header `column`.
     void SortByColumn(int column);
+    // The header arrow on the column the job list is ordered by.
+    void ShowSortIndicator();
     // Selects category number `index` (0 = "All Jobs", in tree order).
     void SelectCategory(int index);
     // Selects job `jid` in the job list; false when it is not shown.

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 #include <wx/app.h>
+#include <wx/dataview.h>
 #include <wx/log.h>
 #include <wx/srchctrl.h>
 #include <wx/uiaction.h>
@@ -138,6 +139,11 @@ TEST_F(MainFrameTest, SortOrderSurvivesARestart)
     Preference::Instance().Load();
     Open();
     EXPECT_EQ(Shown(), (std::vector<int>{12, 1, 21, 2, 0}));
+    // The header arrow, after the restart's model reset too: on that column only, pointing down.
+    auto* list = dynamic_cast<wxDataViewCtrl*>(guitest::FindByName("ID_LISTCTRL_JOBS"));
+    ASSERT_NE(list, nullptr);
+    for (unsigned i = 0; i < list->GetColumnCount(); ++i)
+        EXPECT_EQ(list->GetColumn(i)->IsSortKey() && !list->GetColumn(i)->IsSortOrderAscending(), i == JColDesc) << i;
 }
 
 // With the hide setting the close button only hides (ending for good, by
