@@ -39,10 +39,8 @@ public:
     bool IsOpen() const { return m_display != nullptr; }
     bool PumpUntil(const std::function<bool()>& done, int timeoutMs = 3000);
     void PumpFor(int ms) { PumpUntil([] { return false; }, ms); }
-    // Waits until a window manager lists the window in _NET_CLIENT_LIST; long,
-    // since a window manager that has just started may hold the first map
-    // request for seconds.
-    bool WaitUntilManaged(int timeoutMs = 30000);
+    // Waits until a window manager lists the window in _NET_CLIENT_LIST.
+    bool WaitUntilManaged(int timeoutMs = 10000);
     void TakeFocus();
 
     int deleteRequests = 0;

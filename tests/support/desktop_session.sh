@@ -14,10 +14,24 @@ wm=
 if [ -z "${CADRELLE_NO_WM:-}" ]; then
   openbox --sm-disable >/dev/null 2>&1 &
   wm=$!
-  # The window manager is ready once it owns the WM_S0 selection.
   for _ in $(seq 1 100); do
     xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' && break
     sleep 0.05
+  done
+  # Even then, a window mapped while openbox is still starting can be left
+  # unmanaged for good: it is ready once it manages a probe window (a new
+  # probe each try, since a lost one stays lost).
+  for _ in $(seq 1 10); do
+    xmessage -timeout 30 cadrelle-wm-probe >/dev/null 2>&1 &
+    probe=$!
+    managed=
+    for _ in $(seq 1 40); do
+      xprop -root _NET_CLIENT_LIST 2>/dev/null | grep -q '0x' && { managed=1; break; }
+      sleep 0.05
+    done
+    kill "$probe" 2>/dev/null
+    wait "$probe" 2>/dev/null
+    [ -n "$managed" ] && break
   done
 fi
 "$@"
