@@ -53,7 +53,7 @@ wxWindow* MakeControl(wxWindow* parent, const JobField& field)
 }  // namespace
 
 JobParamPage::JobParamPage(wxWindow* parent, std::uint32_t kind)
-    : wxPanel(parent), m_nKind(kind), m_fields(JobFieldsFor(kind))
+    : wxPanel(parent), m_fields(JobFieldsFor(kind))
 {
     auto* grid = new wxFlexGridSizer(2, 6, 8);
     grid->AddGrowableCol(1);

@@ -19,7 +19,6 @@ public:
     ParamList GetValues() const;
 
 private:
-    std::uint32_t m_nKind;
     std::vector<JobField> m_fields;
     std::vector<wxWindow*> m_controls;
 };
