@@ -41,6 +41,14 @@ JobDetailDlg::JobDetailDlg(wxWindow* parent, Scheduler& scheduler, JobDlgMode mo
       m_runNow(runNow)
 {
     SetName("JobDetailDlg");
+    if (mode == JobDlgMode::CopyJob) {
+        // The copy's triggers are its own, under unused TIDs, never fired.
+        for (TriggerParam& t : m_triggers) {
+            t.tid = UnusedTid();
+            t.prevFire = FormatDateTimeText(wxDateTime());
+            t.nextFire = t.prevFire;
+        }
+    }
     const wxString titles[] = {_("New Job"), _("Edit Job"), _("Copy Job")};
     SetTitle(wxString::Format("%s - JID %d", titles[static_cast<int>(mode)], m_job.id));
 
@@ -357,16 +365,7 @@ bool ShowJobDetailDlg(wxWindow* parent, Scheduler& scheduler, JobDlgMode mode, s
         param.id = scheduler.NewJID();
         param.description << _("(Copy)");
     }
-    JobDetailDlg dlg(parent, scheduler, mode, param, std::vector<TriggerParam>(), runNow);
-    for (TriggerParam t : triggers) {
-        if (mode == JobDlgMode::CopyJob) {
-            // The copy's triggers are its own, under unused TIDs, never fired.
-            t.tid = dlg.UnusedTid();
-            t.prevFire = FormatDateTimeText(wxDateTime());
-            t.nextFire = t.prevFire;
-        }
-        dlg.AddTriggerParam(t);
-    }
+    JobDetailDlg dlg(parent, scheduler, mode, param, triggers, runNow);
     if (dlg.ShowModal() != wxID_OK)
         return false;
     if (resultJid)

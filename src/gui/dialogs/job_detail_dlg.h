@@ -37,7 +37,8 @@ bool ShowJobDetailDlg(wxWindow* parent, Scheduler& scheduler, JobDlgMode mode, s
 class JobDetailDlg : public wxDialog {
 public:
     // `job` and `triggers` are the dialog's own copies; nothing reaches the
-    // scheduler before Apply.
+    // scheduler before Apply. In CopyJob mode the triggers get unused TIDs
+    // and no fire times.
     JobDetailDlg(wxWindow* parent, Scheduler& scheduler, JobDlgMode mode, const JobParam& job,
                  const std::vector<TriggerParam>& triggers, const std::function<void(std::int32_t)>& runNow);
 
