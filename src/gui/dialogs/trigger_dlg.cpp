@@ -289,12 +289,18 @@ void TriggerDlg::BuildPeriod(wxBoxSizer* top)
     top->Add(m_pPeriodBox, 0, wxEXPAND | wxALL, 8);
 }
 
+std::uint32_t TriggerDlg::SelectedKind() const
+{
+    for (std::uint32_t k = 0; k < NTriggerTypeCount; ++k)
+        if (m_pKind[k]->GetValue())
+            return k;
+    return TriggerForm().kind;
+}
+
 TriggerForm TriggerDlg::GetForm() const
 {
     TriggerForm form;
-    for (std::uint32_t k = 0; k < NTriggerTypeCount; ++k)
-        if (m_pKind[k]->GetValue())
-            form.kind = k;
+    form.kind = SelectedKind();
     for (int f = 0; f < FieldCount; ++f) {
         form.fields[f].all = m_pAll[f]->GetValue();
         for (unsigned i = 0; i < m_pList[f]->GetCount(); ++i)
@@ -341,7 +347,7 @@ void TriggerDlg::SetForm(const TriggerForm& form)
 
 void TriggerDlg::ShowKindControls()
 {
-    const std::uint32_t kind = GetForm().kind;
+    const std::uint32_t kind = SelectedKind();
     bool anyField = false;
     for (int f = 0; f < FieldCount; ++f) {
         const bool used = KindUsesField(kind, f);

@@ -49,6 +49,7 @@ private:
     void BuildFields(wxBoxSizer* top);
     void BuildValues(wxBoxSizer* top);
     void BuildPeriod(wxBoxSizer* top);
+    std::uint32_t SelectedKind() const;
     void ShowKindControls();
     void UpdatePreview();
     void OnAnyChange();
