@@ -37,6 +37,8 @@ SettingDlg::SettingDlg(wxWindow* parent, const SettingDlgContext& context)
     : wxDialog(parent, wxID_ANY, _("Setting Dialog"), wxDefaultPosition, wxDefaultSize,
                wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER, "SettingDlg")
 {
+    Preference& prefs = Preference::Instance();
+    m_storedPassword = prefs.GetValue("password");
     auto* top = new wxBoxSizer(wxVERTICAL);
     BuildJobGroup(this, top);
     BuildApplicationGroup(this, top);
@@ -46,8 +48,6 @@ SettingDlg::SettingDlg(wxWindow* parent, const SettingDlgContext& context)
     SetSizerAndFit(top);
     CentreOnParent();
 
-    Preference& prefs = Preference::Instance();
-    m_storedPassword = prefs.GetValue("password");
     ShowForm(FormFromSettings(prefs, IsAutostartEnabled()));
     m_pChkUsePassword->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { UpdatePasswordFields(); });
     Bind(wxEVT_BUTTON, &SettingDlg::Onm_pBtnOKClick, this, wxID_OK);
@@ -108,7 +108,7 @@ void SettingDlg::BuildAdvancedGroup(wxWindow* panel, wxSizer* top, const wxStrin
     fields->Add(new wxStaticText(box, wxID_ANY, _("Confirm Password:")), wxSizerFlags().CentreVertical());
     fields->Add(m_pTxtConfirmPassword, wxSizerFlags().Expand());
     // The stored password is a hash: it cannot be shown, only kept or replaced.
-    if (!Preference::Instance().GetValue("password").empty()) {
+    if (!m_storedPassword.empty()) {
         fields->AddSpacer(0);
         fields->Add(new wxStaticText(box, wxID_ANY, _("Leave both fields empty to keep the current password.")));
     }
