@@ -4,14 +4,8 @@
 #include <wx/confbase.h>
 #include <wx/msgdlg.h>
 
+#include "core/i18n/ui_language.h"
 #include "core/prefs/preference.h"
-
-namespace {
-
-// Stored codes, in the order of the choices; they name the catalogue folders.
-const char* const kCodes[] = {"default", "zh_CN", "en", "ja"};
-
-}  // namespace
 
 void ShowLanguageChooser(wxWindow* parent)
 {
@@ -20,8 +14,10 @@ void ShowLanguageChooser(wxWindow* parent)
     wxConfigBase* config = Preference::Instance().Config();
     if (!config)
         return;
+    // Stored codes, in the order of the choices.
+    const char* const kCodes[] = {kUiLanguageDefault, kUiLanguageZhCn, kUiLanguageEn, kUiLanguageJa};
     config->SetPath("/");
-    const wxString current = config->Read("ui_language", "default");
+    const wxString current = config->Read("ui_language", kUiLanguageDefault);
     int selected = 0;
     for (int i = 0; i < 4; ++i)
         if (current == kCodes[i])
