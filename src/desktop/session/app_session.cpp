@@ -26,11 +26,6 @@ AppSession::~AppSession()
         Stop();
 }
 
-Preference& AppSession::Prefs()
-{
-    return Preference::Instance();
-}
-
 void AppSession::Start(EngineHost& host)
 {
     if (m_bStarted)

@@ -18,7 +18,6 @@
 #include "core/scheduler.h"
 
 class WeekdayLog;
-class Preference;
 
 class AppSession {
 public:
@@ -44,7 +43,6 @@ public:
     const wxString& AppDir() const { return m_appDir; }
     Scheduler& GetScheduler() { return *m_pScheduler; }
     SchedulerEngine& GetEngine() { return *m_pEngine; }
-    Preference& Prefs();
     const DataLoadReport& LoadReport() const { return m_loadReport; }
     // False when the final save could not write the data file (already told).
     bool FinalSaveSucceeded() const { return m_bFinalSaveOk; }

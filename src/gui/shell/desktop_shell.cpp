@@ -304,8 +304,3 @@ wxString DesktopShell::TrayNote() const
 {
     return m_trayNote;
 }
-
-wxString DesktopShell::TrayKind() const
-{
-    return m_pTray ? m_pTray->Kind() : wxString();
-}

@@ -45,8 +45,6 @@ public:
 
     // A global hot key was pressed (registration `id`, key code).
     void OnHotKey(int id, int virtualKey);
-    // Which tray the session offers: "StatusNotifierItem", "XEmbed" or "".
-    wxString TrayKind() const;
 
 private:
     // Through the desktop portal on Wayland when it offers global shortcuts,

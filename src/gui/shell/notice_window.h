@@ -23,7 +23,6 @@ public:
 
     std::int32_t GetJid() const { return m_nJid; }
     wxString GetText() const { return m_text; }
-    int GetSlot() const { return m_nSlot; }
 
 private:
     NoticeWindow(std::int32_t jid, const wxString& typeName, Actions actions);

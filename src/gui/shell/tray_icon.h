@@ -24,6 +24,5 @@ public:
     static std::unique_ptr<TrayIcon> Create(const wxIconBundle& icons, Actions actions, wxString* note);
     // Shows or takes away the icon (hideTrayIcon).
     virtual void SetVisible(bool visible) = 0;
-    virtual bool IsVisible() const = 0;
     virtual wxString Kind() const = 0;
 };

@@ -102,16 +102,13 @@ public:
     }
     void SetVisible(bool visible) override
     {
-        m_bVisible = visible;
         app_indicator_set_status(m_pIndicator, visible ? APP_INDICATOR_STATUS_ACTIVE : APP_INDICATOR_STATUS_PASSIVE);
     }
-    bool IsVisible() const override { return m_bVisible; }
     wxString Kind() const override { return "StatusNotifierItem"; }
 
 private:
     std::unique_ptr<wxMenu> m_pMenu;
     AppIndicator* m_pIndicator = nullptr;
-    bool m_bVisible = false;
 };
 
 class XEmbedTray final : public TrayIcon, private wxTaskBarIcon {
@@ -131,7 +128,6 @@ public:
         else
             RemoveIcon();
     }
-    bool IsVisible() const override { return IsIconInstalled(); }
     wxString Kind() const override { return "XEmbed"; }
 
 private:
