@@ -3,14 +3,11 @@
 #include <cerrno>
 #include <cstring>
 #include <ostream>
-#include <sstream>
 
-#include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
-#include "desktop/control/runtime_dir.h"
+#include "desktop/control/control_socket.h"
 
 namespace {
 
@@ -21,16 +18,17 @@ std::string Utf8(const wxString& text)
     return std::string(text.utf8_str());
 }
 
-constexpr const char* kNoInstance = "No running Cadrelle instance.";
 // The instance answers at once unless a modal dialog holds its window.
-constexpr int kAnswerLimitMs = 60000;
+constexpr std::chrono::milliseconds kAnswerLimit{60000};
 
 int Exchange(const ControlRequest& request, ControlAnswer& answer, std::string& problem)
 {
-    const std::string path = ControlSocketPath();
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+    sockaddr_un address;
+    if (!ControlSocketAddress(address)) {
+        // No instance can listen at a path that long.
+        problem = Utf8(_("No running Cadrelle instance."));
+        return kControlExitNoInstance;
+    }
     const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (fd < 0) {
         problem = Utf8(wxString::Format(_("cannot create a socket: %s"), std::strerror(errno)));
@@ -44,25 +42,16 @@ int Exchange(const ControlRequest& request, ControlAnswer& answer, std::string& 
             return kControlExitNoInstance;
         }
         problem = Utf8(wxString::Format(_("cannot reach the running Cadrelle instance at %s: %s"),
-                                        wxString::FromUTF8(path), std::strerror(error)));
+                                        wxString::FromUTF8(address.sun_path), std::strerror(error)));
         return kControlExitFailed;
     }
     const std::string line = FormatRequest(request);
     ::send(fd, line.data(), line.size(), MSG_NOSIGNAL);
     ::shutdown(fd, SHUT_WR);
+    // The answer ends when the instance closes the connection; whatever came
+    // before a time-out is judged as it is.
     std::string text;
-    char buffer[512];
-    for (;;) {
-        pollfd pfd{fd, POLLIN, 0};
-        if (::poll(&pfd, 1, kAnswerLimitMs) <= 0)
-            break;
-        const ssize_t got = ::read(fd, buffer, sizeof buffer);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0)
-            break;
-        text.append(buffer, static_cast<std::size_t>(got));
-    }
+    ReadWithin(fd, text, kAnswerLimit, [](const std::string&) { return false; });
     ::close(fd);
     const std::optional<ControlAnswer> parsed = ParseAnswer(text);
     if (!parsed) {

@@ -13,6 +13,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "desktop/control/control_socket.h"
 #include "desktop/control/runtime_dir.h"
 
 namespace {
@@ -23,21 +24,10 @@ constexpr std::size_t kMaxRequest = 256;
 
 bool ReadLine(int fd, std::string& line)
 {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kReadLimitMs);
-    while (line.find('\n') == std::string::npos && line.size() < kMaxRequest) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-        pollfd pfd{fd, POLLIN, 0};
-        if (left.count() <= 0 || ::poll(&pfd, 1, static_cast<int>(left.count())) <= 0)
-            return false;
-        char buffer[128];
-        const ssize_t got = ::read(fd, buffer, sizeof buffer);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0)
-            break;
-        line.append(buffer, static_cast<std::size_t>(got));
-    }
-    return !line.empty();
+    const bool read = ReadWithin(fd, line, std::chrono::milliseconds(kReadLimitMs), [](const std::string& text) {
+        return text.find('\n') != std::string::npos || text.size() >= kMaxRequest;
+    });
+    return read && !line.empty();
 }
 
 void WriteAll(int fd, const std::string& text)
@@ -86,13 +76,11 @@ bool ControlServer::Start(std::string* error)
     if (!EnsureRuntimeDir(error))
         return false;
     m_path = ControlSocketPath();
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (m_path.size() >= sizeof address.sun_path) {
+    sockaddr_un address;
+    if (!ControlSocketAddress(address)) {
         errno = ENAMETOOLONG;
         return fail("cannot use " + m_path);
     }
-    std::strncpy(address.sun_path, m_path.c_str(), sizeof address.sun_path - 1);
     m_listenFd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (m_listenFd < 0)
         return fail("cannot create the control socket");
