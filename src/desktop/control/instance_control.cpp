@@ -82,11 +82,13 @@ public:
     void SetSilent(bool silent) override { m_engine.SetSilentMode(silent); }
     bool Run(std::int32_t jid) override
     {
-        const auto job = m_scheduler.GetJobById(jid);
-        if (!job)
-            return false;
-        m_engine.PostJobRun(*job, 128);
-        return true;
+        Scheduler::JobPtr job;
+        {
+            const auto lock = m_scheduler.ReadLock();
+            job = m_scheduler.GetJobById(jid);
+        }
+        // At once, enabled or not, as the window's Execute command runs it.
+        return job && m_engine.RunJob(job);
     }
     bool Show() override { return false; }
 
