@@ -359,11 +359,6 @@ void CadrelleFrame::BuildTriggerList(wxWindow* parent)
 void CadrelleFrame::RefreshViews()
 {
     m_bViewsDirty = false;
-    const std::int32_t selected = SelectedJid();
-    std::vector<JobRow> rows = BuildJobRows(m_pSession->GetScheduler());
-    std::vector<std::size_t> order = VisibleJobOrder(rows, m_category, m_strFilter, m_nSortCol, m_nSortDir);
-    m_jobModel->SetRows(std::move(rows), std::move(order));
-    ShowSortIndicator();  // a model reset takes the arrow away
     std::size_t triggers = 0;
     {
         auto lock = m_pSession->GetScheduler().ReadLock();
@@ -373,23 +368,21 @@ void CadrelleFrame::RefreshViews()
         m_nShownTriggers = triggers;
         m_triggerModel->Reset(static_cast<unsigned>(triggers));
     }
-    if (selected >= 0)
-        SelectJob(selected);
     // Only the visible rows are painted again.
-    m_pLcJob->Refresh();
     m_pLcTrigger->Refresh();
+    ApplyOrder(BuildJobRows(m_pSession->GetScheduler()));
     UpdateStatusBar();
 }
 
-void CadrelleFrame::ApplyOrder()
+void CadrelleFrame::ApplyOrder(std::optional<std::vector<JobRow>> rows)
 {
     const std::int32_t selected = SelectedJid();
-    std::vector<JobRow> rows = m_jobModel->AllRows();
-    std::vector<std::size_t> order = VisibleJobOrder(rows, m_category, m_strFilter, m_nSortCol, m_nSortDir);
-    // A new order of the same rows: every visible row changes.
-    const bool sameCount = order.size() == m_jobModel->Order().size();
-    m_jobModel->SetRows(std::move(rows), std::move(order));
+    std::vector<std::size_t> order = VisibleJobOrder(rows ? *rows : m_jobModel->AllRows(), m_category, m_strFilter,
+                                                     m_nSortCol, m_nSortDir);
+    const bool sameCount = rows ? m_jobModel->SetRows(std::move(*rows), std::move(order))
+                                : m_jobModel->SetOrder(std::move(order));
     ShowSortIndicator();  // a model reset takes the arrow away
+    // Same number of rows, other contents: only the visible rows are painted again.
     if (sameCount)
         m_pLcJob->Refresh();
     if (selected >= 0)

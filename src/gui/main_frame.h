@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include <wx/aui/aui.h>
@@ -101,7 +102,9 @@ private:
     void BuildCategoryTree(wxWindow* parent);
     void BuildJobList(wxWindow* parent);
     void BuildTriggerList(wxWindow* parent);
-    void ApplyOrder();
+    // Orders the job list anew and keeps the selection: over `rows` (all
+    // jobs, just read) when given, else over the rows it holds.
+    void ApplyOrder(std::optional<std::vector<JobRow>> rows = std::nullopt);
     void UpdateStatusBar();
     void SaveLayout();
     std::int32_t SelectedJid() const;

@@ -2,14 +2,20 @@
 
 #include "core/scheduler.h"
 
-void JobListModel::SetRows(std::vector<JobRow> rows, std::vector<std::size_t> order)
+bool JobListModel::SetRows(std::vector<JobRow> rows, std::vector<std::size_t> order)
+{
+    m_rows = std::move(rows);
+    return SetOrder(std::move(order));
+}
+
+bool JobListModel::SetOrder(std::vector<std::size_t> order)
 {
     const bool sameCount = order.size() == m_order.size();
-    m_rows = std::move(rows);
     m_order = std::move(order);
     // Same number of rows: the view only repaints what it shows.
     if (!sameCount)
         Reset(static_cast<unsigned>(m_order.size()));
+    return sameCount;
 }
 
 const JobRow* JobListModel::RowAt(unsigned row) const

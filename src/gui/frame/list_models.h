@@ -14,9 +14,12 @@ class Scheduler;
 class JobListModel final : public wxDataViewVirtualListModel {
 public:
     // Takes the rows of all jobs and the visible order (indices into them).
-    void SetRows(std::vector<JobRow> rows, std::vector<std::size_t> order);
+    // True when as many rows are visible as before: the view keeps its items
+    // and only needs a repaint; false after a reset.
+    bool SetRows(std::vector<JobRow> rows, std::vector<std::size_t> order);
+    // A new visible order of the rows held; returns as SetRows.
+    bool SetOrder(std::vector<std::size_t> order);
     const std::vector<JobRow>& AllRows() const { return m_rows; }
-    const std::vector<std::size_t>& Order() const { return m_order; }
     // The job of visible row `row`, or null.
     const JobRow* RowAt(unsigned row) const;
     // The visible row of job `jid`, or -1.
