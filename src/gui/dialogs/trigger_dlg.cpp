@@ -361,7 +361,7 @@ void TriggerDlg::ShowKindControls()
     m_pAmountLabel->SetLabel(kind == NTriggerTypeInterval ? _("Every") : _("Idle for"));
     m_pSpecPanel->Show(kind == NTriggerTypeSpecTime);
     // Only the recurring kinds keep to the period.
-    m_pPeriodBox->GetStaticBox()->Enable(IsCronBuiltKind(kind));
+    m_pPeriodBox->GetStaticBox()->Enable(IsCronDrivenType(kind));
     Layout();
 }
 

@@ -19,10 +19,17 @@ constexpr int kFieldMin[FieldCount] = {0, 0, 0, 1, 0, 1};
 constexpr int kFieldMax[FieldCount] = {59, 59, 23, 31, 6, 12};
 
 // The dialog's own form of a date-time text: "?" where the data file has "*".
+// Special Time's condition has the same form.
 wxString PeriodText(const wxDateTime& dt)
 {
     return wxString::Format("%d %d %d %d %d ? %d", dt.GetSecond(), dt.GetMinute(), dt.GetHour(), dt.GetDay(),
                             static_cast<int>(dt.GetMonth()) + 1, dt.GetYear());
+}
+
+// The unit's position in the three-entry tables; anything unknown is hours.
+int UnitIndex(int unit)
+{
+    return unit == UnitSeconds || unit == UnitMinutes ? unit : UnitHours;
 }
 
 bool PickIsEmpty(const FieldPick& pick)
@@ -68,11 +75,6 @@ int FieldMin(int field)
 int FieldMax(int field)
 {
     return kFieldMax[field];
-}
-
-bool IsCronBuiltKind(std::uint32_t kind)
-{
-    return IsCronDrivenType(kind);
 }
 
 bool KindUsesField(std::uint32_t kind, int field)
@@ -154,14 +156,11 @@ TriggerTexts BuildTriggerTexts(const TriggerForm& form, const wxDateTime& now)
                                          f[FieldMonths], weekdays);
         break;
     }
-    case NTriggerTypeInterval:
-        if (form.unit == UnitSeconds)
-            out.condition = wxString::Format("0/%d * * * * ?", form.amount);
-        else if (form.unit == UnitMinutes)
-            out.condition = wxString::Format("0 0/%d * * * ?", form.amount);
-        else
-            out.condition = wxString::Format("0 0 0/%d * * ?", form.amount);
+    case NTriggerTypeInterval: {
+        const char* const formats[] = {"0/%d * * * * ?", "0 0/%d * * * ?", "0 0 0/%d * * ?"};
+        out.condition = wxString::Format(formats[UnitIndex(form.unit)], form.amount);
         break;
+    }
     case NTriggerTypeCountDown:
     case NTriggerTypeWithStart: {
         if (form.days == 0 && form.hours == 0 && form.minutes == 0 && form.seconds == 0) {
@@ -182,24 +181,16 @@ TriggerTexts BuildTriggerTexts(const TriggerForm& form, const wxDateTime& now)
                                          target.GetYear(), form.days, form.hours, form.minutes, form.seconds);
         break;
     }
-    case NTriggerTypeIdleTimeout:
-        if (form.unit == UnitSeconds)
-            out.condition = wxString::Format("%d - - - - -", form.amount);
-        else if (form.unit == UnitMinutes)
-            out.condition = wxString::Format("- %d - - - -", form.amount);
-        else
-            out.condition = wxString::Format("- - %d - - -", form.amount);
-        break;
-    case NTriggerTypeSpecTime: {
-        const wxDateTime& dt = form.special;
-        out.condition = wxString::Format("%d %d %d %d %d ? %d", dt.GetSecond(), dt.GetMinute(), dt.GetHour(),
-                                         dt.GetDay(), static_cast<int>(dt.GetMonth()) + 1, dt.GetYear());
+    case NTriggerTypeIdleTimeout: {
+        const char* const formats[] = {"%d - - - - -", "- %d - - - -", "- - %d - - -"};
+        out.condition = wxString::Format(formats[UnitIndex(form.unit)], form.amount);
         break;
     }
+    case NTriggerTypeSpecTime: out.condition = PeriodText(form.special); break;
     default: out.message = _("Unknown trigger kind."); return out;
     }
 
-    if (IsCronBuiltKind(form.kind)) {
+    if (IsCronDrivenType(form.kind)) {
         try {
             ParseCronExpr(std::string(out.condition.utf8_str()));
         } catch (const cron::bad_cronexpr& e) {
@@ -245,7 +236,7 @@ bool ReadTriggerTexts(std::uint32_t kind, const wxString& condition, const wxStr
         }
         return true;
     }
-    if (IsCronBuiltKind(kind)) {
+    if (IsCronDrivenType(kind)) {
         CronExpr cex;
         try {
             cex = ParseCronExpr(std::string(condition.utf8_str()));
@@ -355,7 +346,7 @@ TriggerPreview PreviewTrigger(std::uint32_t kind, const TriggerTexts& texts, con
         return preview;
     }
 
-    if (IsCronBuiltKind(kind)) {
+    if (IsCronDrivenType(kind)) {
         // The engine's own search, stepped from now (or from the start of
         // the period) to the end of the period.
         CronExpr cex;

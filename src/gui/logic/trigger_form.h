@@ -52,9 +52,6 @@ int FieldMax(int field);
 // Which pickers a kind uses (Cron: all six; Every Week: seconds to hours and
 // weekdays; the relative kinds and Special Time: none).
 bool KindUsesField(std::uint32_t kind, int field);
-// True for the kinds built from the field pickers and checked by the cron
-// parser (Interval included).
-bool IsCronBuiltKind(std::uint32_t kind);
 
 // Runs of consecutive values as "a-b", the rest single, joined by commas:
 // {0,1,2,3,4,5,7,9,10,11} gives "0-5,7,9-11". Values are sorted first.
