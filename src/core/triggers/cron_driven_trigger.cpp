@@ -17,13 +17,12 @@ wxDateTime MomentOrInvalid(std::int64_t ms)
 void CronDrivenTrigger::Load(const TriggerParam& param)
 {
     LoadCommon(param);
-    const std::int64_t nowSec = FloorSeconds(GetClock().NowMs());
-    const CronMoments moments = m_schedule.Lookup(m_strCondition, ConditionVersion(), nowSec, GetTid());
+    m_bConditionInvalid = !m_schedule.IsConditionValid(m_strCondition, ConditionVersion(), GetTid());
+    const CronMoments moments = m_schedule.MomentsAfter(FloorSeconds(GetClock().NowMs()));
     wxDateTime shown = MomentOrInvalid(moments.next1Ms);
     if (shown.IsValid())
         shown.SetSecond(0).SetMillisecond(0);
     m_dtNextFire = shown;
-    m_bConditionInvalid = !m_schedule.IsConditionValid(m_strCondition, ConditionVersion(), GetTid());
 }
 
 bool CronDrivenTrigger::InActivePeriod(std::int64_t nowMs) const
@@ -57,7 +56,8 @@ bool CronDrivenTrigger::CheckAndAdvance()
     }
     SetStatus(NTriggerStatusWaiting);
 
-    const CronMoments moments = m_schedule.Lookup(m_strCondition, ConditionVersion(), FloorSeconds(now), GetTid());
+    // The condition was parsed (when it had to be) at the top of this check.
+    const CronMoments moments = m_schedule.MomentsAfter(FloorSeconds(now));
     if (moments.next1Ms < 0) {
         m_dtNextFire.SetMs(AtomicMoment::kInvalid);
         return false;

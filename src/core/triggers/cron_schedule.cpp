@@ -74,7 +74,7 @@ void CronSchedule::Compute(std::int64_t nowSec)
     m_validUntil = m_moments.next1Ms >= 0 ? m_moments.next1Ms / 1000 : StartOfNextLocalYear(nowSec);
 }
 
-void CronSchedule::ParseIfNeeded(const wxString& condition, unsigned version, std::int64_t tid)
+bool CronSchedule::IsConditionValid(const wxString& condition, unsigned version, std::int64_t tid)
 {
     const bool changed = !m_bParsed || version != m_nVersion;
     if (changed || !m_bCaching) {
@@ -82,17 +82,11 @@ void CronSchedule::ParseIfNeeded(const wxString& condition, unsigned version, st
         Parse(condition, changed, tid);
         m_nVersion = version;
     }
-}
-
-bool CronSchedule::IsConditionValid(const wxString& condition, unsigned version, std::int64_t tid)
-{
-    ParseIfNeeded(condition, version, tid);
     return m_expr.has_value();
 }
 
-CronMoments CronSchedule::Lookup(const wxString& condition, unsigned version, std::int64_t nowSec, std::int64_t tid)
+CronMoments CronSchedule::MomentsAfter(std::int64_t nowSec)
 {
-    ParseIfNeeded(condition, version, tid);
     if (!m_expr)
         return CronMoments();
     if (!m_bValid || nowSec < m_validFrom || nowSec >= m_validUntil)

@@ -27,14 +27,15 @@ struct CronMoments {
 
 class CronSchedule {
 public:
-    // The moments after `nowSec` for `condition`; `version` tells whether the
-    // condition changed since the last call. A malformed condition is
-    // reported once per version (log, message box and stderr) and has no
-    // moments: the trigger never fires until its condition is corrected.
-    CronMoments Lookup(const wxString& condition, unsigned version, std::int64_t nowSec, std::int64_t tid);
-    // Whether `condition` parses (parsing and reporting it first when
-    // `version` is new).
+    // Whether `condition` parses; `version` tells whether the condition
+    // changed since the last call, and only then is it parsed again. A
+    // malformed condition is reported once per version (log, message box and
+    // stderr).
     bool IsConditionValid(const wxString& condition, unsigned version, std::int64_t tid);
+    // The moments after `nowSec` for the condition IsConditionValid last
+    // took. A malformed one has none: the trigger never fires until its
+    // condition is corrected.
+    CronMoments MomentsAfter(std::int64_t nowSec);
 
     // Always recompute (the straightforward rule): for the equivalence test
     // and the benchmark that compares the two.
@@ -42,7 +43,6 @@ public:
 
 private:
     void Parse(const wxString& condition, bool report, std::int64_t tid);
-    void ParseIfNeeded(const wxString& condition, unsigned version, std::int64_t tid);
     void Compute(std::int64_t nowSec);
 
     bool m_bCaching = true;
