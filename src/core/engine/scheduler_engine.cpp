@@ -85,9 +85,9 @@ void SchedulerEngine::StopCheckerThreads()
 
 void SchedulerEngine::CheckerLoop(std::size_t count, std::size_t index, const std::shared_ptr<CheckerStop>& stop)
 {
+    // Every stop (pause, shutdown) goes through this set's own flag, so the
+    // pass needs no look at the shared lock.
     for (;;) {
-        if (m_scheduler.GetStopCheck() == 1)
-            break;
         m_scheduler.CheckTriggerShare(count, index, *this);
         std::unique_lock<std::mutex> lock(stop->mutex);
         if (stop->wake.wait_for(lock, std::chrono::milliseconds(kCheckPeriodMs), [&stop] { return stop->stop; }))
