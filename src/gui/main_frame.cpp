@@ -123,7 +123,6 @@ CadrelleFrame::CadrelleFrame(const wxString& appDir)
 
     m_pShell = std::make_unique<DesktopShell>(*this);
     RefreshViews();
-    UpdateStatusBar();
 
     Bind(wxEVT_CLOSE_WINDOW, &CadrelleFrame::OnClose, this);
     Bind(wxEVT_ICONIZE, &CadrelleFrame::OnIconize, this);
@@ -364,10 +363,8 @@ void CadrelleFrame::RefreshViews()
         auto lock = m_pSession->GetScheduler().ReadLock();
         triggers = m_pSession->GetScheduler().Triggers().size();
     }
-    if (triggers != m_nShownTriggers) {
-        m_nShownTriggers = triggers;
+    if (triggers != m_triggerModel->GetCount())
         m_triggerModel->Reset(static_cast<unsigned>(triggers));
-    }
     // Only the visible rows are painted again.
     m_pLcTrigger->Refresh();
     ApplyOrder(BuildJobRows(m_pSession->GetScheduler()));

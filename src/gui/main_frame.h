@@ -151,7 +151,6 @@ private:
     wxTimer m_timerHousekeeping;
     wxTimer m_timerLogging;
     std::atomic<bool> m_bViewsDirty{false};
-    std::size_t m_nShownTriggers = 0;
     wxLongLong m_lastHousekeeping = 0;
     bool m_bPendingPause = false;
     bool m_bForceClose = false;
