@@ -203,20 +203,30 @@ void DesktopShell::OnHotKey(int id, int virtualKey)
 
 void DesktopShell::CreateTray()
 {
-    TrayIcon::Actions actions;
-    actions.show = [this] { m_frame.CallAfter([frame = &m_frame] { frame->RestoreMainFrame(); }); };
-    actions.about = [this] {
-        m_frame.CallAfter([frame = &m_frame] {
-            wxCommandEvent event(wxEVT_MENU, wxID_ABOUT);
-            frame->OnAbout(event);
-        });
-    };
-    actions.exit = [this] { m_frame.CallAfter([frame = &m_frame] { frame->TrayExit(); }); };
-    m_pTray = TrayIcon::Create(m_frame.GetIcons(), std::move(actions), &m_trayNote);
-    if (m_pTray)
+    // Start-up does not wait for the session bus: until the answer comes the
+    // window behaves as in a session without a tray.
+    TrayIcon::FindHost([this, alive = m_pAlive](TrayIcon::Host host) {
+        if (!*alive)
+            return;
+        TrayIcon::Actions actions;
+        actions.show = [this] { m_frame.CallAfter([frame = &m_frame] { frame->RestoreMainFrame(); }); };
+        actions.about = [this] {
+            m_frame.CallAfter([frame = &m_frame] {
+                wxCommandEvent event(wxEVT_MENU, wxID_ABOUT);
+                frame->OnAbout(event);
+            });
+        };
+        actions.exit = [this] { m_frame.CallAfter([frame = &m_frame] { frame->TrayExit(); }); };
+        m_pTray = TrayIcon::Create(host, m_frame.GetIcons(), std::move(actions), &m_trayNote);
+        if (!m_pTray) {
+            wxLogMessage("%d ### %s", LogMs(), m_trayNote);
+            return;
+        }
         wxLogMessage("%d ### Tray icon: %s", LogMs(), m_pTray->Kind());
-    else
-        wxLogMessage("%d ### %s", LogMs(), m_trayNote);
+        // Minimised before the answer came: the hideTrayIcon rule applies now.
+        if (m_frame.IsIconized())
+            OnIconize(true);
+    });
 }
 
 void DesktopShell::StartControl()

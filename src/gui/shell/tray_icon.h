@@ -19,9 +19,13 @@ public:
         std::function<void()> about;
         std::function<void()> exit;
     };
+    enum class Host { StatusNotifier, XEmbed, Absent };
     virtual ~TrayIcon() = default;
-    // Null with the reason in `note` when the session has no tray host.
-    static std::unique_ptr<TrayIcon> Create(const wxIconBundle& icons, Actions actions, wxString* note);
+    // Which tray host the session offers. The session bus is asked without
+    // blocking the event loop; `answer` runs later on the main thread.
+    static void FindHost(std::function<void(Host)> answer);
+    // Null with the reason in `note` when there is no host.
+    static std::unique_ptr<TrayIcon> Create(Host host, const wxIconBundle& icons, Actions actions, wxString* note);
     // Shows or takes away the icon (hideTrayIcon).
     virtual void SetVisible(bool visible) = 0;
     virtual wxString Kind() const = 0;

@@ -34,27 +34,7 @@ void BindMenu(wxEvtHandler& handler, const TrayIcon::Actions& actions)
     handler.Bind(wxEVT_MENU, [exit = actions.exit](wxCommandEvent&) { exit(); }, ID_TRAY_EXIT);
 }
 
-bool StatusNotifierHostRunning()
-{
-    GError* error = nullptr;
-    GDBusConnection* bus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, &error);
-    if (!bus) {
-        g_clear_error(&error);
-        return false;
-    }
-    GVariant* reply = g_dbus_connection_call_sync(
-        bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner",
-        g_variant_new("(s)", "org.kde.StatusNotifierWatcher"), G_VARIANT_TYPE("(b)"), G_DBUS_CALL_FLAGS_NONE, 2000,
-        nullptr, &error);
-    gboolean owned = FALSE;
-    if (reply) {
-        g_variant_get(reply, "(b)", &owned);
-        g_variant_unref(reply);
-    }
-    g_clear_error(&error);
-    g_object_unref(bus);
-    return owned;
-}
+using HostAnswer = std::function<void(TrayIcon::Host)>;
 
 bool XEmbedTrayRunning()
 {
@@ -64,6 +44,39 @@ bool XEmbedTrayRunning()
     Display* x = gdk_x11_display_get_xdisplay(display);
     const std::string name = "_NET_SYSTEM_TRAY_S" + std::to_string(DefaultScreen(x));
     return XGetSelectionOwner(x, XInternAtom(x, name.c_str(), False)) != None;
+}
+
+// The X tray is asked only when no StatusNotifierItem host answered.
+void Answer(std::unique_ptr<HostAnswer> answer, bool statusNotifierHost)
+{
+    (*answer)(statusNotifierHost ? TrayIcon::Host::StatusNotifier
+              : XEmbedTrayRunning() ? TrayIcon::Host::XEmbed
+                                    : TrayIcon::Host::Absent);
+}
+
+void OnNameHasOwner(GObject* source, GAsyncResult* result, gpointer data)
+{
+    std::unique_ptr<HostAnswer> answer(static_cast<HostAnswer*>(data));
+    GVariant* reply = g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, nullptr);
+    gboolean owned = FALSE;
+    if (reply) {
+        g_variant_get(reply, "(b)", &owned);
+        g_variant_unref(reply);
+    }
+    Answer(std::move(answer), owned);
+}
+
+void OnSessionBus(GObject*, GAsyncResult* result, gpointer data)
+{
+    std::unique_ptr<HostAnswer> answer(static_cast<HostAnswer*>(data));
+    GDBusConnection* bus = g_bus_get_finish(result, nullptr);
+    if (!bus)
+        return Answer(std::move(answer), false);
+    g_dbus_connection_call(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                           "NameHasOwner", g_variant_new("(s)", "org.kde.StatusNotifierWatcher"),
+                           G_VARIANT_TYPE("(b)"), G_DBUS_CALL_FLAGS_NONE, 2000, nullptr, OnNameHasOwner,
+                           answer.release());
+    g_object_unref(bus);  // the call keeps its own reference
 }
 
 wxIcon TrayPicture(const wxIconBundle& icons, int size)
@@ -139,11 +152,16 @@ private:
 
 }  // namespace
 
-std::unique_ptr<TrayIcon> TrayIcon::Create(const wxIconBundle& icons, Actions actions, wxString* note)
+void TrayIcon::FindHost(std::function<void(Host)> answer)
 {
-    if (StatusNotifierHostRunning())
+    g_bus_get(G_BUS_TYPE_SESSION, nullptr, OnSessionBus, new HostAnswer(std::move(answer)));
+}
+
+std::unique_ptr<TrayIcon> TrayIcon::Create(Host host, const wxIconBundle& icons, Actions actions, wxString* note)
+{
+    if (host == Host::StatusNotifier)
         return std::make_unique<IndicatorTray>(icons, std::move(actions));
-    if (XEmbedTrayRunning())
+    if (host == Host::XEmbed)
         return std::make_unique<XEmbedTray>(icons, std::move(actions));
     if (note)
         *note = _("This desktop shows no tray icons (no StatusNotifierItem host and no system tray), so the window is "
