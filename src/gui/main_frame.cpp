@@ -64,6 +64,27 @@ private:
 
 ModalCounter g_modals;
 
+// A job or trigger list over `model`, its columns as wide as last saved.
+wxDataViewCtrl* NewList(wxWindow* parent, const char* name, wxDataViewModel* model,
+                        const std::vector<ListColumn>& columns)
+{
+    auto* list = new wxDataViewCtrl(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize,
+                                    wxDV_SINGLE | wxDV_ROW_LINES | wxDV_HORIZ_RULES | wxDV_VERT_RULES);
+    list->SetName(name);
+    list->AssociateModel(model);
+    for (std::size_t i = 0; i < columns.size(); ++i)
+        list->AppendTextColumn(wxGetTranslation(columns[i].header), static_cast<unsigned>(i), wxDATAVIEW_CELL_INERT,
+                               static_cast<int>(frame::PrefNumber(columns[i].widthKey, columns[i].defaultWidth)),
+                               wxALIGN_LEFT, wxDATAVIEW_COL_RESIZABLE);
+    return list;
+}
+
+void SaveColumnWidths(const wxDataViewCtrl& list, const std::vector<ListColumn>& columns)
+{
+    for (unsigned i = 0; i < list.GetColumnCount() && i < columns.size(); ++i)
+        Preference::Instance().SetValue(columns[i].widthKey, wxString::Format("%d", list.GetColumn(i)->GetWidth()));
+}
+
 class CategoryData final : public wxClientData {
 public:
     explicit CategoryData(const wxString& key) : m_key(key) {}
@@ -312,17 +333,8 @@ void CadrelleFrame::BuildJobList(wxWindow* parent)
     m_pFilter->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { SetFilterText(m_pFilter->GetValue()); });
     m_pFilter->Bind(wxEVT_SEARCH_CANCEL, [this](wxCommandEvent&) { m_pFilter->Clear(); });
 
-    m_pLcJob = new wxDataViewCtrl(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize,
-                                  wxDV_SINGLE | wxDV_ROW_LINES | wxDV_HORIZ_RULES | wxDV_VERT_RULES);
-    m_pLcJob->SetName("ID_LISTCTRL_JOBS");
     m_jobModel = new JobListModel;
-    m_pLcJob->AssociateModel(m_jobModel.get());
-    const auto& columns = JobColumns();
-    for (std::size_t i = 0; i < columns.size(); ++i)
-        m_pLcJob->AppendTextColumn(wxGetTranslation(columns[i].header), static_cast<unsigned>(i),
-                                   wxDATAVIEW_CELL_INERT,
-                                   static_cast<int>(PrefNumber(columns[i].widthKey, columns[i].defaultWidth)),
-                                   wxALIGN_LEFT, wxDATAVIEW_COL_RESIZABLE);
+    m_pLcJob = NewList(parent, "ID_LISTCTRL_JOBS", m_jobModel.get(), JobColumns());
     m_pLcJob->Bind(wxEVT_DATAVIEW_ITEM_ACTIVATED, &CadrelleFrame::Onm_pLcJobItemActivated, this);
     m_pLcJob->Bind(wxEVT_DATAVIEW_ITEM_CONTEXT_MENU, &CadrelleFrame::Onm_pLcJobItemRClick, this);
     m_pLcJob->Bind(wxEVT_DATAVIEW_COLUMN_HEADER_CLICK, &CadrelleFrame::Onm_pLcJobColumnClick, this);
@@ -336,17 +348,8 @@ void CadrelleFrame::BuildJobList(wxWindow* parent)
 
 void CadrelleFrame::BuildTriggerList(wxWindow* parent)
 {
-    m_pLcTrigger = new wxDataViewCtrl(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize,
-                                      wxDV_SINGLE | wxDV_ROW_LINES | wxDV_HORIZ_RULES | wxDV_VERT_RULES);
-    m_pLcTrigger->SetName("ID_LISTCTRL_TRIGGERS");
     m_triggerModel = new TriggerListModel(m_pSession->GetScheduler());
-    m_pLcTrigger->AssociateModel(m_triggerModel.get());
-    const auto& columns = TriggerColumns();
-    for (std::size_t i = 0; i < columns.size(); ++i)
-        m_pLcTrigger->AppendTextColumn(wxGetTranslation(columns[i].header), static_cast<unsigned>(i),
-                                       wxDATAVIEW_CELL_INERT,
-                                       static_cast<int>(PrefNumber(columns[i].widthKey, columns[i].defaultWidth)),
-                                       wxALIGN_LEFT, wxDATAVIEW_COL_RESIZABLE);
+    m_pLcTrigger = NewList(parent, "ID_LISTCTRL_TRIGGERS", m_triggerModel.get(), TriggerColumns());
     m_pLcTrigger->Bind(wxEVT_DATAVIEW_ITEM_ACTIVATED, &CadrelleFrame::Onm_pLcTriggerItemActivated, this);
     auto* sizer = new wxBoxSizer(wxVERTICAL);
     sizer->Add(m_pLcTrigger, 1, wxEXPAND);
@@ -502,12 +505,8 @@ void CadrelleFrame::SaveLayout()
         prefs.SetValue("mainFrmW", wxString::Format("%d", r.width));
         prefs.SetValue("mainFrmH", wxString::Format("%d", r.height));
     }
-    const auto& jobColumns = JobColumns();
-    for (unsigned i = 0; i < m_pLcJob->GetColumnCount() && i < jobColumns.size(); ++i)
-        prefs.SetValue(jobColumns[i].widthKey, wxString::Format("%d", m_pLcJob->GetColumn(i)->GetWidth()));
-    const auto& triggerColumns = TriggerColumns();
-    for (unsigned i = 0; i < m_pLcTrigger->GetColumnCount() && i < triggerColumns.size(); ++i)
-        prefs.SetValue(triggerColumns[i].widthKey, wxString::Format("%d", m_pLcTrigger->GetColumn(i)->GetWidth()));
+    SaveColumnWidths(*m_pLcJob, JobColumns());
+    SaveColumnWidths(*m_pLcTrigger, TriggerColumns());
 }
 
 // --- window life ------------------------------------------------------------
