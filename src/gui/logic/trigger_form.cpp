@@ -163,7 +163,12 @@ TriggerTexts BuildTriggerTexts(const TriggerForm& form, const wxDateTime& now)
     }
     case NTriggerTypeCountDown:
     case NTriggerTypeWithStart: {
-        if (form.days == 0 && form.hours == 0 && form.minutes == 0 && form.seconds == 0) {
+        TriggerDuration duration;
+        duration.days = form.days;
+        duration.hours = form.hours;
+        duration.minutes = form.minutes;
+        duration.seconds = form.seconds;
+        if (duration.IsZero()) {
             out.message = _("Don't set Days/Hours/Minutes/Seconds value to ZERO in the same time.");
             return out;
         }
@@ -172,10 +177,8 @@ TriggerTexts BuildTriggerTexts(const TriggerForm& form, const wxDateTime& now)
                 wxString::Format("%d %d %d %d - -", form.days, form.hours, form.minutes, form.seconds);
             break;
         }
-        wxDateTime target = now;
-        target.Add(wxDateSpan::Days(form.days));
-        target.Add(wxTimeSpan::Milliseconds(
-            (((static_cast<wxLongLong_t>(form.hours) * 60 + form.minutes) * 60) + form.seconds) * 1000));
+        // The engine's own rule: the days as a calendar span, the rest in milliseconds.
+        const wxDateTime target = duration.AddTo(now);
         out.condition = wxString::Format("%d %d %d %d %d %d %d %d %d %d", target.GetSecond(), target.GetMinute(),
                                          target.GetHour(), target.GetDay(), static_cast<int>(target.GetMonth()) + 1,
                                          target.GetYear(), form.days, form.hours, form.minutes, form.seconds);
