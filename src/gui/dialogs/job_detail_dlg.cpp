@@ -37,7 +37,7 @@ wxStaticText* Label(wxWindow* parent, const wxString& text)
 JobDetailDlg::JobDetailDlg(wxWindow* parent, Scheduler& scheduler, JobDlgMode mode, const JobParam& job,
                            const std::vector<TriggerParam>& triggers, const std::function<void(std::int32_t)>& runNow)
     : wxDialog(parent, wxID_ANY, _("Job"), wxDefaultPosition, wxDefaultSize, wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER),
-      m_scheduler(scheduler), m_mode(mode), m_job(job), m_nOriginalType(job.type), m_triggers(triggers),
+      m_scheduler(scheduler), m_mode(mode), m_job(job), m_triggers(triggers),
       m_runNow(runNow)
 {
     SetName("JobDetailDlg");

@@ -46,8 +46,6 @@ public:
     // returns true, else shows why and returns false (the dialog stays).
     bool Apply();
     std::int32_t GetJid() const { return m_job.id; }
-    // The trigger records the dialog holds now.
-    const std::vector<TriggerParam>& Triggers() const { return m_triggers; }
     // A TID used by no trigger of the scheduler nor of this dialog.
     std::int64_t UnusedTid() const;
     // Adds a trigger record as the Add button does after its dialog.
@@ -65,7 +63,6 @@ private:
     Scheduler& m_scheduler;
     JobDlgMode m_mode;
     JobParam m_job;
-    std::uint32_t m_nOriginalType;
     std::vector<TriggerParam> m_triggers;
     std::set<std::int64_t> m_editedTids;  // existing triggers changed here
     std::set<std::int64_t> m_deletedTids; // existing triggers removed here
