@@ -21,6 +21,7 @@
 #include "gui/frame/list_models.h"
 
 class AppSession;
+enum class JobDlgMode;
 class DesktopShell;
 class Scheduler;
 class wxAuiToolBar;
@@ -112,7 +113,11 @@ private:
     std::int32_t RequireSelectedJid();
     // The job with this JID, held while the caller uses it; null when none.
     std::shared_ptr<Job> LookUpJob(std::int32_t jid) const;
-    void RunNow(std::int32_t jid);
+    // The job dialog in `mode` on job `jid` (-1 for a new job); what it
+    // saved is shown and selected. `what` names the change in the log.
+    void OpenJobDialog(JobDlgMode mode, std::int32_t jid, const char* what);
+    // The trigger dialog on trigger `tid`; none when it is negative.
+    void OpenTriggerDialog(std::int64_t tid);
 
     void OnClose(wxCloseEvent& event);
     void OnIconize(wxIconizeEvent& event);

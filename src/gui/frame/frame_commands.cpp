@@ -20,50 +20,37 @@ using namespace frame;
 
 // --- commands ---------------------------------------------------------------
 
-void CadrelleFrame::RunNow(std::int32_t jid)
+void CadrelleFrame::OpenJobDialog(JobDlgMode mode, std::int32_t jid, const char* what)
 {
-    ExecuteJobById(jid);
+    std::int32_t result = jid;
+    if (!ShowJobDetailDlg(this, m_pSession->GetScheduler(), mode, jid, &result,
+                          [this](std::int32_t id) { ExecuteJobById(id); }))
+        return;
+    wxLogMessage("%d ### %s => [JID_%d]", LogMs(), what, result);
+    RefreshViews();
+    SelectJob(result);
 }
 
 void CadrelleFrame::Onm_pTbiNewJobClick(wxCommandEvent&)
 {
     wxLogMessage("%d *** CadrelleFrame::Onm_pTbiNewJobClick", LogMs());
-    std::int32_t jid = -1;
-    if (!ShowJobDetailDlg(this, m_pSession->GetScheduler(), JobDlgMode::NewJob, -1, &jid,
-                          [this](std::int32_t id) { RunNow(id); }))
-        return;
-    wxLogMessage("%d ### Add New Job => [JID_%d]", LogMs(), jid);
-    RefreshViews();
-    SelectJob(jid);
+    OpenJobDialog(JobDlgMode::NewJob, -1, "Add New Job");
 }
 
 void CadrelleFrame::Onm_pTbiEditJobClick(wxCommandEvent&)
 {
     wxLogMessage("%d *** CadrelleFrame::Onm_pTbiEditJobClick", LogMs());
     const std::int32_t jid = RequireSelectedJid();
-    if (jid < 0)
-        return;
-    std::int32_t result = jid;
-    if (!ShowJobDetailDlg(this, m_pSession->GetScheduler(), JobDlgMode::EditJob, jid, &result,
-                          [this](std::int32_t id) { RunNow(id); }))
-        return;
-    wxLogMessage("%d ### Edit Job => [JID_%d]", LogMs(), result);
-    RefreshViews();
+    if (jid >= 0)
+        OpenJobDialog(JobDlgMode::EditJob, jid, "Edit Job");
 }
 
 void CadrelleFrame::OnPpmCopyJobClick(wxCommandEvent&)
 {
     wxLogMessage("%d *** CadrelleFrame::OnPpmCopyJobClick", LogMs());
     const std::int32_t jid = RequireSelectedJid();
-    if (jid < 0)
-        return;
-    std::int32_t copy = -1;
-    if (!ShowJobDetailDlg(this, m_pSession->GetScheduler(), JobDlgMode::CopyJob, jid, &copy,
-                          [this](std::int32_t id) { RunNow(id); }))
-        return;
-    wxLogMessage("%d ### Copy Job => [JID_%d]", LogMs(), copy);
-    RefreshViews();
-    SelectJob(copy);
+    if (jid >= 0)
+        OpenJobDialog(JobDlgMode::CopyJob, jid, "Copy Job");
 }
 
 void CadrelleFrame::ToggleJobEnable(std::int32_t jid)
@@ -158,19 +145,17 @@ void CadrelleFrame::OpenTriggerDialogForJob(std::int32_t jid)
         if (job && !job->GetTriggerIds().empty())
             tid = job->GetTriggerIds().front();
     }
-    if (tid < 0)
-        return;
-    if (!ShowTriggerDlgForTrigger(this, m_pSession->GetScheduler(), tid)) {
-        Tell(this, _("Nothing to be changed!"));
-        return;
-    }
-    RefreshViews();
+    OpenTriggerDialog(tid);
 }
 
 void CadrelleFrame::Onm_pLcTriggerItemActivated(wxDataViewEvent& event)
 {
     wxLogMessage("%d *** CadrelleFrame::Onm_pLcTriggerItemActivated", LogMs());
-    const std::int64_t tid = m_triggerModel->TidAt(m_triggerModel->GetRow(event.GetItem()));
+    OpenTriggerDialog(m_triggerModel->TidAt(m_triggerModel->GetRow(event.GetItem())));
+}
+
+void CadrelleFrame::OpenTriggerDialog(std::int64_t tid)
+{
     if (tid < 0)
         return;
     if (!ShowTriggerDlgForTrigger(this, m_pSession->GetScheduler(), tid)) {
