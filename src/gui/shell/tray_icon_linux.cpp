@@ -1,8 +1,9 @@
 #include "gui/shell/tray_icon.h"
 
-#include <wx/filename.h>
+#include <wx/image.h>
 #include <wx/log.h>
 #include <wx/menu.h>
+#include <wx/mstream.h>
 #include <wx/taskbar.h>
 
 #include <gdk/gdkx.h>
@@ -11,6 +12,7 @@
 #include <libayatana-appindicator/app-indicator.h>
 #include <X11/Xlib.h>
 
+#include "core/data/atomic_file.h"
 #include "desktop/control/runtime_dir.h"
 
 namespace {
@@ -93,14 +95,21 @@ public:
     {
         BindMenu(*m_pMenu, actions);
         // The item names its icon in a folder of ours: the host reads the
-        // file itself.
+        // file itself, perhaps while we replace it, so it is never written
+        // in place.
         const wxString folder = wxString::FromUTF8(RuntimeDirPath()) + "/icons";
-        wxFileName::Mkdir(folder, 0700, wxPATH_MKDIR_FULL);
         const wxIcon icon = TrayPicture(icons, 48);
         if (icon.IsOk()) {
             wxBitmap bitmap;
             bitmap.CopyFromIcon(icon);
-            bitmap.SaveFile(folder + "/cadrelle-tray.png", wxBITMAP_TYPE_PNG);
+            wxMemoryOutputStream png;
+            if (bitmap.ConvertToImage().SaveFile(png, wxBITMAP_TYPE_PNG)) {
+                const wxStreamBuffer* buffer = png.GetOutputStreamBuffer();
+                WriteFileAtomically(folder + "/cadrelle-tray.png",
+                                    std::string(static_cast<const char*>(buffer->GetBufferStart()),
+                                                buffer->GetIntPosition()),
+                                    nullptr);
+            }
         }
         m_pIndicator = app_indicator_new_with_path("cadrelle", "cadrelle-tray",
                                                    APP_INDICATOR_CATEGORY_APPLICATION_STATUS, folder.utf8_str());
