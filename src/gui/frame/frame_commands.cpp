@@ -227,12 +227,8 @@ void CadrelleFrame::SetPauseMode(bool paused)
 
 void CadrelleFrame::SwitchSilentMode()
 {
-    wxLogMessage("%d *** CadrelleFrame::Onm_pTbiBlockClick", LogMs());
-    SchedulerEngine& engine = m_pSession->GetEngine();
-    const bool silent = !engine.IsSilentMode();
-    engine.SetSilentMode(silent);
-    m_pToolBar->ToggleTool(ID_TBI_BLOCK, silent);
-    m_pToolBar->Refresh();
+    const bool silent = !m_pSession->GetEngine().IsSilentMode();
+    SetSilentMode(silent);
     if (silent) {
         wxString text = _("Silent Mode: ON") + "\n\n" +
                         _("In Slient Mode, the following job type will not be executed:\n");
@@ -243,7 +239,6 @@ void CadrelleFrame::SwitchSilentMode()
     } else {
         Tell(this, _("Silent Mode: OFF"));
     }
-    UpdateStatusBar();
 }
 
 void CadrelleFrame::SetSilentMode(bool silent)
