@@ -423,15 +423,3 @@ wxDateTime Scheduler::GetDataChangedTime() const
     wxCriticalSectionLocker lock(Lock());
     return m_dtDataChanged;
 }
-
-int Scheduler::GetStopCheck() const
-{
-    wxCriticalSectionLocker lock(Lock());
-    return m_nStopCheck;
-}
-
-void Scheduler::SetStopCheck(int value)
-{
-    wxCriticalSectionLocker lock(Lock());
-    m_nStopCheck = value;
-}

@@ -149,8 +149,6 @@ public:
     // Marks a change made by a firing: remembers when the flag went up.
     void MarkChangedByFiring(const wxDateTime& now);
     wxDateTime GetDataChangedTime() const;
-    int GetStopCheck() const;
-    void SetStopCheck(int value);
 
 private:
     void ApplyJobStateToTriggers(Job& job, bool runCheck);
@@ -183,5 +181,4 @@ private:
     std::atomic<std::uint64_t> m_nSavedChanges{0};
     wxString m_strLastSaveError;
     wxDateTime m_dtDataChanged;
-    int m_nStopCheck = 0;
 };

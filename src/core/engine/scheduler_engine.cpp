@@ -29,7 +29,6 @@ void SchedulerEngine::StartChecking()
     if (m_bStarted || m_bShutDown)
         return;
     wxLogMessage("%d *** CadrelleFrame::Onm_timerTrigger", LogMs());
-    m_scheduler.SetStopCheck(0);
     m_scheduler.PrepareWithStartTriggers();
     wxLogMessage("%d *** Starting CheckTriggerFireThreadEx by thread index >>>>>>", LogMs());
     StartCheckerThreads();
@@ -100,12 +99,12 @@ bool SchedulerEngine::TogglePause()
 {
     if (!m_bStarted || m_bShutDown)
         return IsPaused();
-    if (m_scheduler.GetStopCheck() != 0) {
-        m_scheduler.SetStopCheck(0);
+    if (m_bPaused) {
+        m_bPaused = false;
         StartCheckerThreads();
         return false;
     }
-    m_scheduler.SetStopCheck(1);
+    m_bPaused = true;
     StopCheckerThreads();
     return true;
 }
@@ -123,7 +122,7 @@ std::size_t SchedulerEngine::ResetWithStartTriggers()
 
 bool SchedulerEngine::IsPaused() const
 {
-    return m_bStarted && !m_bShutDown && m_scheduler.GetStopCheck() != 0;
+    return m_bStarted && !m_bShutDown && m_bPaused;
 }
 
 void SchedulerEngine::Shutdown(int jobWaitMs)
@@ -131,7 +130,6 @@ void SchedulerEngine::Shutdown(int jobWaitMs)
     if (m_bShutDown)
         return;
     m_bShutDown = true;
-    m_scheduler.SetStopCheck(1);
     StopCheckerThreads();
     m_mailbox->Close();
     if (m_mailbox->WaitForJobThreads(jobWaitMs))

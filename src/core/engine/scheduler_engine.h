@@ -109,4 +109,5 @@ private:
     std::atomic<std::size_t> m_nCheckTriggerCnt{0};
     bool m_bStarted = false;
     bool m_bShutDown = false;
+    bool m_bPaused = false;
 };
