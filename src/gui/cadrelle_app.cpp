@@ -57,8 +57,8 @@ bool CadrelleApp::OnInit()
     if (Preference::Instance().GetValue("minimizeOnAppStart") == "1") {
         frame->Iconize(true);
     } else if (Preference::Instance().GetValue("usePassword") == "1") {
-        auto* ask = new wxThreadEvent(wxEVT_THREAD, 6006);
-        wxQueueEvent(frame, ask);
+        // Once the loop runs: the window hides until the password is given.
+        frame->CallAfter([frame] { frame->RestoreMainFrame(); });
     }
     return true;
 }

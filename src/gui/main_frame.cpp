@@ -37,8 +37,6 @@
 
 namespace {
 
-// The deferred password prompt at start.
-constexpr int kEventPopupAuthDlg = 6006;
 // The trigger timer's period; only its first tick does anything.
 constexpr int kTriggerTimerMs = 2000;
 // The delayed save, the status bar and the lists' repaint while jobs fire.
@@ -148,7 +146,6 @@ CadrelleFrame::CadrelleFrame(const wxString& appDir)
     Bind(wxEVT_CLOSE_WINDOW, &CadrelleFrame::OnClose, this);
     Bind(wxEVT_ICONIZE, &CadrelleFrame::OnIconize, this);
     Bind(wxEVT_CHAR_HOOK, &CadrelleFrame::OnCharHook, this);
-    Bind(wxEVT_THREAD, &CadrelleFrame::OnPopupAuthDlg, this, kEventPopupAuthDlg);
     Bind(wxEVT_TIMER, &CadrelleFrame::Onm_timerTrigger, this, ID_TIMER_TRIGGER);
     Bind(wxEVT_TIMER, &CadrelleFrame::OnHousekeeping, this, ID_TIMER_HOUSEKEEPING);
     Bind(wxEVT_TIMER, &CadrelleFrame::Onm_timerLogging, this, ID_TIMER_LOGGING);
@@ -517,7 +514,6 @@ void CadrelleFrame::RestoreMainFrame()
     if (PrefIsOn("usePassword")) {
         Hide();
         if (!AskUnlockPassword(this)) {
-            m_bUnlocked = false;
             CloseForGood();
             return;
         }
@@ -526,20 +522,6 @@ void CadrelleFrame::RestoreMainFrame()
     Iconize(false);
     Raise();
     SetIcons(AppIcons(m_pSession->AppDir()));
-}
-
-void CadrelleFrame::OnPopupAuthDlg(wxThreadEvent&)
-{
-    wxLogMessage("%d *** CadrelleFrame::OnPopupAuthDlg", LogMs());
-    Hide();
-    if (!AskUnlockPassword(this)) {
-        m_bUnlocked = false;
-        CloseForGood();
-        return;
-    }
-    Iconize(false);
-    Show();
-    wxTheApp->SetTopWindow(this);
 }
 
 void CadrelleFrame::TrayExit()

@@ -27,7 +27,6 @@ class Scheduler;
 class wxAuiToolBar;
 class wxDataViewTreeCtrl;
 class wxSearchCtrl;
-class wxThreadEvent;
 
 class CadrelleFrame : public wxFrame, public EngineHost {
 public:
@@ -121,7 +120,6 @@ private:
 
     void OnClose(wxCloseEvent& event);
     void OnIconize(wxIconizeEvent& event);
-    void OnPopupAuthDlg(wxThreadEvent& event);
     void Onm_timerTrigger(wxTimerEvent& event);
     void OnHousekeeping(wxTimerEvent& event);
     void Onm_timerLogging(wxTimerEvent& event);
@@ -159,6 +157,5 @@ private:
     wxLongLong m_lastHousekeeping = 0;
     bool m_bPendingPause = false;
     bool m_bForceClose = false;
-    bool m_bUnlocked = true;
     bool m_bToldWhyNotHidden = false;
 };
