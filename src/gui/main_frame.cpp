@@ -521,7 +521,6 @@ void CadrelleFrame::RestoreMainFrame()
     Show();
     Iconize(false);
     Raise();
-    SetIcons(AppIcons(m_pSession->AppDir()));
 }
 
 void CadrelleFrame::TrayExit()
