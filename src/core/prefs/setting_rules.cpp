@@ -11,17 +11,6 @@ const char kHotKeyCharacters[] = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ";
 
 namespace {
 
-const std::array<std::pair<const char*, const char*>, kHotKeyCount> kHotKeyKeys = {{
-    {"hotkeyRestoreMainFrm2", "hotkeyRestoreMainFrm3"},
-    {"hotkeyPauseMode2", "hotkeyPauseMode3"},
-    {"hotkeyCust12", "hotkeyCust13"},
-    {"hotkeyCust22", "hotkeyCust23"},
-    {"hotkeyCust32", "hotkeyCust33"},
-}};
-const std::array<int, kHotKeyCount> kDefaultKeys = {'0', '9', '8', '7', '6'};
-const std::array<const char*, kCustomHotKeyCount> kJidKeys = {"hotkeyAssociatedJID1", "hotkeyAssociatedJID2",
-                                                               "hotkeyAssociatedJID3"};
-
 bool IsHotKeyCharacter(long code)
 {
     return code > 0 && code < 128 && std::strchr(kHotKeyCharacters, static_cast<int>(code)) != nullptr;
@@ -42,7 +31,8 @@ wxString Flag(bool on)
 
 std::pair<const char*, const char*> HotKeyPreferenceKeys(int index)
 {
-    return kHotKeyKeys.at(index);
+    const HotKeySpec& spec = HotKeySpecs().at(static_cast<std::size_t>(index));
+    return {spec.modifierKey, spec.keyKey};
 }
 
 SettingForm FormFromSettings(const SettingsLookup& prefs, bool autostart)
@@ -59,13 +49,14 @@ SettingForm FormFromSettings(const SettingsLookup& prefs, bool autostart)
     form.minimizeOnAppStart = on("minimizeOnAppStart");
     form.hideTrayIcon = on("hideTrayIcon");
     for (int i = 0; i < kHotKeyCount; ++i) {
-        const long mods = ToLong(prefs.GetSetting(kHotKeyKeys[i].first), kHotKeyShift);
+        const HotKeySpec& spec = HotKeySpecs()[static_cast<std::size_t>(i)];
+        const long mods = ToLong(prefs.GetSetting(spec.modifierKey), kHotKeyShift);
         form.hotKeys[i].modifiers = (mods & kHotKeyAlt) && !(mods & kHotKeyShift) ? kHotKeyAlt : kHotKeyShift;
-        const long key = ToLong(prefs.GetSetting(kHotKeyKeys[i].second), 0);
-        form.hotKeys[i].keyCode = IsHotKeyCharacter(key) ? static_cast<int>(key) : kDefaultKeys[i];
+        const long key = ToLong(prefs.GetSetting(spec.keyKey), 0);
+        form.hotKeys[i].keyCode = IsHotKeyCharacter(key) ? static_cast<int>(key) : spec.defaultKey;
     }
     for (int i = 0; i < kCustomHotKeyCount; ++i)
-        form.associatedJids[i] = prefs.GetSetting(kJidKeys[i]);
+        form.associatedJids[i] = prefs.GetSetting(HotKeySpecs()[kHotKeyCount - kCustomHotKeyCount + i].jidKey);
     return form;
 }
 
@@ -114,10 +105,11 @@ std::vector<std::pair<wxString, wxString>> SettingValues(const SettingForm& form
         {"hideTrayIcon", Flag(form.hideTrayIcon)},
     };
     for (int i = 0; i < kHotKeyCount; ++i) {
-        values.emplace_back(kHotKeyKeys[i].first, wxString::Format("%d", form.hotKeys[i].modifiers));
-        values.emplace_back(kHotKeyKeys[i].second, wxString::Format("%d", form.hotKeys[i].keyCode));
-        if (i >= 2)
-            values.emplace_back(kJidKeys[i - 2], form.associatedJids[i - 2].Strip(wxString::both));
+        const HotKeySpec& spec = HotKeySpecs()[static_cast<std::size_t>(i)];
+        values.emplace_back(spec.modifierKey, wxString::Format("%d", form.hotKeys[i].modifiers));
+        values.emplace_back(spec.keyKey, wxString::Format("%d", form.hotKeys[i].keyCode));
+        if (spec.jidKey)
+            values.emplace_back(spec.jidKey, form.associatedJids[i - (kHotKeyCount - kCustomHotKeyCount)].Strip(wxString::both));
     }
     return values;
 }
@@ -126,9 +118,11 @@ std::vector<wxString> SettingChangeNotices(const SettingsLookup& before, const S
 {
     std::vector<wxString> notices;
     bool hotKeyChanged = false;
-    for (int i = 0; i < kHotKeyCount; ++i)
-        hotKeyChanged |= ToLong(before.GetSetting(kHotKeyKeys[i].first), -1) != form.hotKeys[i].modifiers ||
-                         ToLong(before.GetSetting(kHotKeyKeys[i].second), -1) != form.hotKeys[i].keyCode;
+    for (int i = 0; i < kHotKeyCount; ++i) {
+        const HotKeySpec& spec = HotKeySpecs()[static_cast<std::size_t>(i)];
+        hotKeyChanged |= ToLong(before.GetSetting(spec.modifierKey), -1) != form.hotKeys[i].modifiers ||
+                         ToLong(before.GetSetting(spec.keyKey), -1) != form.hotKeys[i].keyCode;
+    }
     // Three texts translated apart; the line break keeps the last sentence
     // from running into the previous one.
     if (hotKeyChanged)

@@ -10,17 +10,16 @@
 
 #include <wx/string.h>
 
+#include "core/prefs/hotkey_specs.h"
+
 class SettingsLookup;
 
 // The characters a hot key can use, in the order the key choice lists them;
 // the stored key code is the character's code.
 extern const char kHotKeyCharacters[];
 // Modifier codes besides the Ctrl that registration always adds.
-constexpr int kHotKeyShift = 4;
-constexpr int kHotKeyAlt = 1;
-// Restore main window, pause mode, custom 1, 2, 3.
-constexpr int kHotKeyCount = 5;
-constexpr int kCustomHotKeyCount = 3;
+constexpr int kHotKeyShift = kModShift;
+constexpr int kHotKeyAlt = kModAlt;
 
 struct HotKeySetting {
     int modifiers = kHotKeyShift;  // kHotKeyShift or kHotKeyAlt
