@@ -168,6 +168,10 @@ TriggerDlg::TriggerDlg(wxWindow* parent, const TriggerParam& initial)
     Fit();
     SetMinSize(GetSize());
     CentreOnParent();
+    // The chosen kind, not the last field built (the end time), so that a
+    // first key press does not change a value unseen.
+    if (form.kind < NTriggerTypeCount)
+        m_pKind[form.kind]->SetFocus();
 }
 
 void TriggerDlg::BuildKinds(wxBoxSizer* top)
