@@ -442,11 +442,16 @@ bool CadrelleFrame::SelectJob(std::int32_t jid)
     return true;
 }
 
-std::int32_t CadrelleFrame::SelectedJid() const
+const JobRow* CadrelleFrame::SelectedRow() const
 {
     if (!m_pLcJob || !m_pLcJob->HasSelection())
-        return -1;
-    const JobRow* row = m_jobModel->RowAt(m_jobModel->GetRow(m_pLcJob->GetSelection()));
+        return nullptr;
+    return m_jobModel->RowAt(m_jobModel->GetRow(m_pLcJob->GetSelection()));
+}
+
+std::int32_t CadrelleFrame::SelectedJid() const
+{
+    const JobRow* row = SelectedRow();
     return row ? row->jid : -1;
 }
 
@@ -681,11 +686,7 @@ void CadrelleFrame::Onm_pLcJobColumnClick(wxDataViewEvent& event)
 void CadrelleFrame::Onm_pLcJobSelectionChanged(wxDataViewEvent&)
 {
     // The trigger list follows: the selected job's first trigger is shown.
-    const std::int32_t jid = SelectedJid();
-    const JobRow* row = nullptr;
-    const int index = m_jobModel->RowOf(jid);
-    if (index >= 0)
-        row = m_jobModel->RowAt(static_cast<unsigned>(index));
+    const JobRow* row = SelectedRow();
     if (!row || row->firstTid < 0)
         return;
     const int triggerRow = m_triggerModel->RowOf(row->firstTid);

@@ -107,6 +107,8 @@ private:
     void ApplyOrder(std::optional<std::vector<JobRow>> rows = std::nullopt);
     void UpdateStatusBar();
     void SaveLayout();
+    // The selected job's row, or null.
+    const JobRow* SelectedRow() const;
     std::int32_t SelectedJid() const;
     // The selected job's JID, or -1 after "Please select a job.".
     std::int32_t RequireSelectedJid();
