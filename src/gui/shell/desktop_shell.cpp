@@ -13,7 +13,6 @@
 #include "desktop/control/control_server.h"
 #include "desktop/control/instance_control.h"
 #include "desktop/hotkey_plan.h"
-#include "desktop/platform/desktop_notifier.h"
 #include "gui/main_frame.h"
 #include "gui/shell/global_hotkeys.h"
 #include "gui/shell/notice_window.h"
@@ -265,15 +264,6 @@ void DesktopShell::RemoveTrayIcon()
 {
     if (m_pTray)
         m_pTray->SetVisible(false);
-}
-
-void DesktopShell::ShowBalloon(const wxString& title, const wxString& text)
-{
-    const NotifyOutcome outcome = SendDesktopNotification(title, text);
-    if (!outcome.ok) {
-        wxLogMessage("%d ### Desktop notification failed: %s", LogMs(), outcome.reason);
-        wxMessageBox(_("m_pTray->ShowBalloon() Error."), "Cadrelle", wxOK | wxICON_ERROR);
-    }
 }
 
 void DesktopShell::ShowAdvanceNotice(std::int32_t jid)

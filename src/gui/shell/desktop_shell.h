@@ -34,8 +34,6 @@ public:
     // hidden on close or minimise (the user could not get it back).
     bool CanHideWindow() const;
     void RemoveTrayIcon();
-    // A balloon (desktop notification) for the user while the window is hidden.
-    void ShowBalloon(const wxString& title, const wxString& text);
     // The five-minute notice of job `jid`, unless hideNotifyWnd is "1".
     void ShowAdvanceNotice(std::int32_t jid);
     // For the settings dialog: each hot key's state, and why the window
