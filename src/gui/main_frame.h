@@ -4,7 +4,6 @@
 // while the window exists. Closing, quitting and hiding follow the
 // preferences hideMainFrmClickCloseBtn, hideTrayIcon and usePassword.
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -155,7 +154,8 @@ private:
     wxTimer m_timerTrigger;
     wxTimer m_timerHousekeeping;
     wxTimer m_timerLogging;
-    std::atomic<bool> m_bViewsDirty{false};
+    // A job started since the last refresh (set on the main thread).
+    bool m_bViewsDirty = false;
     wxLongLong m_lastHousekeeping = 0;
     bool m_bPendingPause = false;
     bool m_bForceClose = false;
