@@ -201,15 +201,12 @@ void CadrelleFrame::SwitchPauseMode()
         m_pToolBar->Refresh();
         return;
     }
-    const bool paused = m_pSession->GetEngine().TogglePause();
+    const bool paused = !m_pSession->GetEngine().IsPaused();
+    SetPauseMode(paused);
     if (paused)
         Tell(this, _("In Pause Mode, all trigger will be pause fire."));
     else
         Tell(this, _("Pause Mode is OFF: the triggers fire again."));
-    m_pToolBar->ToggleTool(ID_TBI_PAUSE, paused);
-    m_pToolBar->Realize();
-    UpdateStatusBar();
-    wxLogMessage("%d *** CadrelleFrame::OnOffPauseMode -> %s", LogMs(), paused ? "Pause" : "Running");
 }
 
 void CadrelleFrame::SetPauseMode(bool paused)
