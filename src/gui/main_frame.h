@@ -56,10 +56,8 @@ public:
     // The window closes for good even with hideMainFrmClickCloseBtn (a
     // signal, the end of the session).
     void CloseForGood();
-    // The job list's view state, for the views and their tests.
+    // The job list's rows as shown, for the tests.
     const JobListModel& JobModel() const { return *m_jobModel; }
-    int SortColumn() const { return m_nSortCol; }
-    long SortDir() const { return m_nSortDir; }
 
     // EngineHost
     void WakeMainThread() override;
