@@ -44,7 +44,7 @@ public:
     int RowOf(std::int64_t tid) const;
     std::int64_t TidAt(unsigned row) const;
 
-    unsigned GetColumnCount() const override { return 8; }
+    unsigned GetColumnCount() const override { return static_cast<unsigned>(TriggerColumns().size()); }
     wxString GetColumnType(unsigned) const override { return "string"; }
     void GetValueByRow(wxVariant& value, unsigned row, unsigned col) const override;
     bool SetValueByRow(const wxVariant&, unsigned, unsigned) override { return false; }
