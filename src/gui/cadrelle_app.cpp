@@ -51,15 +51,18 @@ bool CadrelleApp::OnInit()
     g_idleTime = CreatePlatformIdleTimeSource();
     SetIdleTimeSource(g_idleTime.get());
     auto* frame = new CadrelleFrame(appDir);
-    frame->Show();
     SetTopWindow(frame);
     // Started minimised, the password is asked when the window is restored.
-    if (Preference::Instance().GetValue("minimizeOnAppStart") == "1") {
-        frame->Iconize(true);
-    } else if (Preference::Instance().GetValue("usePassword") == "1") {
-        // Once the loop runs: the window hides until the password is given.
+    const bool minimised = Preference::Instance().GetValue("minimizeOnAppStart") == "1";
+    if (!minimised && Preference::Instance().GetValue("usePassword") == "1") {
+        // Never shown before the password is given, not even for a moment;
+        // asked once the loop runs.
         frame->CallAfter([frame] { frame->RestoreMainFrame(); });
+        return true;
     }
+    frame->Show();
+    if (minimised)
+        frame->Iconize(true);
     return true;
 }
 
