@@ -111,9 +111,8 @@ int RunHeadless(const wxString& appDir)
     const std::int64_t started = GetClock().NowMs();
     std::int64_t lastHousekeeping = started;
     std::int64_t lastLoggingCheck = started;
-    // The trigger timer's first tick comes 2000 ms after start.
-    constexpr std::int64_t kTriggerTimerMs = 2000;
-    constexpr std::int64_t kHousekeepingMs = 1000;
+    constexpr std::int64_t kTriggerTimerMs = AppSession::kTriggerTimerMs;
+    constexpr std::int64_t kHousekeepingMs = AppSession::kHousekeepingMs;
     while (g_stopSignal.load() == 0) {
         host.WaitForWork(std::chrono::milliseconds(100));
         const std::int64_t now = GetClock().NowMs();

@@ -37,10 +37,10 @@
 
 namespace {
 
-// The trigger timer's period; only its first tick does anything.
-constexpr int kTriggerTimerMs = 2000;
-// The delayed save, the status bar and the lists' repaint while jobs fire.
-constexpr int kHousekeepingMs = 1000;
+// The trigger timer's period (only its first tick does anything) and the
+// housekeeping's: the delayed save, the status bar and the lists' repaint.
+constexpr int kTriggerTimerMs = AppSession::kTriggerTimerMs;
+constexpr int kHousekeepingMs = AppSession::kHousekeepingMs;
 
 // Counts the modal dialogs and message boxes open: a signal that arrives
 // while one runs its own loop cannot destroy the window under it.

@@ -21,6 +21,12 @@ class WeekdayLog;
 
 class AppSession {
 public:
+    // The owner's timers, the same with or without a window: the checkers
+    // start on the first tick of the trigger timer, 2 s after start; the
+    // housekeeping tick comes every second.
+    static constexpr int kTriggerTimerMs = 2000;
+    static constexpr int kHousekeepingMs = 1000;
+
     explicit AppSession(const wxString& appDir);
     // Stops the session if the owner did not.
     ~AppSession();
