@@ -31,9 +31,6 @@ struct DataLoadReport {
     // not be used are moved aside, files that loaded only in part copied.
     wxArrayString keptCopies;
     wxArrayString dropped;    // what the file holds but was not loaded as written
-    std::size_t skippedTriggers = 0;  // unknown kinds
-    std::size_t skippedJobs = 0;      // unknown kinds
-    bool stoppedAtUnknownElement = false;
 
     // What the user should be told, in plain words: empty when the file
     // loaded as written or there was none.

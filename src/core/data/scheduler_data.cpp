@@ -129,9 +129,6 @@ DataLoadReport Scheduler::LoadSchedulerData(bool keepUnreadableCopies)
 
     report.sourcePath = source;
     report.dropped = content.dropped;
-    report.skippedJobs = content.skippedJobs;
-    report.skippedTriggers = content.skippedTriggers;
-    report.stoppedAtUnknownElement = content.stoppedAtUnknownElement;
     if (!report.dropped.empty()) {
         for (const wxString& line : report.dropped)
             wxLogMessage("%d ### %s: %s", LogMs(), source, line);
