@@ -6,9 +6,17 @@
 
 #include <wx/filename.h>
 
+#include "core/data/scheduler_data.h"
 #include "core/scheduler.h"
+#include "core/session/session_context.h"
 
 namespace {
+
+const SessionContext& BenchContext()
+{
+    static const SessionContext context;
+    return context;
+}
 
 constexpr int kCount = 10000;
 
@@ -19,9 +27,9 @@ public:
     {
         char pattern[] = "/tmp/cadrelle-bench-XXXXXX";
         m_dir = wxString::FromUTF8(::mkdtemp(pattern));
-        Scheduler s(m_dir);
+        Scheduler s(BenchContext(), m_dir);
         Fill(s);
-        s.SaveSchedulerData(false);
+        SaveSchedulerData(s, false);
     }
     ~LargeDataFile() { wxFileName::Rmdir(m_dir, wxPATH_RMDIR_RECURSIVE); }
     const wxString& Dir() const { return m_dir; }
@@ -32,7 +40,7 @@ public:
         const std::uint32_t kinds[] = {NTriggerTypeEveryDay, NTriggerTypeInterval, NTriggerTypeEveryWeek,
                                        NTriggerTypeSpecTime};
         for (int i = 0; i < kCount; ++i) {
-            std::unique_ptr<Trigger> trigger = CreateTrigger(kinds[i % 4]);
+            std::unique_ptr<Trigger> trigger = CreateTrigger(kinds[i % 4], BenchContext());
             TriggerParam tp;
             tp.tid = (std::int64_t{1} << 32) + i;  // TIDs past 32 bits cost nothing extra
             tp.type = kinds[i % 4];
@@ -42,7 +50,7 @@ public:
             tp.start = "0 0 0 1 1 * 1999";
             tp.end = "59 59 23 31 12 * 2999";
             trigger->Load(tp);
-            s.AddTrigger(std::move(trigger), false);
+            s.AddTrigger(std::move(trigger));
 
             std::unique_ptr<Job> job = CreateJob(static_cast<std::uint32_t>(i % NJobTypeCount));
             JobParam jp;
@@ -52,7 +60,7 @@ public:
             jp.params = {"/home/user/Pictures", "/mnt/backup/pictures", "1"};
             jp.triggerIds = {(std::int64_t{1} << 32) + i};
             job->SetParam(jp);
-            s.AddJob(std::move(job), false);
+            s.AddJob(std::move(job));
         }
     }
 
@@ -64,8 +72,8 @@ void BM_LoadDataFile(benchmark::State& state)
 {
     LargeDataFile file;
     for (auto _ : state) {
-        auto s = std::make_unique<Scheduler>(file.Dir());
-        s->LoadSchedulerData(false);
+        auto s = std::make_unique<Scheduler>(BenchContext(), file.Dir());
+        LoadSchedulerData(*s, false);
         state.PauseTiming();  // freeing 20,000 objects is not loading
         if (s->Jobs().size() != kCount || s->Triggers().size() != kCount)
             state.SkipWithError("wrong count");
@@ -78,11 +86,11 @@ BENCHMARK(BM_LoadDataFile)->Unit(benchmark::kMillisecond);
 void BM_SaveDataFile(benchmark::State& state)
 {
     LargeDataFile file;
-    Scheduler s(file.Dir());
-    s.LoadSchedulerData(false);
+    Scheduler s(BenchContext(), file.Dir());
+    LoadSchedulerData(s, false);
     for (auto _ : state) {
-        s.SetDataChanged(true);
-        s.SaveSchedulerData(false);  // both copies, each fsynced
+        s.Changes().MarkChanged();
+        SaveSchedulerData(s, false);  // both copies, each fsynced
     }
 }
 BENCHMARK(BM_SaveDataFile)->Unit(benchmark::kMillisecond);
@@ -100,7 +108,7 @@ void BM_LoadStepReader(benchmark::State& state)
     const DataFilePaths paths = MakeDataFilePaths(file.Dir());
     for (auto _ : state) {
         DataFileContent content;
-        ReadDataFile(paths.working, content);
+        ReadDataFile(paths.working, content, BenchContext());
         benchmark::DoNotOptimize(content.jobs.data());
         state.PauseTiming();
         content = DataFileContent();

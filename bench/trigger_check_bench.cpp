@@ -4,6 +4,7 @@
 #include <benchmark/benchmark.h>
 
 #include "core/clock.h"
+#include "core/session/session_context.h"
 #include "core/triggers/cron_driven_trigger.h"
 
 namespace {
@@ -11,9 +12,15 @@ namespace {
 // New Year's midnight: never due while a benchmark runs (unless it runs then).
 const char* const kNotDueCondition = "0 0 0 1 1 ?";
 
+const SessionContext& BenchClockContext()
+{
+    static const SessionContext context;
+    return context;
+}
+
 std::unique_ptr<Trigger> MakeRecurring(std::int64_t tid, const char* condition, bool caching)
 {
-    std::unique_ptr<Trigger> trigger = CreateTrigger(NTriggerTypeCron);
+    std::unique_ptr<Trigger> trigger = CreateTrigger(NTriggerTypeCron, BenchClockContext());
     TriggerParam p;
     p.tid = tid;
     p.type = NTriggerTypeCron;
@@ -49,7 +56,7 @@ void BM_PassOver10000Recurring(benchmark::State& state)
         triggers.push_back(MakeRecurring(i, conditions[i % 4], caching));
     for (auto _ : state) {
         // As a checker pass does it: one clock reading for the whole pass.
-        const ClockPassScope pass;
+        const ClockPassScope pass(BenchClockContext().GetClock());
         int fired = 0;
         for (const auto& trigger : triggers)
             fired += trigger->CheckAndAdvance() ? 1 : 0;

@@ -11,9 +11,7 @@
 
 #include <wx/log.h>
 
-#include "core/clock.h"
 #include "core/core_log.h"
-#include "core/log/weekday_log.h"
 #include "desktop/control/control_server.h"
 #include "desktop/control/instance_control.h"
 #include "desktop/session/app_session.h"
@@ -21,6 +19,8 @@
 
 namespace {
 
+// Written by the signal handler, which can reach nothing else: process-wide
+// because signals are.
 std::atomic<int> g_stopSignal{0};
 
 // Only records the signal: the loop below sees it within 100 ms and ends the
@@ -45,7 +45,7 @@ public:
     void AdvanceNotice(const Job& job) override
     {
         wxLogMessage("%d ### [JID_%d] %s will run within %d seconds", LogMs(), job.GetId(),
-                     JobTypeEnglishName(job.GetType()), SchedulerEngine::kNoticeSeconds);
+                     JobTypeEnglishName(job.GetType()), kNoticeSeconds);
     }
 
     void WaitForWork(std::chrono::milliseconds period)
@@ -108,28 +108,11 @@ int RunHeadless(const wxString& appDir)
     std::string controlError;
     if (!server.Start(&controlError))
         std::cerr << "cadrelle: no control from the command line: " << controlError << std::endl;
-    const std::int64_t started = GetClock().NowMs();
-    std::int64_t lastHousekeeping = started;
-    std::int64_t lastLoggingCheck = started;
-    constexpr std::int64_t kTriggerTimerMs = AppSession::kTriggerTimerMs;
-    constexpr std::int64_t kHousekeepingMs = AppSession::kHousekeepingMs;
     while (g_stopSignal.load() == 0) {
-        host.WaitForWork(std::chrono::milliseconds(100));
-        const std::int64_t now = GetClock().NowMs();
-        if (!engine.IsStarted() && now - started >= kTriggerTimerMs)
-            engine.StartChecking();
+        host.WaitForWork(std::chrono::milliseconds(AppSession::kTickMs));
+        session.Tick();
         engine.ProcessRequests();
         host.RunPosted();
-        if (now - lastHousekeeping >= kHousekeepingMs) {
-            lastHousekeeping = now;
-            session.HousekeepingTick();
-        }
-        if (now - lastLoggingCheck >= WeekdayLog::kTimerPeriodMs) {
-            lastLoggingCheck = now;
-            session.LoggingTick();
-        }
-        // Lines of worker threads reach the file through the main thread.
-        WeekdayLog::Flush();
     }
     session.Stop();
     // A final save that failed was told on stderr; the status says it too.

@@ -73,7 +73,7 @@ int main(int argc, char** argv)
         return 0;
     case CommandLine::Mode::CronNext:
         return RunConsole(argc, argv, [&] {
-            return RunCronNextCommand(cl.cronArgs, std::cout, std::cerr, GetClock().NowMs() / 1000);
+            return RunCronNextCommand(cl.cronArgs, std::cout, std::cerr, TheSystemClock().NowMs() / 1000);
         });
     case CommandLine::Mode::List:
         return RunConsole(argc, argv, [&] {

@@ -1,6 +1,7 @@
 #pragma once
 // The one source of "now" for the core. Nothing in the core reads the wall
-// clock directly, so tests can drive triggers through exact milliseconds.
+// clock directly: each session's context holds a clock, so tests can drive
+// triggers through exact milliseconds.
 
 #include <atomic>
 #include <climits>
@@ -50,14 +51,12 @@ private:
 // of once per trigger (reading it costs more than checking a trigger).
 class ClockPassScope {
 public:
-    ClockPassScope();
+    explicit ClockPassScope(const Clock& clock) { t_clockPassTimeMs = clock.ReadMs(); }
     ~ClockPassScope() { t_clockPassTimeMs = kNoPassTime; }
     ClockPassScope(const ClockPassScope&) = delete;
     ClockPassScope& operator=(const ClockPassScope&) = delete;
 };
 
-// The process-wide clock; the system clock unless a test installed another.
-Clock& GetClock();
-// Installs `clock` (not owned) as the process-wide clock; nullptr restores the
-// system clock.
-void SetClock(Clock* clock);
+// The system clock. Stateless and never destroyed: a job thread left running
+// at exit may still read it.
+Clock& TheSystemClock();

@@ -4,5 +4,10 @@
 // log's own "%m-%d %X" stamp every line has millisecond precision:
 //     wxLogMessage("%d ### Del Job => [JID_%d]", LogMs(), jid);
 
-// The millisecond part (0-999) of the core clock's current time.
+class Clock;
+
+// The millisecond part (0-999) of the current time on the clock of the log
+// that receives the lines (the system clock when none is open).
 int LogMs();
+// Set by the weekday log while it is the active log target.
+void SetLogClock(const Clock* clock);

@@ -10,6 +10,7 @@ public:
     virtual long IdleSeconds() = 0;
 };
 
-IdleTimeSource& GetIdleTimeSource();
-// Installs `source` (not owned); nullptr restores the default (always 0).
-void SetIdleTimeSource(IdleTimeSource* source);
+class NoIdleTime final : public IdleTimeSource {
+public:
+    long IdleSeconds() override { return 0; }
+};

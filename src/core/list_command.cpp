@@ -3,7 +3,9 @@
 #include <wx/filefn.h>
 #include <wx/log.h>
 
+#include "core/data/scheduler_data.h"
 #include "core/scheduler.h"
+#include "core/session/session_context.h"
 
 namespace {
 
@@ -22,11 +24,12 @@ std::string FormatMoment(const wxDateTime& dt)
 
 int RunListCommand(const wxString& appDir, std::ostream& out, std::ostream& err)
 {
-    Scheduler scheduler(appDir);
+    const SessionContext context;
+    Scheduler scheduler(context, appDir);
     DataLoadReport report;
     {
         wxLogNull quiet;  // problems are reported below in plain words
-        report = scheduler.LoadSchedulerData(false);
+        report = LoadSchedulerData(scheduler, false);
     }
     // What the file held but could not be listed as written; the file itself
     // is left as it is.

@@ -2,147 +2,73 @@
 
 #include <algorithm>
 
-#include "core/clock.h"
-#include "core/shared_lock.h"
-#include "core/triggers/one_shot_triggers.h"
+#include "core/session/session_context.h"
 
-Scheduler::Scheduler(const wxString& appDir) : m_paths(MakeDataFilePaths(appDir)) {}
-
-Scheduler::~Scheduler() = default;
-
-wxCriticalSection& Scheduler::Lock() const
+Scheduler::Scheduler(const SessionContext& context, const wxString& appDir)
+    : m_context(context), m_paths(MakeDataFilePaths(appDir))
 {
-    return SharedLock();
 }
 
-void Scheduler::NotifyJobs()
+void Scheduler::AddJobLocked(JobPtr job)
 {
-    if (m_pJobObserver)
-        m_pJobObserver->Changed();
+    for (std::int64_t tid : job->GetTriggerIds())
+        m_triggerOwners[tid] = job;
+    m_jobs.push_back(std::move(job));
+    m_changes.MarkChanged();
 }
 
-void Scheduler::NotifyTriggers()
+void Scheduler::AddJob(std::unique_ptr<Job> job)
 {
-    if (m_pTriggerObserver)
-        m_pTriggerObserver->Changed();
+    auto lock = EditLock();
+    AddJobLocked(JobPtr(std::move(job)));
 }
 
-void Scheduler::ClearJobChangedMarks()
+void Scheduler::AddTriggerLocked(TriggerPtr trigger)
 {
-    for (const JobPtr& job : m_jobs)
-        job->SetChanged(false);
+    // Shown as "Fired" until its first check says otherwise.
+    trigger->SetFinished(false);
+    trigger->SetStatus(NTriggerStatusFired);
+    m_triggers.push_back(std::move(trigger));
+    RebuildTriggerTids();
+    m_changes.MarkChanged();
 }
 
-void Scheduler::ClearTriggerChangedMarks()
+void Scheduler::AddTrigger(std::unique_ptr<Trigger> trigger)
 {
-    for (const TriggerPtr& trigger : m_triggers)
-        trigger->SetChanged(false);
+    auto lock = EditLock();
+    AddTriggerLocked(TriggerPtr(std::move(trigger)));
 }
 
-std::size_t Scheduler::AddJob(std::unique_ptr<Job> job, bool notify)
+void Scheduler::SetJobEnableLocked(Job& job, bool enable)
 {
-    std::size_t index = 0;
-    {
-        auto lock = EditLock();
-        ClearJobChangedMarks();
-        JobPtr added(std::move(job));
-        for (std::int64_t tid : added->GetTriggerIds())
-            m_triggerOwners[tid] = added;
-        added->SetChanged(true);
-        m_jobs.push_back(std::move(added));
-        index = m_jobs.size() - 1;
-        SetDataChanged(true);
-    }
-    if (notify)
-        NotifyJobs();
-    return index;
-}
-
-void Scheduler::UpdateJob(Job* job, bool notify)
-{
-    {
-        auto lock = EditLock();
-        ClearJobChangedMarks();
-        job->SetChanged(true);
-        // The job's trigger list may have changed in the dialog.
-        JobPtr owner;
-        for (auto it = m_triggerOwners.begin(); it != m_triggerOwners.end();) {
-            if (it->second.get() == job) {
-                owner = it->second;
-                it = m_triggerOwners.erase(it);
-            } else {
-                ++it;
-            }
-        }
-        if (!owner)
-            owner = GetJobById(job->GetId());
-        if (owner.get() == job) {
-            for (std::int64_t tid : job->GetTriggerIds())
-                m_triggerOwners[tid] = owner;
-        }
-        SetDataChanged(true);
-    }
-    if (notify)
-        NotifyJobs();
-}
-
-void Scheduler::ApplyJobStateToTriggers(Job& job, bool runCheck)
-{
+    job.SetEnable(enable);
     for (std::int64_t tid : job.GetTriggerIds()) {
         Trigger* trigger = GetTriggerById(tid);
         if (!trigger)
             continue;
-        trigger->SetEnable(job.IsEnabled());
-        trigger->SetStatus(job.IsEnabled() ? NTriggerStatusWaiting : NTriggerStatusDisable);
-        if (runCheck)
-            trigger->CheckAndAdvance();
+        trigger->SetEnable(enable);
+        trigger->SetStatus(enable ? NTriggerStatusWaiting : NTriggerStatusDisable);
+        // One check makes its status and next time current; the exclusive
+        // lock keeps the checker threads out meanwhile.
+        trigger->CheckAndAdvance();
     }
+    m_changes.MarkChanged();
 }
 
-void Scheduler::SetJobEnableLocked(Job* job, bool enable)
+void Scheduler::SetJobEnable(Job* job, bool enable)
 {
-    ClearJobChangedMarks();
-    job->SetEnable(enable);
-    job->SetChanged(true);
-    // Runs each trigger's check once so its status and next time are
-    // current; the exclusive lock keeps the checker threads out meanwhile.
-    ApplyJobStateToTriggers(*job, true);
-    SetDataChanged(true);
-}
-
-void Scheduler::SetJobEnable(Job* job, bool enable, bool notify)
-{
-    {
-        auto lock = EditLock();
-        SetJobEnableLocked(job, enable);
-    }
-    if (notify)
-        NotifyJobs();
+    auto lock = EditLock();
+    SetJobEnableLocked(*job, enable);
 }
 
 void Scheduler::EnableAllJobs(bool enable)
 {
-    for (std::size_t i = 0; i < m_jobs.size(); ++i) {
-        Job* job = m_jobs[i].get();
-        if (job->IsEnabled() == enable)
-            continue;
-        {
-            auto lock = EditLock();
-            SetJobEnableLocked(job, enable);
-        }
-        NotifyJobs();
+    auto lock = EditLock();
+    for (const JobPtr& job : m_jobs) {
+        if (job->IsEnabled() != enable)
+            SetJobEnableLocked(*job, enable);
     }
-    NotifyJobs();
-    SetDataChanged(true);
-}
-
-void Scheduler::RemoveTrigger(Trigger* trigger)
-{
-    auto it = std::find_if(m_triggers.begin(), m_triggers.end(),
-                           [trigger](const TriggerPtr& t) { return t.get() == trigger; });
-    if (it != m_triggers.end())
-        m_triggers.erase(it);
-    RebuildTriggerTids();
+    m_changes.MarkChanged();
 }
 
 void Scheduler::RebuildTriggerTids()
@@ -156,123 +82,120 @@ void Scheduler::DeleteTriggerLocked(Trigger* trigger)
 {
     trigger->SetEnable(false);
     trigger->SetStatus(NTriggerStatusDisable);
-    ClearTriggerChangedMarks();
-    RemoveTrigger(trigger);
-    SetDataChanged(true);
+    auto it = std::find_if(m_triggers.begin(), m_triggers.end(),
+                           [trigger](const TriggerPtr& t) { return t.get() == trigger; });
+    if (it != m_triggers.end())
+        m_triggers.erase(it);
+    RebuildTriggerTids();
+    m_changes.MarkChanged();
 }
 
-void Scheduler::DeleteJob(Job* job, bool notify)
+void Scheduler::DeleteTrigger(Trigger* trigger)
 {
-    {
-        auto lock = EditLock();
-        for (std::int64_t tid : job->GetTriggerIds()) {
-            auto owner = m_triggerOwners.find(tid);
-            if (owner != m_triggerOwners.end() && owner->second.get() == job)
-                m_triggerOwners.erase(owner);
+    auto lock = EditLock();
+    DeleteTriggerLocked(trigger);
+}
+
+void Scheduler::DeleteJobLocked(Job* job)
+{
+    for (std::int64_t tid : job->GetTriggerIds()) {
+        auto owner = m_triggerOwners.find(tid);
+        if (owner != m_triggerOwners.end() && owner->second.get() == job)
+            m_triggerOwners.erase(owner);
+        if (Trigger* trigger = GetTriggerById(tid))
+            DeleteTriggerLocked(trigger);
+    }
+    // A job thread running this job works on its own copy, so the job can
+    // go at once.
+    auto it = std::find_if(m_jobs.begin(), m_jobs.end(), [job](const JobPtr& j) { return j.get() == job; });
+    if (it != m_jobs.end())
+        m_jobs.erase(it);
+    m_changes.MarkChanged();
+}
+
+void Scheduler::DeleteJob(Job* job)
+{
+    auto lock = EditLock();
+    DeleteJobLocked(job);
+}
+
+void Scheduler::StoreTriggerLocked(TriggerParam param, bool isNew)
+{
+    Trigger* existing = isNew ? nullptr : GetTriggerById(param.tid);
+    if (existing && existing->GetType() == param.type) {
+        existing->Load(param);
+        existing->SetStatus(NTriggerStatusFired);
+        existing->SetFinished(false);
+        existing->SetNoticeGiven(false);
+        RebuildTriggerTids();
+        m_changes.MarkChanged();
+        return;
+    }
+    // Another kind is another class: replaced under the same TID, so its
+    // job keeps it.
+    std::unique_ptr<Trigger> trigger = CreateTrigger(param.type, m_context);
+    if (!trigger)
+        return;
+    trigger->Load(param);
+    if (existing)
+        DeleteTriggerLocked(existing);
+    AddTriggerLocked(TriggerPtr(std::move(trigger)));
+}
+
+bool Scheduler::ApplyJobEdit(const JobEdit& edit)
+{
+    auto lock = EditLock();
+    // An edited job deleted meanwhile comes back as a new one.
+    JobPtr edited = edit.editedJid >= 0 ? GetJobById(edit.editedJid) : nullptr;
+    const JobParam& param = edit.job;
+    const bool keepJob = edited && edited->GetType() == param.type;
+    JobPtr job;
+    if (keepJob) {
+        // Triggers the dialog removed go first, then the job takes its new
+        // values and owns its new trigger list.
+        for (std::int64_t tid : edited->GetTriggerIds()) {
+            if (std::find(param.triggerIds.begin(), param.triggerIds.end(), tid) != param.triggerIds.end())
+                continue;
+            m_triggerOwners.erase(tid);
             if (Trigger* trigger = GetTriggerById(tid))
                 DeleteTriggerLocked(trigger);
         }
-        // A job thread running this job works on its own copy, so the job
-        // can go at once.
-        auto it = std::find_if(m_jobs.begin(), m_jobs.end(), [job](const JobPtr& j) { return j.get() == job; });
-        if (it != m_jobs.end())
-            m_jobs.erase(it);
-        SetDataChanged(true);
+        edited->SetParam(param);
+        for (std::int64_t tid : param.triggerIds)
+            m_triggerOwners[tid] = edited;
+        job = edited;
+        m_changes.MarkChanged();
+    } else {
+        // A new job, a copy, or a job that changed kind: the old one goes
+        // with its triggers, which come back below under the same TIDs.
+        if (edited)
+            DeleteJobLocked(edited.get());
+        job = CreateJob(param.type);
+        if (!job)
+            return false;
+        job->SetParam(param);
+        AddJobLocked(job);
     }
-    if (notify)
-        NotifyJobs();
+    for (TriggerParam trigger : edit.triggers) {
+        trigger.enable = param.enable;
+        if (keepJob && GetTriggerById(trigger.tid) && GetTriggerById(trigger.tid)->GetType() == trigger.type &&
+            !edit.changedTids.count(trigger.tid))
+            continue;  // untouched: keeps its times
+        StoreTriggerLocked(trigger, !keepJob);
+    }
+    SetJobEnableLocked(*job, param.enable);
+    return true;
 }
 
-void Scheduler::DeleteTrigger(Trigger* trigger, bool notify)
+bool Scheduler::ApplyTriggerEdit(std::int64_t tid, const TriggerParam& param)
 {
-    {
-        auto lock = EditLock();
-        DeleteTriggerLocked(trigger);
-    }
-    if (notify)
-        NotifyTriggers();
-}
-
-void Scheduler::AddTrigger(std::unique_ptr<Trigger> trigger, bool notify)
-{
-    {
-        auto lock = EditLock();
-        ClearTriggerChangedMarks();
-        TriggerPtr added(std::move(trigger));
-        added->SetChanged(true);
-        added->SetFinished(false);
-        added->SetStatus(NTriggerStatusFired);
-        m_triggers.push_back(std::move(added));
-        RebuildTriggerTids();
-        SetDataChanged(true);
-    }
-    if (notify)
-        NotifyTriggers();
-}
-
-void Scheduler::UpdateTrigger(Trigger* trigger, bool notify)
-{
-    {
-        auto lock = EditLock();
-        ClearTriggerChangedMarks();
-        trigger->SetStatus(NTriggerStatusFired);
-        trigger->SetChanged(true);
-        trigger->SetFinished(false);
-        trigger->SetNoticeGiven(false);
-        RebuildTriggerTids();  // the dialog may have given it another TID
-        SetDataChanged(true);
-    }
-    if (notify)
-        NotifyTriggers();
-}
-
-void Scheduler::CheckTriggerShare(std::size_t count, std::size_t index, TriggerCheckSink& sink)
-{
-    auto lock = ReadLock();
-    const ClockPassScope pass;
-    // The TIDs sit side by side, so finding this thread's share does not
-    // touch every trigger object.
-    for (std::size_t i = 0; i < m_triggerTids.size(); ++i) {
-        if (static_cast<std::uint64_t>(m_triggerTids[i]) % count != index)
-            continue;
-        const TriggerPtr& trigger = m_triggers[i];
-        if (!trigger->IsEnabled() || trigger->IsFinished() || trigger->IsEditing())
-            continue;
-        if (trigger->CheckAndAdvance()) {
-            auto owner = m_triggerOwners.find(trigger->GetTid());
-            if (owner != m_triggerOwners.end() && owner->second->IsEnabled() && sink.RunJob(owner->second)) {
-                // The advanced PREVFIRE must reach the data file.
-                MarkChangedByFiring(GetClock().Now());
-            }
-        } else if (!trigger->IsNoticeGiven() && trigger->IsDue(300)) {
-            auto owner = m_triggerOwners.find(trigger->GetTid());
-            if (owner != m_triggerOwners.end() && owner->second->IsEnabled() && owner->second->IsWarnBeforeRun())
-                sink.AdvanceNotice(owner->second);
-            trigger->SetNoticeGiven(true);
-        }
-    }
-}
-
-Job* Scheduler::FindJob(std::int32_t jid) const
-{
-    if (m_jobs.empty())
-        return nullptr;
-    for (const JobPtr& job : m_jobs) {
-        if (job->GetId() == jid)
-            return job.get();
-    }
-    return m_jobs.back().get();
-}
-
-Trigger* Scheduler::FindTrigger(std::int64_t tid) const
-{
-    if (m_triggers.empty())
-        return nullptr;
-    for (const TriggerPtr& trigger : m_triggers) {
-        if (trigger->GetTid() == tid)
-            return trigger.get();
-    }
-    return m_triggers.back().get();
+    auto lock = EditLock();
+    if (!GetTriggerById(tid))
+        return false;
+    TriggerParam stored = param;
+    stored.tid = tid;
+    StoreTriggerLocked(stored, false);
+    return true;
 }
 
 Scheduler::JobPtr Scheduler::GetJobById(std::int32_t jid) const
@@ -293,48 +216,35 @@ Trigger* Scheduler::GetTriggerById(std::int64_t tid) const
     return nullptr;
 }
 
-Job* Scheduler::GetTriggerOwner(std::int64_t tid) const
+const Scheduler::JobPtr& Scheduler::GetTriggerOwner(std::int64_t tid) const
 {
+    static const JobPtr none;
     auto it = m_triggerOwners.find(tid);
-    return it == m_triggerOwners.end() ? nullptr : it->second.get();
+    return it == m_triggerOwners.end() ? none : it->second;
 }
 
 std::int32_t Scheduler::NewJID() const
 {
+    std::set<std::int32_t> used;
+    for (const JobPtr& job : m_jobs)
+        used.insert(job->GetId());
     std::int32_t candidate = 0;
-    bool clash = true;
-    while (clash) {
-        clash = false;
-        for (const JobPtr& job : m_jobs) {
-            if (job->GetId() == candidate) {
-                ++candidate;
-                clash = true;
-                break;
-            }
-        }
-    }
+    while (used.count(candidate))
+        ++candidate;
     return candidate;
 }
 
-std::int32_t Scheduler::MaxJID() const
+std::int64_t Scheduler::UnusedTid(const std::set<std::int64_t>& taken) const
 {
-    std::int32_t maxJid = 0;
-    for (const JobPtr& job : m_jobs)
-        maxJid = std::max(maxJid, job->GetId());
-    return maxJid;
-}
-
-std::int64_t Scheduler::MaxTID() const
-{
-    std::int64_t maxTid = 0;
+    std::int64_t tid = 0;
     for (const TriggerPtr& trigger : m_triggers)
-        maxTid = std::max(maxTid, trigger->GetTid());
-    return maxTid;
-}
-
-bool Scheduler::IsTIDFree(std::int64_t tid) const
-{
-    return GetTriggerById(tid) == nullptr;
+        tid = std::max(tid, trigger->GetTid());
+    ++tid;
+    if (!taken.empty())
+        tid = std::max(tid, *taken.rbegin() + 1);
+    while (GetTriggerById(tid) || taken.count(tid))
+        ++tid;
+    return tid;
 }
 
 void Scheduler::CountTriggers(std::size_t& total, std::size_t& active) const
@@ -345,81 +255,31 @@ void Scheduler::CountTriggers(std::size_t& total, std::size_t& active) const
     }));
 }
 
-const std::vector<Job*>& Scheduler::JobsByStatus(bool enable)
+void Scheduler::Fill(std::vector<std::unique_ptr<Job>> jobs, std::vector<std::unique_ptr<Trigger>> triggers)
 {
-    m_jobsByStatus.clear();
-    for (const JobPtr& job : m_jobs) {
-        if (job->IsEnabled() == enable)
-            m_jobsByStatus.push_back(job.get());
+    m_jobs.reserve(m_jobs.size() + jobs.size());
+    for (std::unique_ptr<Job>& job : jobs) {
+        JobPtr loaded(std::move(job));
+        for (std::int64_t tid : loaded->GetTriggerIds())
+            m_triggerOwners[tid] = loaded;
+        m_jobs.push_back(std::move(loaded));
     }
-    return m_jobsByStatus;
-}
+    m_triggers.reserve(m_triggers.size() + triggers.size());
+    for (std::unique_ptr<Trigger>& trigger : triggers)
+        m_triggers.emplace_back(std::move(trigger));
+    RebuildTriggerTids();
 
-const std::vector<Job*>& Scheduler::JobsByJobType(std::uint32_t type)
-{
-    m_jobsByJobType.clear();
-    for (const JobPtr& job : m_jobs) {
-        if (job->GetType() == type)
-            m_jobsByJobType.push_back(job.get());
-    }
-    return m_jobsByJobType;
-}
-
-const std::vector<Job*>& Scheduler::JobsByTriggerType(std::uint32_t type)
-{
-    m_jobsByTriggerType.clear();
-    std::unordered_map<std::int64_t, std::uint32_t> typeByTid;
-    typeByTid.reserve(m_triggers.size());
+    std::unordered_map<std::int64_t, Trigger*> byTid;
+    byTid.reserve(m_triggers.size());
     for (const TriggerPtr& trigger : m_triggers)
-        typeByTid.emplace(trigger->GetTid(), trigger->GetType());
+        byTid.emplace(trigger->GetTid(), trigger.get());
     for (const JobPtr& job : m_jobs) {
-        const TidList& tids = job->GetTriggerIds();
-        const bool hasKind = std::any_of(tids.begin(), tids.end(), [&](std::int64_t tid) {
-            auto it = typeByTid.find(tid);
-            return it != typeByTid.end() && it->second == type;
-        });
-        if (hasKind)
-            m_jobsByTriggerType.push_back(job.get());
+        for (std::int64_t tid : job->GetTriggerIds()) {
+            auto it = byTid.find(tid);
+            if (it == byTid.end())
+                continue;
+            it->second->SetEnable(job->IsEnabled());
+            it->second->SetStatus(job->IsEnabled() ? NTriggerStatusWaiting : NTriggerStatusDisable);
+        }
     }
-    return m_jobsByTriggerType;
-}
-
-std::size_t Scheduler::PrepareWithStartTriggers()
-{
-    const wxDateTime now = GetClock().Now();
-    std::size_t reset = 0;
-    for (const TriggerPtr& trigger : m_triggers) {
-        if (trigger->GetType() != NTriggerTypeWithStart || trigger->IsFinished())
-            continue;
-        static_cast<WithStartTrigger&>(*trigger).PrepareFrom(now);
-        ++reset;
-    }
-    return reset;
-}
-
-bool Scheduler::RunJobByNumber(std::int32_t jid)
-{
-    if (jid > 99)
-        return false;
-    // An exact lookup: a JID that no longer exists runs nothing (FindJob
-    // would hand back the last job of the list, which could shut down).
-    const JobPtr job = GetJobById(jid);
-    if (!job || !m_pRunRequests)
-        return false;
-    m_pRunRequests->PostJobRun(*job, 128);
-    return true;
-}
-
-void Scheduler::MarkChangedByFiring(const wxDateTime& now)
-{
-    wxCriticalSectionLocker lock(Lock());
-    if (!IsDataChanged())
-        m_dtDataChanged = now;
-    m_nChanges.fetch_add(1);
-}
-
-wxDateTime Scheduler::GetDataChangedTime() const
-{
-    wxCriticalSectionLocker lock(Lock());
-    return m_dtDataChanged;
 }

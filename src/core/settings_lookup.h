@@ -17,8 +17,3 @@ public:
     wxString GetSetting(const wxString& name) const override;
 };
 
-const SettingsLookup& GetSettings();
-// True when the setting execMissFiredTrigger is exactly "1".
-bool IsMissFiredRefireOn();
-// Installs `settings` (not owned); nullptr restores the defaults.
-void SetSettings(const SettingsLookup* settings);

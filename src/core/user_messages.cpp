@@ -1,6 +1,5 @@
 #include "core/user_messages.h"
 
-#include <atomic>
 #include <cstdio>
 
 #include <wx/log.h>
@@ -24,23 +23,3 @@ void UserMessages::ShowReminder(std::uint32_t jobId, const wxString& text, bool 
     wxLogMessage("%d ### [JID_%u] Reminder%s: %s", LogMs(), jobId, important ? " (important)" : "", text);
 }
 
-namespace {
-// Never destroyed: a job thread left running at exit may still report.
-UserMessages& LogMessages()
-{
-    static UserMessages& messages = *new LogUserMessages;
-    return messages;
-}
-std::atomic<UserMessages*> g_messages{nullptr};  // null: the logging default
-}  // namespace
-
-UserMessages& GetUserMessages()
-{
-    UserMessages* messages = g_messages.load(std::memory_order_acquire);
-    return messages ? *messages : LogMessages();
-}
-
-void SetUserMessages(UserMessages* messages)
-{
-    g_messages.store(messages, std::memory_order_release);
-}

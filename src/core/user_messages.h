@@ -32,6 +32,3 @@ public:
     bool EchoesToStderr() const override { return true; }
 };
 
-UserMessages& GetUserMessages();
-// Installs `messages` (not owned); nullptr restores the logging default.
-void SetUserMessages(UserMessages* messages);

@@ -8,15 +8,11 @@
 #include "core/app_dir.h"
 #include "core/i18n/ui_language.h"
 #include "desktop/control/control_client.h"
-#include "desktop/platform/idle_time_platform.h"
-#include "gui/gui_user_messages.h"
 #include "gui/main_frame.h"
 #include "core/prefs/preference.h"
 
 namespace {
 wxString g_appDirOverride;
-GuiUserMessages g_userMessages;
-std::unique_ptr<IdleTimeSource> g_idleTime;
 }  // namespace
 
 wxIMPLEMENT_APP_NO_MAIN(CadrelleApp);
@@ -37,7 +33,6 @@ bool CadrelleApp::OnInit()
     // Log lines go to standard error, never into dialogs.
     delete wxLog::SetActiveTarget(new wxLogStderr);
     ShareUiLanguageWithToolkit(SetUpUiLanguage(ExecutableDir()));
-    SetUserMessages(&g_userMessages);
     m_pInstance = std::make_unique<SingleInstanceGuard>();
     if (m_pInstance->IsAnotherRunning()) {
         // The running instance comes to the front (through its password
@@ -48,8 +43,6 @@ bool CadrelleApp::OnInit()
         return false;
     }
     wxInitAllImageHandlers();
-    g_idleTime = CreatePlatformIdleTimeSource();
-    SetIdleTimeSource(g_idleTime.get());
     auto* frame = new CadrelleFrame(appDir);
     SetTopWindow(frame);
     // Started minimised, the password is asked when the window is restored.
@@ -68,9 +61,6 @@ bool CadrelleApp::OnInit()
 
 int CadrelleApp::OnExit()
 {
-    SetIdleTimeSource(nullptr);
-    g_idleTime.reset();
-    SetUserMessages(nullptr);
     m_pInstance.reset();
     return wxApp::OnExit();
 }

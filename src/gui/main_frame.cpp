@@ -37,11 +37,6 @@
 
 namespace {
 
-// The trigger timer's period (only its first tick does anything) and the
-// housekeeping's: the delayed save, the status bar and the lists' repaint.
-constexpr int kTriggerTimerMs = AppSession::kTriggerTimerMs;
-constexpr int kHousekeepingMs = AppSession::kHousekeepingMs;
-
 // Counts the modal dialogs and message boxes open: a signal that arrives
 // while one runs its own loop cannot destroy the window under it.
 class ModalCounter final : public wxModalDialogHook {
@@ -98,14 +93,13 @@ using namespace frame;
 
 CadrelleFrame::CadrelleFrame(const wxString& appDir)
     : wxFrame(nullptr, wxID_ANY, kCaption), m_pSession(std::make_unique<AppSession>(appDir)),
-      m_timerTrigger(this, ID_TIMER_TRIGGER), m_timerHousekeeping(this, ID_TIMER_HOUSEKEEPING),
-      m_timerLogging(this, ID_TIMER_LOGGING)
+      m_timerSession(this, ID_TIMER_SESSION)
 {
-    m_pSession->Start(*this);
+    m_pSession->Start(*this, &m_userMessages);
     // What the data file held but did not load as written, in a message box.
     const wxString loadNote = m_pSession->LoadReport().Describe();
     if (!loadNote.empty())
-        GetUserMessages().ShowMessage(loadNote, kCaption);
+        m_userMessages.ShowMessage(loadNote, kCaption);
     m_strStartTime = wxDateTime::Now().Format("%Y-%m-%d %H:%M:%S");
     m_nSortCol = static_cast<int>(PrefNumber("colSortIndex", 0));
     m_nSortDir = PrefNumber("colSortDir", kSortDefault);
@@ -146,9 +140,7 @@ CadrelleFrame::CadrelleFrame(const wxString& appDir)
     Bind(wxEVT_CLOSE_WINDOW, &CadrelleFrame::OnClose, this);
     Bind(wxEVT_ICONIZE, &CadrelleFrame::OnIconize, this);
     Bind(wxEVT_CHAR_HOOK, &CadrelleFrame::OnCharHook, this);
-    Bind(wxEVT_TIMER, &CadrelleFrame::Onm_timerTrigger, this, ID_TIMER_TRIGGER);
-    Bind(wxEVT_TIMER, &CadrelleFrame::OnHousekeeping, this, ID_TIMER_HOUSEKEEPING);
-    Bind(wxEVT_TIMER, &CadrelleFrame::Onm_timerLogging, this, ID_TIMER_LOGGING);
+    Bind(wxEVT_TIMER, &CadrelleFrame::OnSessionTick, this, ID_TIMER_SESSION);
     Bind(wxEVT_MENU, &CadrelleFrame::Onm_pTbiNewJobClick, this, ID_TBI_NEWJOB);
     Bind(wxEVT_MENU, &CadrelleFrame::Onm_pTbiNewJobClick, this, ID_MNU_NEWJOB);
     Bind(wxEVT_MENU, &CadrelleFrame::Onm_pTbiEditJobClick, this, ID_TBI_EDITJOB);
@@ -192,9 +184,7 @@ CadrelleFrame::CadrelleFrame(const wxString& appDir)
     });
     WatchDisplayLoss([this] { m_pSession->EmergencyStop(); });
 
-    m_timerLogging.Start(WeekdayLog::kTimerPeriodMs);
-    m_timerTrigger.Start(kTriggerTimerMs);
-    m_timerHousekeeping.Start(kHousekeepingMs);
+    m_timerSession.Start(AppSession::kTickMs);
 }
 
 CadrelleFrame::~CadrelleFrame()
@@ -203,9 +193,7 @@ CadrelleFrame::~CadrelleFrame()
     WatchStopSignals(nullptr);
     WatchDisplayLoss(nullptr);
     g_modals.Unregister();
-    m_timerTrigger.Stop();
-    m_timerHousekeeping.Stop();
-    m_timerLogging.Stop();
+    m_timerSession.Stop();
     m_pPopupMenu.reset();
     if (m_pShell)
         m_pShell->RemoveTrayIcon();
@@ -586,37 +574,26 @@ void CadrelleFrame::OnIconize(wxIconizeEvent& event)
 
 // --- timers and workers -----------------------------------------------------
 
-void CadrelleFrame::Onm_timerTrigger(wxTimerEvent&)
+void CadrelleFrame::OnSessionTick(wxTimerEvent&)
 {
-    m_timerTrigger.Stop();
-    m_pSession->GetEngine().StartChecking();
-    if (m_bPendingPause) {
+    // The same tick as a headless run's loop: the checkers' start, the
+    // delayed save, the log.
+    const AppSession::TickResult tick = m_pSession->Tick();
+    if (tick.checkingStarted && m_bPendingPause) {
         m_bPendingPause = false;
         m_pSession->GetEngine().TogglePause();
     }
-    RefreshViews();
-}
-
-void CadrelleFrame::OnHousekeeping(wxTimerEvent&)
-{
-    // A tick far behind its period means the main thread was held up: the
-    // log says so, since nothing else would show it.
-    const wxLongLong now = wxGetUTCTimeMillis();
-    if (m_lastHousekeeping != 0 && now - m_lastHousekeeping > 2 * kHousekeepingMs)
-        wxLogMessage("%d ### Main thread held up: housekeeping %s ms apart", LogMs(),
-                     (now - m_lastHousekeeping).ToString());
-    m_lastHousekeeping = now;
-    m_pSession->HousekeepingTick();
+    if (tick.checkingStarted) {
+        RefreshViews();
+        return;
+    }
     // Firings change next times and statuses: at most one repaint a second.
+    if (!tick.housekeepingRan)
+        return;
     if (m_bViewsDirty)
         RefreshViews();
     else
         UpdateStatusBar();
-}
-
-void CadrelleFrame::Onm_timerLogging(wxTimerEvent&)
-{
-    m_pSession->LoggingTick();
 }
 
 void CadrelleFrame::WakeMainThread()

@@ -19,6 +19,8 @@
 #include "gui/frame/job_view_logic.h"
 #include "gui/frame/list_models.h"
 
+#include "gui/gui_user_messages.h"
+
 class AppSession;
 enum class JobDlgMode;
 class DesktopShell;
@@ -119,9 +121,7 @@ private:
 
     void OnClose(wxCloseEvent& event);
     void OnIconize(wxIconizeEvent& event);
-    void Onm_timerTrigger(wxTimerEvent& event);
-    void OnHousekeeping(wxTimerEvent& event);
-    void Onm_timerLogging(wxTimerEvent& event);
+    void OnSessionTick(wxTimerEvent& event);
     void Onm_pTcCategorySelectionChanged(wxDataViewEvent& event);
     void Onm_pLcJobItemActivated(wxDataViewEvent& event);
     void Onm_pLcJobItemRClick(wxDataViewEvent& event);
@@ -149,12 +149,10 @@ private:
     wxString m_strFilter;
     wxString m_strStartTime;
     wxString m_strLastStatus;
-    wxTimer m_timerTrigger;
-    wxTimer m_timerHousekeeping;
-    wxTimer m_timerLogging;
+    GuiUserMessages m_userMessages;
+    wxTimer m_timerSession;
     // A job started since the last refresh (set on the main thread).
     bool m_bViewsDirty = false;
-    wxLongLong m_lastHousekeeping = 0;
     bool m_bPendingPause = false;
     bool m_bForceClose = false;
     bool m_bToldWhyNotHidden = false;

@@ -8,7 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include "harness.h"
 #include "core/data/data_file_reader.h"
+#include "core/data/scheduler_data.h"
 #include "core/scheduler.h"
 #include "test_support.h"
 
@@ -48,10 +50,10 @@ TEST(DataFileCrashSafety, KilledSaveLoopAlwaysLeavesALoadableWorkingCopy)
         ASSERT_TRUE(WIFSIGNALED(status));
 
         DataFileContent check;
-        ReadDataFile(dir.File("data/data1.xml"), check);
+        ReadDataFile(dir.File("data/data1.xml"), check, HarnessContext());
         ASSERT_TRUE(check.wellFormed) << check.problem;
-        Scheduler loaded(dir.Path());
-        const DataLoadReport report = loaded.LoadSchedulerData(false);
+        Scheduler loaded(HarnessContext(), dir.Path());
+        const DataLoadReport report = LoadSchedulerData(loaded, false);
         ASSERT_EQ(report.source, DataLoadReport::Source::Working);
         ASSERT_EQ(loaded.Jobs().size(), 3000u);
     }

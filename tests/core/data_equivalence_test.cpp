@@ -9,7 +9,9 @@
 #include <wx/mstream.h>
 #include <wx/xml/xml.h>
 
+#include "harness.h"
 #include "core/data/data_file_reader.h"
+#include "core/data/scheduler_data.h"
 #include "core/scheduler.h"
 #include "core/text_number.h"
 #include "test_support.h"
@@ -39,7 +41,7 @@ bool DomRead(const std::string& bytes, DataFileContent& out)
             continue;
         const long type = LeadingLong(text(node, "TYPE"));
         if (node->GetName().IsSameAs("TRIGGER", false)) {
-            std::unique_ptr<Trigger> trigger = type < 0 ? nullptr : CreateTrigger(static_cast<std::uint32_t>(type));
+            std::unique_ptr<Trigger> trigger = type < 0 ? nullptr : CreateTrigger(static_cast<std::uint32_t>(type), HarnessContext());
             if (!trigger)
                 continue;
             TriggerParam p;
@@ -95,15 +97,14 @@ TEST(DataFileReaderEquivalence, SameJobsAndTriggersOrTheSameRefusalAsTheDocument
 {
     TempDir dir;
     {
-        Scheduler large(dir.Path());
+        Scheduler large(HarnessContext(), dir.Path());
         for (int i = 0; i < 3000; ++i) {
             // Blanks around the descriptions meet chunk boundaries.
             large.AddJob(TestJob(i, static_cast<std::uint32_t>(i % NJobTypeCount), {i}, {}, 0, i % 2,
-                                 wxString::Format("  job %d <&> \"%d\"  ", i, i * 7), {"/home/user", wxString::Format("%d", i)}),
-                         false);
-            large.AddTrigger(CreateTrigger(static_cast<std::uint32_t>(4 + i % 8)), false);
+                                 wxString::Format("  job %d <&> \"%d\"  ", i, i * 7), {"/home/user", wxString::Format("%d", i)}));
+            large.AddTrigger(CreateTrigger(static_cast<std::uint32_t>(4 + i % 8), HarnessContext()));
         }
-        ASSERT_EQ(large.SaveSchedulerData(true), DataSaveResult::Saved);
+        ASSERT_EQ(SaveSchedulerData(large, true), DataSaveResult::Saved);
     }
     wxArrayString files;
     wxDir::GetAllFiles(CADRELLE_TEST_DATA_DIR, &files, "*.xml");
@@ -113,7 +114,7 @@ TEST(DataFileReaderEquivalence, SameJobsAndTriggersOrTheSameRefusalAsTheDocument
     for (const wxString& file : files) {
         const std::string bytes = ReadFileBytes(file);
         DataFileContent fresh, dom;
-        ReadDataFileBytes(bytes.data(), bytes.size(), fresh);
+        ReadDataFileBytes(bytes.data(), bytes.size(), fresh, HarnessContext());
         // Numbers that do not fit, wide ids and deep nesting are read differently on purpose.
         const bool wide = std::any_of(fresh.triggers.begin(), fresh.triggers.end(),
                                       [](const auto& t) { return t->GetTid() != static_cast<std::int32_t>(t->GetTid()); });

@@ -9,6 +9,7 @@
 #include <wx/filename.h>
 
 #include "core/data/data_file_reader.h"
+#include "core/data/scheduler_data.h"
 #include "core/scheduler.h"
 #include "harness.h"
 #include "test_support.h"
@@ -19,15 +20,12 @@ namespace {
 // The content of tests/data/golden_data1.xml, built through the API.
 void FillGoldenContent(Scheduler& s)
 {
-    s.AddJob(TestJob(0, NJobTypeReminder, {1, 2}, {}, 0, true, "Tea <time> & \"biscuits\"", {"Drink tea", "1"}), false);
+    s.AddJob(TestJob(0, NJobTypeReminder, {1, 2}, {}, 0, true, "Tea <time> & \"biscuits\"", {"Drink tea", "1"}));
     s.AddJob(TestJob(3, NJobTypeSendUdpMsg, {}, {0}, 500, false, "Ping &amp; pong",
-                     {"hi", "0", "1", "127.0.0.1", "7788"}),
-             false);
-    s.AddTrigger(LoadedTrigger(1, NTriggerTypeSpecTime, "0 0 8 23 11 ? 2026", "0 0 0 1 1 * 1999", "0 0 8 23 11 * 2026"),
-                 false);
-    s.AddTrigger(LoadedTrigger(2, NTriggerTypeCountDown, "0 0 9 24 11 2026 0 1 0 0", "0 0 9 20 11 * 2026",
-                             "0 0 9 24 11 * 2026", "0 0 0 1 11 * 2026", "59 59 23 31 12 * 2027"),
-                 false);
+                     {"hi", "0", "1", "127.0.0.1", "7788"}));
+    s.AddTrigger(LoadedTrigger(HarnessContext(), 1, NTriggerTypeSpecTime, "0 0 8 23 11 ? 2026", "0 0 0 1 1 * 1999", "0 0 8 23 11 * 2026"));
+    s.AddTrigger(LoadedTrigger(HarnessContext(), 2, NTriggerTypeCountDown, "0 0 9 24 11 2026 0 1 0 0", "0 0 9 20 11 * 2026",
+                             "0 0 9 24 11 * 2026", "0 0 0 1 11 * 2026", "59 59 23 31 12 * 2027"));
 }
 
 std::string Golden()
@@ -47,8 +45,8 @@ TEST(DataFileLayout, GoldenFileLoadsAndSavesBackUnchanged)
 {
     TempDir dir;
     WriteFileBytes(dir.File("data/data1.xml"), Golden());
-    Scheduler s(dir.Path());
-    const DataLoadReport report = s.LoadSchedulerData();
+    Scheduler s(HarnessContext(), dir.Path());
+    const DataLoadReport report = LoadSchedulerData(s);
     EXPECT_EQ(report.source, DataLoadReport::Source::Working);
     ASSERT_EQ(s.Jobs().size(), 2u);
     ASSERT_EQ(s.Triggers().size(), 2u);
@@ -60,27 +58,27 @@ TEST(DataFileLayout, GoldenFileLoadsAndSavesBackUnchanged)
     EXPECT_EQ(s.Jobs()[1]->GetAssociatedJids(), (IdList{0}));
     EXPECT_EQ(s.Jobs()[0]->GetTriggerIds(), (TidList{1, 2}));
     EXPECT_EQ(s.GetTriggerOwner(2)->GetId(), 0);
-    EXPECT_FALSE(s.IsDataChanged());
+    EXPECT_FALSE(s.Changes().IsDataChanged());
 
-    s.SetDataChanged(true);
-    ASSERT_EQ(s.SaveSchedulerData(true), DataSaveResult::Saved);
+    s.Changes().MarkChanged();
+    ASSERT_EQ(SaveSchedulerData(s, true), DataSaveResult::Saved);
     EXPECT_EQ(ReadFileBytes(s.Paths().working), Golden());
 }
 
 TEST(DataFileLayout, EscapingKeepsTheFileWellFormedWhateverTheText)
 {
     TempDir dir;
-    Scheduler s(dir.Path());
+    Scheduler s(HarnessContext(), dir.Path());
     const wxString nasty = wxString::FromUTF8("a<b>c&d&amp;e \x01\x1f tab\there ü €");
-    s.AddJob(TestJob(0, NJobTypeReminder, {}, {}, 0, true, nasty, {"<x>", "&"}), false);
-    ASSERT_EQ(s.SaveSchedulerData(true), DataSaveResult::Saved);
+    s.AddJob(TestJob(0, NJobTypeReminder, {}, {}, 0, true, nasty, {"<x>", "&"}));
+    ASSERT_EQ(SaveSchedulerData(s, true), DataSaveResult::Saved);
     const std::string bytes = ReadFileBytes(s.Paths().working);
     EXPECT_NE(bytes.find("<DESC>a&lt;b&gt;c&amp;d&amp;e  tab\there \xC3\xBC \xE2\x82\xAC</DESC>"), std::string::npos)
         << bytes;
     EXPECT_NE(bytes.find("<INFO>&lt;x&gt; $ &amp;</INFO>"), std::string::npos);
 
-    Scheduler back(dir.Path());
-    back.LoadSchedulerData();
+    Scheduler back(HarnessContext(), dir.Path());
+    LoadSchedulerData(back);
     ASSERT_EQ(back.Jobs().size(), 1u);
     EXPECT_EQ(back.Jobs()[0]->GetDescription(), wxString::FromUTF8("a<b>c&d&e  tab\there ü €"));
     EXPECT_EQ(back.Jobs()[0]->GetParams(), (ParamList{"<x>", "&"}));
@@ -90,27 +88,25 @@ TEST(DataFileRoundTrip, AllJobKindsAndTriggerKindsSurviveSaveAndLoad)
 {
     TempDir dir;
     const std::int64_t wide = (std::int64_t{1} << 32) + 100;  // TIDs past 32 bits
-    Scheduler s(dir.Path());
+    Scheduler s(HarnessContext(), dir.Path());
     for (std::uint32_t type = 0; type < NJobTypeCount; ++type) {
         ParamList params;
         for (std::uint32_t i = 0; i <= type % 6; ++i)
             params.push_back(wxString::Format("p%u-%u", type, i));
         s.AddJob(TestJob(static_cast<std::int32_t>(type), type, {wide + type % 12},
                          {static_cast<std::int32_t>((type + 1) % 24)}, static_cast<std::int32_t>(type * 10),
-                         type % 3 != 0, wxString::Format("job of kind %u", type), params),
-                 false);
+                         type % 3 != 0, wxString::Format("job of kind %u", type), params));
     }
     const char* const conditions[] = {"0 0 9 24 11 2026 0 1 0 0", "0 0 5 0 - -", "0/45 * * * * ?", "- 10 - - - -",
                                       "0 0 8 23 11 ? 2026", "0,30 * * * * *", "30 15 * * * ?", "0 0 8 * * ?",
                                       "0 30 8 ? * 1-5", "0 0 0 31 * ?", "0 0 0 1 1 ?", "0 0 12 ? * MON-FRI"};
     for (std::uint32_t type = 0; type < NTriggerTypeCount; ++type)
-        s.AddTrigger(LoadedTrigger(wide + type, type, conditions[type], "0 0 9 20 11 * 2026",
-                                 "0 0 9 24 11 * 2026", "0 0 0 1 11 * 2026", "59 59 23 31 12 * 2030"),
-                     false);
-    ASSERT_EQ(s.SaveSchedulerData(false), DataSaveResult::Saved);
+        s.AddTrigger(LoadedTrigger(HarnessContext(), wide + type, type, conditions[type], "0 0 9 20 11 * 2026",
+                                 "0 0 9 24 11 * 2026", "0 0 0 1 11 * 2026", "59 59 23 31 12 * 2030"));
+    ASSERT_EQ(SaveSchedulerData(s, false), DataSaveResult::Saved);
 
-    Scheduler back(dir.Path());
-    back.LoadSchedulerData();
+    Scheduler back(HarnessContext(), dir.Path());
+    LoadSchedulerData(back);
     ASSERT_EQ(back.Jobs().size(), s.Jobs().size());
     ASSERT_EQ(back.Triggers().size(), s.Triggers().size());
     auto job = [](const Job& j) {
@@ -131,7 +127,7 @@ TEST(DataFileRoundTrip, AllJobKindsAndTriggerKindsSurviveSaveAndLoad)
         TriggerParam a, b;
         EXPECT_EQ(trigger(*back.Triggers()[i], b), trigger(*s.Triggers()[i], a));
         // ENABLE follows the owning job after loading.
-        const Job* owner = back.GetTriggerOwner(b.tid);
+        const auto& owner = back.GetTriggerOwner(b.tid);
         ASSERT_NE(owner, nullptr);
         EXPECT_EQ(back.Triggers()[i]->IsEnabled(), owner->IsEnabled());
         EXPECT_EQ(back.Triggers()[i]->GetStatus(),
@@ -148,9 +144,9 @@ TEST_P(DataFileUnreadable, LoadsTheFallbackAndKeepsTheUnreadableCopy)
 {
     TempDir dir;
     {
-        Scheduler s(dir.Path());
+        Scheduler s(HarnessContext(), dir.Path());
         FillGoldenContent(s);
-        s.SaveSchedulerData(false);
+        SaveSchedulerData(s, false);
     }
     const wxString working = dir.File("data/data1.xml");
     std::string damaged = ReadFileBytes(working).substr(0, 300);  // cut off in the middle
@@ -164,8 +160,8 @@ TEST_P(DataFileUnreadable, LoadsTheFallbackAndKeepsTheUnreadableCopy)
     if (GetParam() == 2)
         WriteFileBytes(dir.File("data/data2.xml"), damaged);
 
-    Scheduler s(dir.Path());
-    const DataLoadReport report = s.LoadSchedulerData();
+    Scheduler s(HarnessContext(), dir.Path());
+    const DataLoadReport report = LoadSchedulerData(s);
     const bool both = GetParam() == 2;
     EXPECT_EQ(report.source, both ? DataLoadReport::Source::None : DataLoadReport::Source::Fallback);
     EXPECT_EQ(s.Jobs().size(), both ? 0u : 2u);
@@ -195,8 +191,8 @@ TEST_P(DataFileDamaged, LoadsWhatItCanKeepsTheOriginalAndSaysWhatWasDropped)
     const wxString working = dir.File("data/data1.xml");
     const std::string original = ReadFileBytes(wxString(CADRELLE_TEST_DATA_DIR "/damaged/") + row.name);
     WriteFileBytes(working, original);
-    Scheduler s(dir.Path());
-    const DataLoadReport report = s.LoadSchedulerData();
+    Scheduler s(HarnessContext(), dir.Path());
+    const DataLoadReport report = LoadSchedulerData(s);
     EXPECT_EQ(s.Jobs().size(), row.jobs);
     EXPECT_EQ(s.Triggers().size(), row.triggers);
     const wxString told = report.Describe();
@@ -206,11 +202,11 @@ TEST_P(DataFileDamaged, LoadsWhatItCanKeepsTheOriginalAndSaysWhatWasDropped)
     EXPECT_TRUE(told.Contains(report.keptCopies[0]));
     EXPECT_EQ(Mode(report.keptCopies[0]), 0600u);
 
-    s.SetDataChanged(true);
-    ASSERT_EQ(s.SaveSchedulerData(true), DataSaveResult::Saved);
+    s.Changes().MarkChanged();
+    ASSERT_EQ(SaveSchedulerData(s, true), DataSaveResult::Saved);
     EXPECT_EQ(ReadFileBytes(report.keptCopies[0]), original);
-    Scheduler back(dir.Path());
-    back.LoadSchedulerData();
+    Scheduler back(HarnessContext(), dir.Path());
+    LoadSchedulerData(back);
     EXPECT_EQ(back.Jobs().size(), row.jobs);
     EXPECT_EQ(back.Triggers().size(), row.triggers);
 }
@@ -240,7 +236,7 @@ TEST(DataFileSave, PlantedTemporariesAndLinksAreNeitherFollowedNorTrusted)
     TempDir dir, elsewhere;
     const wxString target = elsewhere.File("real-data1.xml"), victim = elsewhere.File("victim");
     WriteFileBytes(victim, "untouched");
-    Scheduler s(dir.Path());
+    Scheduler s(HarnessContext(), dir.Path());
     ASSERT_TRUE(wxFileName::Mkdir(dir.File("data")));
     // data1.xml is a link the user made; the temporary names are links planted.
     ASSERT_EQ(::symlink(target.fn_str(), s.Paths().working.fn_str()), 0);
@@ -248,7 +244,7 @@ TEST(DataFileSave, PlantedTemporariesAndLinksAreNeitherFollowedNorTrusted)
     ASSERT_EQ(::symlink(victim.fn_str(), (target + ".tmp-AAAAAA").fn_str()), 0);
     FillGoldenContent(s);
     const mode_t old = ::umask(0);
-    ASSERT_EQ(s.SaveSchedulerData(true), DataSaveResult::Saved);
+    ASSERT_EQ(SaveSchedulerData(s, true), DataSaveResult::Saved);
     ::umask(old);
     EXPECT_EQ(ReadFileBytes(target), Golden());
     EXPECT_EQ(Mode(target), 0600u);
@@ -265,20 +261,20 @@ TEST(DataFileSave, FailureIsToldKeepsTheFlagAndSucceedsOnceTheCauseIsGone)
 {
     TempDir dir;
     RecordedMessages messages;
-    Scheduler s(dir.Path());
+    Scheduler s(HarnessContext(), dir.Path());
     FillGoldenContent(s);
     ASSERT_TRUE(wxFileName::Mkdir(s.Paths().working, 0700, wxPATH_MKDIR_FULL));
-    EXPECT_EQ(s.SaveSchedulerData(false), DataSaveResult::Failed);
-    EXPECT_TRUE(s.IsDataChanged());
-    EXPECT_EQ(s.SaveSchedulerData(false), DataSaveResult::Failed);
+    EXPECT_EQ(SaveSchedulerData(s, false), DataSaveResult::Failed);
+    EXPECT_TRUE(s.Changes().IsDataChanged());
+    EXPECT_EQ(SaveSchedulerData(s, false), DataSaveResult::Failed);
     ASSERT_EQ(messages.Boxes().size(), 1u);
     EXPECT_NE(messages.Boxes()[0].find("could not save its jobs and triggers"), std::string::npos);
-    EXPECT_EQ(s.SaveSchedulerData(true), DataSaveResult::Failed);
+    EXPECT_EQ(SaveSchedulerData(s, true), DataSaveResult::Failed);
     ASSERT_EQ(messages.Boxes().size(), 2u);  // the save at exit always tells
     EXPECT_NE(messages.Boxes()[1].find("are lost"), std::string::npos);
 
     ASSERT_TRUE(wxFileName::Rmdir(s.Paths().working));
-    EXPECT_EQ(s.SaveSchedulerData(false), DataSaveResult::Saved);
-    EXPECT_FALSE(s.IsDataChanged());
+    EXPECT_EQ(SaveSchedulerData(s, false), DataSaveResult::Saved);
+    EXPECT_FALSE(s.Changes().IsDataChanged());
     EXPECT_EQ(ReadFileBytes(s.Paths().working), Golden());
 }

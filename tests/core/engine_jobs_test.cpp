@@ -8,10 +8,12 @@
 #include <gtest/gtest.h>
 
 #include "captured_log.h"
+#include "harness.h"
 #include "trigger_builders.h"
 
 #include "core/engine/scheduler_engine.h"
 #include "core/jobs/job_actions.h"
+#include "core/session/session_context.h"
 
 namespace {
 
@@ -52,19 +54,19 @@ protected:
     void SetUp() override
     {
         for (std::uint32_t kind = 0; kind < NJobTypeCount; ++kind)
-            SetJobAction(kind, [this](Job& job) { runs.Add(job.GetId()); });
+            context->Actions().Set(kind, [this](const Job& job, SessionContext&) { runs.Add(job.GetId()); });
     }
     void TearDown() override
     {
         engine.Shutdown();
         EXPECT_TRUE(engine.WaitForJobThreads(5000));
-        ClearJobActions();
     }
+    void Run(std::int32_t jid) { engine.RunJob(scheduler.GetJobById(jid)); }
 
     Job* AddJob(std::int32_t jid, std::uint32_t kind, IdList associated = {}, std::int32_t interval = 0,
                 bool enable = true)
     {
-        scheduler.AddJob(TestJob(jid, kind, {}, std::move(associated), interval, enable), false);
+        scheduler.AddJob(TestJob(jid, kind, {}, std::move(associated), interval, enable));
         return scheduler.GetJobById(jid).get();
     }
 
@@ -83,9 +85,10 @@ protected:
             pump();
     }
 
-    Scheduler scheduler;
+    std::shared_ptr<SessionContext> context = std::make_shared<SessionContext>();
+    Scheduler scheduler{*context};
     TestHost host;
-    SchedulerEngine engine{scheduler, host};
+    SchedulerEngine engine{scheduler, context, host};
     RunLog runs;
 };
 
@@ -93,9 +96,9 @@ protected:
 
 TEST_F(EngineJobsTest, ChainSkipsOwnIdAndStartsDisabledJobsAfterTheInterval)
 {
-    Job* first = AddJob(3, NJobTypeSendUdpMsg, {7, 3, 42}, 300);  // 42 does not exist
-    AddJob(7, NJobTypeSendTcpMsg, {}, 0, false);                   // disabled, still chained
-    engine.PostJobRun(*first, 0);
+    AddJob(3, NJobTypeSendUdpMsg, {7, 3, 42}, 300);  // 42 does not exist
+    AddJob(7, NJobTypeSendTcpMsg, {}, 0, false);      // disabled, still chained
+    Run(3);
     PumpUntil(2);
     EXPECT_EQ(runs.Ids(), (std::vector<std::int32_t>{3, 7}));
     ASSERT_EQ(runs.Ids().size(), 2u);
@@ -105,14 +108,14 @@ TEST_F(EngineJobsTest, ChainSkipsOwnIdAndStartsDisabledJobsAfterTheInterval)
 
 TEST_F(EngineJobsTest, SilentModeHoldsBackItsKindsButStillChains)
 {
-    Job* typing = AddJob(1, NJobTypeKeyTyping, {2});
+    AddJob(1, NJobTypeKeyTyping, {2});
     AddJob(2, NJobTypeOpenFolder);
     engine.SetSilentMode(true);
-    engine.PostJobRun(*typing, 0);
+    Run(1);
     PumpUntil(1);
     EXPECT_EQ(runs.Ids(), (std::vector<std::int32_t>{2}));
     engine.SetSilentMode(false);
-    engine.PostJobRun(*typing, 0);
+    Run(1);
     PumpUntil(3);
     EXPECT_EQ(runs.Ids(), (std::vector<std::int32_t>{2, 1, 2}));
 }
@@ -123,15 +126,22 @@ TEST_F(EngineJobsTest, ShutdownCutsDelaysShortAndLeavesBehindOnlyAJobThatWillNot
     wxLog* const previous = wxLog::SetActiveTarget(&log);  // whether or not the capture installs itself
     std::promise<void> entered, open;  // hold the job's action until opened
     std::shared_future<void> opened = open.get_future().share();
-    SetJobAction(NJobTypeRefreshUrl, [&](Job& job) {
+    context->Actions().Set(NJobTypeRefreshUrl, [&](const Job& job, SessionContext&) {
         entered.set_value();
         opened.wait_for(std::chrono::seconds(10));
         runs.Add(job.GetId());
     });
-    engine.PostJobRun(*AddJob(555, NJobTypeRefreshUrl), 0);
-    engine.PostJobRun(*AddJob(666, NJobTypeSendUdpMsg), 60000);
+    AddJob(555, NJobTypeRefreshUrl);
+    AddJob(665, NJobTypeSendUdpMsg, {666}, 60000);  // 666 waits a minute
+    AddJob(666, NJobTypeSendUdpMsg);
+    Run(555);
+    Run(665);
     engine.ProcessRequests();
     ASSERT_EQ(entered.get_future().wait_for(std::chrono::seconds(5)), std::future_status::ready);
+    ASSERT_TRUE(WaitUntil([&] {
+        engine.ProcessRequests();
+        return log.Has("->> [JID_666,");
+    }));
     const auto start = std::chrono::steady_clock::now();
     engine.Shutdown(300);
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
@@ -141,7 +151,7 @@ TEST_F(EngineJobsTest, ShutdownCutsDelaysShortAndLeavesBehindOnlyAJobThatWillNot
     EXPECT_TRUE(log.Has("<<- [JID_666,"));  // the delayed job gave up its wait and ended
     open.set_value();
     EXPECT_TRUE(engine.WaitForJobThreads(5000));
-    EXPECT_EQ(runs.Ids(), (std::vector<std::int32_t>{555}));
+    EXPECT_EQ(runs.Ids(), (std::vector<std::int32_t>{665, 555}));
     EXPECT_FALSE(log.Has("<<- [JID_555,"));  // left behind: it no longer reaches the log
     wxLog::SetActiveTarget(previous);
 }

@@ -9,6 +9,7 @@
 
 #include "core/engine/checker_plan.h"
 #include "core/scheduler.h"
+#include "core/engine/trigger_checker.h"
 #include "trigger_fixture.h"
 
 TEST(CheckerPlan, ThreadCountTableIsExact)
@@ -66,47 +67,47 @@ protected:
     {
         auto trigger = Make(NTriggerTypeSpecTime, "0 0 8 23 11 ? 2026");
         trigger->SetTid(tid);
-        s.AddTrigger(std::move(trigger), false);
-        s.AddJob(TestJob(jid, jobKind, {static_cast<std::int32_t>(tid)}), false);
+        s.AddTrigger(std::move(trigger));
+        s.AddJob(TestJob(jid, jobKind, {static_cast<std::int32_t>(tid)}));
     }
 };
 
 TEST_F(CheckerPassTest, OnlyTheThreadOfItsTidChecksATriggerAndNotWhileItIsEdited)
 {
     At(moment, -60000);
-    Scheduler s;
+    Scheduler s(context);
     AddJobWithTrigger(s, 0, NJobTypeReminder, 5);
-    s.SetDataChanged(false);
+    s.Changes().ClearChanged();
     At(moment, -100);
     RecordingSink sink;
     for (std::size_t index : {0u, 2u, 3u})
-        s.CheckTriggerShare(4, index, sink);
+        CheckTriggerShare(s, 4, index, sink);
     s.Triggers()[0]->SetEditing(true);  // open in a dialog: not checked either
-    s.CheckTriggerShare(4, 1, sink);
+    CheckTriggerShare(s, 4, 1, sink);
     EXPECT_TRUE(sink.runs.empty());
     EXPECT_FALSE(s.Triggers()[0]->IsFinished());
     s.Triggers()[0]->SetEditing(false);
-    s.CheckTriggerShare(4, 1, sink);
+    CheckTriggerShare(s, 4, 1, sink);
     EXPECT_EQ(sink.runs, (std::vector<std::int32_t>{0}));
-    EXPECT_TRUE(s.IsDataChanged());
-    EXPECT_EQ(s.GetDataChangedTime(), clock.Now());
+    EXPECT_TRUE(s.Changes().IsDataChanged());
+    EXPECT_EQ(s.Changes().GetDataChangedTime(), clock.Now());
     // Finished: never looked at again.
-    s.CheckTriggerShare(4, 1, sink);
+    CheckTriggerShare(s, 4, 1, sink);
     EXPECT_EQ(sink.runs.size(), 1u);
 }
 
 TEST_F(CheckerPassTest, DisabledJobPostsNothingButItsTriggerStillAdvances)
 {
     At(moment, -60000);
-    Scheduler s;
+    Scheduler s(context);
     AddJobWithTrigger(s, 0, NJobTypeReminder, 1);
     s.Jobs()[0]->SetEnable(false);  // the trigger itself stays enabled
-    s.SetDataChanged(false);
+    s.Changes().ClearChanged();
     At(moment, -100);
     RecordingSink sink;
-    s.CheckTriggerShare(4, 1, sink);
+    CheckTriggerShare(s, 4, 1, sink);
     EXPECT_TRUE(sink.runs.empty());
-    EXPECT_FALSE(s.IsDataChanged());
+    EXPECT_FALSE(s.Changes().IsDataChanged());
     EXPECT_TRUE(s.Triggers()[0]->IsFinished());
     EXPECT_EQ(s.Triggers()[0]->GetPrevFire(), moment);
 }
@@ -114,19 +115,21 @@ TEST_F(CheckerPassTest, DisabledJobPostsNothingButItsTriggerStillAdvances)
 TEST_F(CheckerPassTest, AdvanceNoticeOnceAndOnlyForWarnBeforeRunJobs)
 {
     At(moment, -60000);
-    Scheduler s;
+    Scheduler s(context);
     AddJobWithTrigger(s, 0, NJobTypeShutdown, 4);  // announced before it runs
     AddJobWithTrigger(s, 1, NJobTypeReminder, 8);  // not announced
     At(moment, -299000);
     RecordingSink sink;
-    s.CheckTriggerShare(4, 0, sink);
+    CheckTriggerShare(s, 4, 0, sink);
     EXPECT_EQ(sink.notices, (std::vector<std::int32_t>{0}));
     EXPECT_TRUE(s.GetTriggerById(4)->IsNoticeGiven());
     EXPECT_TRUE(s.GetTriggerById(8)->IsNoticeGiven());
     clock.Advance(1000);
-    s.CheckTriggerShare(4, 0, sink);
+    CheckTriggerShare(s, 4, 0, sink);
     EXPECT_EQ(sink.notices.size(), 1u);
     // Editing the trigger clears the flag, so a new notice can come.
-    s.UpdateTrigger(s.GetTriggerById(4), false);
+    TriggerParam edited;
+    s.GetTriggerById(4)->MakeParam(edited);
+    s.ApplyTriggerEdit(4, edited);
     EXPECT_FALSE(s.GetTriggerById(4)->IsNoticeGiven());
 }

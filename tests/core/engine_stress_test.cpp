@@ -15,28 +15,29 @@
 
 #include "core/engine/scheduler_engine.h"
 #include "core/jobs/job_actions.h"
+#include "core/session/session_context.h"
 
 TEST(EngineStress, EditsWhileCheckersAndJobsRun)
 {
     std::atomic<int> executed{0};
+    auto context = std::make_shared<SessionContext>();
     for (std::uint32_t kind = 0; kind < NJobTypeCount; ++kind)
-        SetJobAction(kind, [&](Job& job) {
+        context->Actions().Set(kind, [&](const Job& job, SessionContext&) {
             executed.fetch_add(1);
             // Touch what a real action reads.
             volatile std::size_t length = job.GetSummary().length();
             (void)length;
         });
 
-    Scheduler scheduler;
+    Scheduler scheduler(*context);
     std::int64_t nextTid = 0;
     // A job with an every-second trigger of its own; short chains that end:
     // jobs 0..8 lead to 9, 10..18 to 19, ...
     auto addJob = [&](std::int32_t jid, std::uint32_t kind, bool notify) {
         const std::int64_t tid = nextTid++;
-        scheduler.AddTrigger(EverySecondTrigger(tid), notify);
+        scheduler.AddTrigger(EverySecondTrigger(*context, tid));
         scheduler.AddJob(TestJob(jid, kind, {tid}, jid % 10 != 9 ? IdList{jid + 1} : IdList{}, 0, true, "",
-                                 {"first", "second"}),
-                         notify);
+                                 {"first", "second"}));
     };
     for (std::int32_t jid = 0; jid < 150; ++jid)
         addJob(jid, static_cast<std::uint32_t>(jid % NJobTypeCount), false);
@@ -44,7 +45,7 @@ TEST(EngineStress, EditsWhileCheckersAndJobsRun)
     struct : EngineHost {
         void WakeMainThread() override {}
     } host;
-    SchedulerEngine engine(scheduler, host);
+    SchedulerEngine engine(scheduler, context, host);
     engine.StartChecking();
 
     // A pause and a resume within 50 ms once hung in the join; a watchdog
@@ -66,7 +67,7 @@ TEST(EngineStress, EditsWhileCheckersAndJobsRun)
         const auto& jobs = scheduler.Jobs();
         Job* job = jobs[rng() % jobs.size()].get();
         switch (rng() % 7) {
-        case 0: scheduler.SetJobEnable(job, !job->IsEnabled(), true); break;
+        case 0: scheduler.SetJobEnable(job, !job->IsEnabled()); break;
         case 1: {
             // A dialog's edit: in place, under the edit lock.
             auto lock = scheduler.EditLock();
@@ -77,20 +78,29 @@ TEST(EngineStress, EditsWhileCheckersAndJobsRun)
             job->SetParam(p);
         } break;
         case 2: {
-            Trigger* trigger = scheduler.Triggers()[rng() % scheduler.Triggers().size()].get();
-            {
-                auto lock = scheduler.EditLock();
-                trigger->SetCondition(rng() % 2 ? "*/2 * * * * ?" : "* * * * * ?");
-            }
-            scheduler.UpdateTrigger(trigger, true);
+            // A trigger dialog's edit.
+            TriggerParam p;
+            const Trigger& trigger = *scheduler.Triggers()[rng() % scheduler.Triggers().size()];
+            trigger.MakeParam(p);
+            p.condition = rng() % 2 ? "*/2 * * * * ?" : "* * * * * ?";
+            scheduler.ApplyTriggerEdit(p.tid, p);
         } break;
         case 3: {
             // Replace a job and its trigger: delete, then add anew.
             const std::int32_t jid = job->GetId();
-            scheduler.DeleteJob(job, true);
+            scheduler.DeleteJob(job);
             addJob(jid, NJobTypeSendUdpMsg, true);
         } break;
-        case 4: scheduler.RunJobByNumber(static_cast<std::int32_t>(rng() % 100)); break;
+        case 4: {
+            // A hot key or `--run`: looked up exactly, started at once.
+            Scheduler::JobPtr target;
+            {
+                auto lock = scheduler.ReadLock();
+                target = scheduler.GetJobById(static_cast<std::int32_t>(rng() % 160));
+            }
+            if (target)
+                engine.RunJob(target);
+        } break;
         case 5:
             // Two quick presses of the pause key.
             ++pairs;
@@ -99,7 +109,7 @@ TEST(EngineStress, EditsWhileCheckersAndJobsRun)
             toggledRight += !engine.TogglePause();
             break;
         default: {
-            scheduler.SetDataChanged(true);
+            scheduler.Changes().MarkChanged();
             std::size_t total = 0, active = 0;
             auto lock = scheduler.ReadLock();
             scheduler.CountTriggers(total, active);
@@ -122,7 +132,6 @@ TEST(EngineStress, EditsWhileCheckersAndJobsRun)
     done = true;
     watchdog.join();
     EXPECT_TRUE(engine.WaitForJobThreads(10000));
-    ClearJobActions();
     EXPECT_GT(edits, 500);
     EXPECT_EQ(toggledRight, 2 * pairs);
 }

@@ -5,7 +5,10 @@
 #include "core/jobs/job.h"
 #include "core/jobs/job_actions.h"
 #include "core/jobs/job_kinds.h"
+#include "core/session/session_context.h"
 #include "harness.h"
+
+#include <set>
 
 TEST(JobParamLine, JoinsWithBlankDollarBlankAndSplitsLossily)
 {
@@ -35,16 +38,33 @@ TEST(JobIdList, JoinsWithCommasAndReadsLeniently)
     EXPECT_EQ(SplitIdList("12abc,x"), (IdList{12, 0}));
 }
 
-TEST(JobExecute, RunsTheRegisteredActionOfItsKindOnly)
+TEST(JobActions, RunsTheRegisteredActionOfItsKindOnlyAndInItsOwnSession)
 {
     std::vector<std::uint32_t> ran;
-    SetJobAction(NJobTypeSendUdpMsg, [&](Job& job) { ran.push_back(job.GetType()); });
-    CreateJob(NJobTypeSendUdpMsg)->Execute();
-    CreateJob(NJobTypeSendTcpMsg)->Execute();  // nothing registered: logged, not run
-    ClearJobActions();
+    SessionContext one, other;
+    one.Actions().Set(NJobTypeSendUdpMsg, [&](const Job& job, SessionContext& context) {
+        EXPECT_EQ(&context, &one);
+        ran.push_back(job.GetType());
+    });
+    one.Actions().Run(*CreateJob(NJobTypeSendUdpMsg), one);
+    one.Actions().Run(*CreateJob(NJobTypeSendTcpMsg), one);      // nothing registered: logged, not run
+    other.Actions().Run(*CreateJob(NJobTypeSendUdpMsg), other);  // another session's table is its own
     EXPECT_EQ(ran, (std::vector<std::uint32_t>{NJobTypeSendUdpMsg}));
-    RecordedMessages messages;
-    BlankJob(0).Execute();
-    ASSERT_EQ(messages.All().size(), 1u);
-    EXPECT_EQ(messages.All()[0].caption + ": " + messages.All()[0].text, "Cadrelle: blank job executed.");
+}
+
+TEST(JobKinds, SilentModeAndTheAdvanceNoticeKeepTheirKinds)
+{
+    // Silent mode holds back what puts something in front of the user;
+    // Close App and the session and power kinds are announced.
+    const std::set<std::uint32_t> silenced = {NJobTypeReminder,       NJobTypeOpenUrl,       NJobTypeOpenFile,
+                                              NJobTypeExecDosCommand, NJobTypeExecScriptFile, NJobTypeSendKey,
+                                              NJobTypeKeyTyping,      NJobTypeMouseClick};
+    for (std::uint32_t kind = 0; kind < NJobTypeCount; ++kind) {
+        SCOPED_TRACE(kind);
+        ASSERT_NE(FindJobKind(kind), nullptr);
+        EXPECT_EQ(FindJobKind(kind)->heldInSilentMode, silenced.count(kind) == 1);
+        EXPECT_EQ(CreateJob(kind)->IsWarnBeforeRun(), kind == NJobTypeCloseApp || kind >= NJobTypeLockWorkstation);
+    }
+    EXPECT_EQ(FindJobKind(NJobTypeCount), nullptr);
+    EXPECT_EQ(CreateJob(NJobTypeCount), nullptr);
 }

@@ -56,14 +56,12 @@ TEST(VtxCodec, RoundTripsAnyTextAndRefusesJunk)
 
 class PreferenceTest : public ::testing::Test {
 protected:
-    void SetUp() override { SetClock(&clock); }
-    void TearDown() override { SetClock(nullptr); }
 
     // Stores `values` as a program run would (set, then save at exit).
     void SaveValues(std::initializer_list<std::pair<const char*, const char*>> values)
     {
         auto config = OpenConfig(path);
-        Preference prefs(config.get());
+        Preference prefs(config.get(), clock);
         prefs.Load();
         for (const auto& value : values)
             prefs.SetValue(value.first, value.second);
@@ -73,7 +71,7 @@ protected:
     std::map<wxString, wxString> LoadValues()
     {
         auto config = OpenConfig(path);
-        Preference prefs(config.get());
+        Preference prefs(config.get(), clock);
         prefs.Load();
         std::map<wxString, wxString> values;
         for (const auto& entry : Preference::Defaults())
@@ -89,7 +87,7 @@ protected:
 TEST_F(PreferenceTest, FirstStartGivesTheDefaultTableAndSavingWritesItEncoded)
 {
     auto config = OpenConfig(path);
-    Preference prefs(config.get());
+    Preference prefs(config.get(), clock);
     prefs.Load();
     for (const auto& entry : Preference::Defaults())
         EXPECT_EQ(prefs.GetValue(entry.first), entry.second) << entry.first;

@@ -1,10 +1,10 @@
 #include "trigger_builders.h"
 
-std::unique_ptr<Trigger> LoadedTrigger(std::int64_t tid, std::uint32_t type, const wxString& condition,
+std::unique_ptr<Trigger> LoadedTrigger(const SessionContext& context, std::int64_t tid, std::uint32_t type, const wxString& condition,
                                        const wxString& prevFire, const wxString& nextFire, const wxString& start,
                                        const wxString& end)
 {
-    std::unique_ptr<Trigger> trigger = CreateTrigger(type);
+    std::unique_ptr<Trigger> trigger = CreateTrigger(type, context);
     TriggerParam p;
     p.tid = tid;
     p.type = type;

@@ -1,5 +1,5 @@
 #pragma once
-// A manual clock, settings and idle time for
+// A session context on a manual clock, with settings and idle time, for
 // driving triggers through check-and-advance at exact milliseconds.
 
 #include <map>
@@ -8,6 +8,7 @@
 
 #include "core/clock.h"
 #include "core/idle_time.h"
+#include "core/session/session_context.h"
 #include "core/settings_lookup.h"
 #include "core/triggers/trigger.h"
 #include "test_support.h"
@@ -34,16 +35,9 @@ class TriggerTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        SetClock(&clock);
-        SetSettings(&settings);
-        SetIdleTimeSource(&idle);
+        context.SetSettings(&settings);
+        context.SetIdleTimeSource(&idle);
         settings.values["execMissFiredTrigger"] = "0";
-    }
-    void TearDown() override
-    {
-        SetClock(nullptr);
-        SetSettings(nullptr);
-        SetIdleTimeSource(nullptr);
     }
 
     void At(const wxDateTime& moment, std::int64_t offsetMs = 0) { clock.Set(moment.GetValue().GetValue() + offsetMs); }
@@ -53,10 +47,11 @@ protected:
     template <typename... Texts>
     std::unique_ptr<Trigger> Make(std::uint32_t type, const Texts&... texts)
     {
-        return LoadedTrigger(1, type, texts...);
+        return LoadedTrigger(context, 1, type, texts...);
     }
 
     ManualClock clock;
     MapSettings settings;
     ScriptedIdle idle;
+    SessionContext context{clock};
 };

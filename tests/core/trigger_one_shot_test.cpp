@@ -1,7 +1,7 @@
 // The one-shot kinds' own rules: the due tolerance, Count Down's target in
 // its condition, With Start counted from the program's start.
 
-#include "core/app_start_time.h"
+#include "core/engine/trigger_checker.h"
 #include "core/scheduler.h"
 #include "core/triggers/one_shot_triggers.h"
 #include "trigger_fixture.h"
@@ -31,7 +31,7 @@ TEST_F(OneShotTest, CountDownKeepsItsTargetAndDurationInTheCondition)
 TEST_F(OneShotTest, WithStartCountsFromTheStartAndFiresOncePerRun)
 {
     const wxDateTime start = Local(2026, 11, 22, 9, 0, 0, 0);
-    SetAppStartTime(start);
+    context.SetStartTime(start);
     At(start);
     auto trigger = Make(NTriggerTypeWithStart, "0 0 5 0 - -");
     const wxDateTime due = Local(2026, 11, 22, 9, 5, 0);
@@ -54,20 +54,20 @@ TEST_F(OneShotTest, WithStartCountsFromTheStartAndFiresOncePerRun)
 
 TEST_F(OneShotTest, StartUpPreparationResetsOnlyUnfiredWithStartTriggers)
 {
-    SetAppStartTime(Local(2026, 11, 22, 9, 0, 0));
+    context.SetStartTime(Local(2026, 11, 22, 9, 0, 0));
     At(Local(2026, 11, 22, 9, 0, 0));
-    Scheduler s;
+    Scheduler s(context);
     for (int tid = 1; tid <= 3; ++tid) {
         auto trigger = Make(NTriggerTypeWithStart, "0 1 30 0 - -");
         trigger->SetTid(tid);
-        s.AddTrigger(std::move(trigger), false);
+        s.AddTrigger(std::move(trigger));
     }
-    s.AddTrigger(Make(NTriggerTypeSpecTime, "0 0 8 23 11 ? 2026"), false);
+    s.AddTrigger(Make(NTriggerTypeSpecTime, "0 0 8 23 11 ? 2026"));
     s.Triggers()[1]->SetFinished(true);
 
     const wxDateTime now = Local(2026, 11, 22, 10, 0, 0, 500);
     At(now);
-    EXPECT_EQ(s.PrepareWithStartTriggers(), 2u);
+    EXPECT_EQ(ArmWithStartTriggers(s), 2u);
     EXPECT_EQ(s.Triggers()[0]->GetNextFire(), Local(2026, 11, 22, 11, 30, 0, 500));
     EXPECT_EQ(s.Triggers()[1]->GetNextFire(), Local(2026, 11, 22, 10, 30, 0));
     EXPECT_EQ(s.Triggers()[2]->GetNextFire(), Local(2026, 11, 22, 11, 30, 0, 500));

@@ -42,7 +42,7 @@ TEST_F(RecurringTest, MalformedConditionNeverFiresShowsInvalidAndIsReportedOnce)
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.condition);
-        RecordedMessages messages;
+        RecordedMessages messages(context);
         At(Local(2026, 11, 23, 9, 59, 58, 400));
         std::unique_ptr<Trigger> trigger;
         ASSERT_NO_THROW(trigger = Make(c.type, c.condition));

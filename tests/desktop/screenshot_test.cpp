@@ -6,7 +6,9 @@
 #include <wx/filename.h>
 
 #include "core/clock.h"
+#include "core/session/session_context.h"
 #include "desktop/jobs/screenshot_job.h"
+#include "desktop/jobs/window_input_jobs.h"
 #include "x11_test_support.h"
 
 namespace {
@@ -38,18 +40,19 @@ protected:
     void SetUp() override
     {
         clock.Set(Local(2024, 3, 14, 8, 0, 59, 500));  // one second later is the next minute
-        SetClock(&clock);
+        context.SetMessages(&messages);
+        RegisterWindowAndInputJobActions(context.Actions());
     }
-    void TearDown() override { SetClock(nullptr); }
     // Base folder, prefix, scale, capture range, range, notify.
     void Shoot(const wxString& base, const wxString& scale, const wxString& useRange, const wxString& range,
                const wxString& notify = "0")
     {
-        RunJob(NJobTypeAutoScreenshot, {base, "cdrl", scale, useRange, range, notify});
+        RunJob(NJobTypeAutoScreenshot, {base, "cdrl", scale, useRange, range, notify}, 7, "Test job", context);
     }
 
     TempDir temp;
     ManualClock clock;
+    SessionContext context{clock};
 };
 
 TEST(ScreenshotRect, OnlyWidthAndHeightAreScaledAndWhatCannotBeCapturedIsRefused)

@@ -101,8 +101,8 @@ void TestWindow::TakeFocus()
     XSync(m_display, False);
 }
 
-void DisplayJobTest::SetUpTestSuite() { RegisterWindowAndInputJobActions(); }
-void DisplayJobTest::TearDownTestSuite() { ClearJobActions(); }
+void DisplayJobTest::SetUpTestSuite() { RegisterWindowAndInputJobActions(HarnessContext().Actions()); }
+void DisplayJobTest::TearDownTestSuite() {}
 
 char32_t CodePointOfKeysym(unsigned long keysym)
 {

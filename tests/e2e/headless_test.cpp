@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 #include <wx/filename.h>
 
+#include "core/data/scheduler_data.h"
 #include "core/scheduler.h"
 #include "e2e_support.h"
 
@@ -76,8 +77,8 @@ TEST(Headless, FiresOnTimeChainsAndSavesTheAdvancedTimesOnSigterm)
         EXPECT_NE(log.find(line), std::string::npos) << line << " in\n" << log;
     EXPECT_TRUE(wxFileName::FileExists(dir.File("home/.config/Cadrelle/Cadrelle.conf")));
 
-    Scheduler saved(dir.File("app"));
-    saved.LoadSchedulerData(false);
+    Scheduler saved(HarnessContext(), dir.File("app"));
+    LoadSchedulerData(saved, false);
     ASSERT_EQ(saved.Triggers().size(), 2u);
     const wxDateTime prev = saved.Triggers()[0]->GetPrevFire();
     EXPECT_GT(prev.GetYear(), 1999);

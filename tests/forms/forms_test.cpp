@@ -6,8 +6,17 @@
 #include "core/triggers/trigger.h"
 #include "gui/logic/job_form.h"
 #include "gui/logic/trigger_form.h"
+#include "core/session/session_context.h"
 
 namespace {
+
+// The session the dialogs and previews work in (the system clock).
+SessionContext& TestContext()
+{
+    static SessionContext context;
+    return context;
+}
+
 
 const wxDateTime kNow(23, wxDateTime::Nov, 2026, 10, 0, 0);
 
@@ -81,7 +90,7 @@ TriggerPreview Preview(std::uint32_t kind, const char* condition, const char* st
 {
     TriggerTexts texts;
     texts.ok = true, texts.condition = condition, texts.start = start, texts.end = end;
-    return PreviewTrigger(kind, texts, kNow);
+    return PreviewTrigger(TestContext(), kind, texts, kNow);
 }
 
 TEST(TriggerForm, PreviewKeepsToThePeriod)

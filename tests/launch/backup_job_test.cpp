@@ -45,7 +45,7 @@ class BackupJobTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        RegisterLaunchJobActions();
+        RegisterLaunchJobActions(HarnessContext().Actions());
         fs::create_directories(source / "docs" / "deep");
         fs::create_directories(source / "empty");
         Write(source / "top.txt", "top\n");
@@ -55,7 +55,6 @@ protected:
         fs::create_symlink("top.txt", source / "link to top");
         fs::create_symlink("..", source / "docs" / "loop");  // followed, it would never end
     }
-    void TearDown() override { ClearJobActions(); }
 
     // Runs the job; returns the files named by its "Copied" log lines.
     std::set<std::string> Backup(const fs::path& from, const fs::path& to)

@@ -145,8 +145,8 @@ class LaunchJobTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        RegisterLaunchJobActions();
-        SetSettings(&settings);
+        RegisterLaunchJobActions(HarnessContext().Actions());
+        HarnessContext().SetSettings(&settings);
         for (const char* dir : {"calls", "work"}) {
             fs::remove_all(At(dir));
             fs::create_directories(At(dir));
@@ -162,8 +162,7 @@ protected:
         (void)!::write(keyboard, "\n\n\n\n", 4);
         ::close(keyboard);
         EXPECT_EQ(StrayChildren(), std::vector<std::string>()) << "a launch left a child behind";
-        SetSettings(nullptr);
-        ClearJobActions();
+        HarnessContext().SetSettings(nullptr);
     }
 
     static std::string Work(const std::string& name) { return At("work/" + name); }

@@ -12,12 +12,7 @@
 
 class LogTest : public ::testing::Test {
 protected:
-    void SetUp() override { SetClock(&clock); }
-    void TearDown() override
-    {
-        log.Close();
-        SetClock(nullptr);
-    }
+    void TearDown() override { log.Close(); }
     // The lines of log_<weekday>.txt, without their line ends.
     std::vector<std::string> Lines(int weekday) const
     {
@@ -30,5 +25,5 @@ protected:
 
     TempDir dir;
     ManualClock clock;
-    WeekdayLog log{dir.Path()};
+    WeekdayLog log{dir.Path(), clock};
 };

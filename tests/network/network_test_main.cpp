@@ -5,6 +5,7 @@
 #include <iostream>
 
 #include "desktop/jobs/network_jobs.h"
+#include "desktop/jobs/web_refresh.h"
 #include "loopback_peers.h"
 
 int main(int argc, char** argv)
@@ -22,7 +23,7 @@ int main(int argc, char** argv)
         argv += 2;
     }
     ::testing::InitGoogleTest(&argc, argv);
-    RegisterNetworkJobActions();
+    RegisterNetworkJobActions(HarnessContext().Actions(), std::make_shared<WebRequests>());
     if (child) {
         RegisterNamespaceBroadcastTests();
         ::testing::GTEST_FLAG(filter) = "InNamespace.*";

@@ -1,5 +1,6 @@
 // Refresh URL against an HTTP server on loopback.
 
+#include "desktop/jobs/network_jobs.h"
 #include "desktop/jobs/web_refresh.h"
 #include "loopback_peers.h"
 
@@ -65,14 +66,18 @@ TEST_F(RefreshUrlJob, FailuresAreLoggedAsFailed)
 TEST_F(RefreshUrlJob, RunsOnAWorkerThreadAndCanBeCancelled)
 {
     LoopbackServer server(true);
+    // Requests of their own, so that cancelling reaches this one alone.
+    SessionContext context;
+    const auto web = std::make_shared<WebRequests>();
+    RegisterNetworkJobActions(context.Actions(), web);
     std::atomic<bool> done{false};
     std::thread worker([&] {
-        RunJob(NJobTypeRefreshUrl, {Url(server, "/silent")}, 8);
+        RunJob(NJobTypeRefreshUrl, {Url(server, "/silent")}, 8, "Test job", context);
         done = true;
     });
     ASSERT_TRUE(WaitUntil([&] { return server.heads == 1; }, 5000));
     EXPECT_FALSE(done.load());
-    CancelWebRequests();
+    web->CancelAll();
     EXPECT_TRUE(WaitUntil([&] { return done.load(); }, 5000));
     worker.join();
     // The worker's lines reach the log once this (main) thread flushes.

@@ -11,7 +11,7 @@
 
 TEST(Reminder, ImportantStaysInAWindowOtherwiseANotificationAndWithoutServiceTheWindow)
 {
-    RegisterReminderJobAction();
+    RegisterReminderJobAction(HarnessContext().Actions());
     RecordedMessages messages;
     {
         DbusMock daemon("org.freedesktop.Notifications", {"--template", "notification_daemon"});

@@ -142,7 +142,14 @@ bool RecordedMessages::WaitForCount(std::size_t count, std::chrono::milliseconds
     return m_changed.wait_for(lock, timeout, [&] { return m_messages.size() >= count; });
 }
 
-wxString RunJob(std::uint32_t kind, const ParamList& params, std::int32_t jid, const wxString& description)
+SessionContext& HarnessContext()
+{
+    static SessionContext context;
+    return context;
+}
+
+wxString RunJob(std::uint32_t kind, const ParamList& params, std::int32_t jid, const wxString& description,
+                SessionContext& context)
 {
     std::unique_ptr<Job> job = CreateJob(kind);
     if (!job) {
@@ -152,6 +159,6 @@ wxString RunJob(std::uint32_t kind, const ParamList& params, std::int32_t jid, c
     JobParam param;
     std::tie(param.id, param.type, param.description, param.params) = std::tie(jid, kind, description, params);
     job->SetParam(param);
-    job->Execute();
+    context.Actions().Run(*job, context);
     return job->GetSummary();
 }

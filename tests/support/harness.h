@@ -19,6 +19,7 @@
 #include "../core/test_support.h"
 #include "captured_log.h"
 #include "core/jobs/job.h"
+#include "core/session/session_context.h"
 #include "core/user_messages.h"
 
 // Polls `done` until it holds or `timeoutMs` passed; returns done().
@@ -78,11 +79,19 @@ struct RecordedMessage {
     bool important = false;
 };
 
-// What jobs tell the user (from any thread), recorded while the object lives.
+// The session context of the harness's RunJob (the system clock): tests
+// register the actions they exercise into its table.
+SessionContext& HarnessContext();
+
+// What jobs tell the user (from any thread), recorded while the object lives
+// as the messages of `context`.
 class RecordedMessages final : public UserMessages {
 public:
-    RecordedMessages() { SetUserMessages(this); }
-    ~RecordedMessages() override { SetUserMessages(nullptr); }
+    explicit RecordedMessages(SessionContext& context = HarnessContext()) : m_context(context)
+    {
+        m_context.SetMessages(this);
+    }
+    ~RecordedMessages() override { m_context.SetMessages(nullptr); }
     RecordedMessages(const RecordedMessages&) = delete;
     RecordedMessages& operator=(const RecordedMessages&) = delete;
 
@@ -101,12 +110,13 @@ public:
 private:
     void Add(RecordedMessage message);
 
+    SessionContext& m_context;
     mutable std::mutex m_mutex;
     mutable std::condition_variable m_changed;
     std::vector<RecordedMessage> m_messages;
 };
 
 // Runs a job of `kind` on the calling thread, as a job thread does, with
-// the actions the program registered; returns its summary.
+// the actions registered in the harness context; returns its summary.
 wxString RunJob(std::uint32_t kind, const ParamList& params = {}, std::int32_t jid = 7,
-                const wxString& description = "Test job");
+                const wxString& description = "Test job", SessionContext& context = HarnessContext());

@@ -19,7 +19,7 @@ public:
         const char* bus = std::getenv("DBUS_SESSION_BUS_ADDRESS");
         ASSERT_TRUE(bus) << "run under tests/support/desktop_session.sh";
         ::setenv("DBUS_SYSTEM_BUS_ADDRESS", bus, 1);
-        RegisterSystemJobActions();
+        RegisterSystemJobActions(HarnessContext().Actions());
     }
 };
 inline ::testing::Environment* const g_systemEnvironment =

@@ -110,7 +110,7 @@ constexpr int kMaxFields = static_cast<int>(JbCount);
 
 class Reader {
 public:
-    explicit Reader(DataFileContent& out) : m_out(out), m_parser(XML_ParserCreate(nullptr))
+    Reader(DataFileContent& out, const SessionContext& context) : m_out(out), m_context(context), m_parser(XML_ParserCreate(nullptr))
     {
         XML_SetUserData(m_parser, this);
         XML_SetElementHandler(m_parser, &Reader::OnStart, &Reader::OnEnd);
@@ -335,13 +335,14 @@ private:
         const Number id = ReadNumber(m_texts[TrId]);
         const Number type = ReadNumber(m_texts[TrType]);
         ++m_triggerCount;
-        if (!CheckKind(type, 11, m_out.skippedTriggers) || !CheckId(id, LLONG_MIN, LLONG_MAX, m_tids))
+        if (!CheckKind(type, NTriggerTypeCount - 1, m_out.skippedTriggers) || !CheckId(id, LLONG_MIN, LLONG_MAX, m_tids))
             return;
-        std::unique_ptr<Trigger> trigger = CreateTrigger(static_cast<std::uint32_t>(type.value));
-        // Count Down and With Start keep their numbers in 32 bits.
-        if (type.value <= 1) {
+        const std::uint32_t kind = static_cast<std::uint32_t>(type.value);
+        std::unique_ptr<Trigger> trigger = CreateTrigger(kind, m_context);
+        // Kinds that keep their condition's numbers in 32 bits.
+        if (const std::size_t numbers = FindTriggerKind(kind)->int32ConditionNumbers) {
             const std::vector<std::string> tokens = Split(m_texts[TrCondition], ' ');
-            const std::size_t used = std::min<std::size_t>(tokens.size(), type.value == 0 ? 10 : 4);
+            const std::size_t used = std::min<std::size_t>(tokens.size(), numbers);
             for (std::size_t i = 0; i < used; ++i) {
                 const std::string& token = tokens[i];
                 if (!ReadNumber(token).Fits(INT_MIN, INT_MAX)) {
@@ -448,14 +449,15 @@ private:
     std::size_t m_triggerCount = 0;
     std::unordered_set<long long> m_tids;
     std::unordered_set<long long> m_jids;
+    const SessionContext& m_context;
 };
 
 }  // namespace
 
-void ReadDataFileBytes(const char* data, std::size_t size, DataFileContent& out)
+void ReadDataFileBytes(const char* data, std::size_t size, DataFileContent& out, const SessionContext& context)
 {
     out = DataFileContent();
-    Reader reader(out);
+    Reader reader(out, context);
     for (std::size_t done = 0;;) {
         const std::size_t n = std::min(kChunk, size - done);
         const bool last = done + n == size;
@@ -465,7 +467,7 @@ void ReadDataFileBytes(const char* data, std::size_t size, DataFileContent& out)
     }
 }
 
-void ReadDataFile(const wxString& path, DataFileContent& out, bool* exists)
+void ReadDataFile(const wxString& path, DataFileContent& out, const SessionContext& context, bool* exists)
 {
     out = DataFileContent();
     const bool present = wxFileName::FileExists(path);
@@ -480,7 +482,7 @@ void ReadDataFile(const wxString& path, DataFileContent& out, bool* exists)
         out.problem = "the file cannot be opened";
         return;
     }
-    Reader reader(out);
+    Reader reader(out, context);
     std::vector<char> buffer(kChunk);
     for (;;) {
         const std::size_t got = std::fread(buffer.data(), 1, buffer.size(), file.get());

@@ -16,6 +16,8 @@
 #include "core/jobs/job.h"
 #include "core/triggers/trigger.h"
 
+class SessionContext;
+
 struct DataFileContent {
     bool wellFormed = false;  // expat read the whole file without error
     bool schedulerRoot = false;  // the root element is SCHEDULER
@@ -33,8 +35,9 @@ struct DataFileContent {
 // itself needs three levels.
 constexpr int kMaxDataFileDepth = 64;
 
-// Reads a whole file held in memory.
-void ReadDataFileBytes(const char* data, std::size_t size, DataFileContent& out);
+// Reads a whole file held in memory; triggers are made in `context`.
+void ReadDataFileBytes(const char* data, std::size_t size, DataFileContent& out, const SessionContext& context);
 // Reads the file at `path`; a missing or unreadable file is not well-formed.
 // `exists` tells the two apart.
-void ReadDataFile(const wxString& path, DataFileContent& out, bool* exists = nullptr);
+void ReadDataFile(const wxString& path, DataFileContent& out, const SessionContext& context,
+                  bool* exists = nullptr);

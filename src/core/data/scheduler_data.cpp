@@ -7,21 +7,21 @@
 #include <wx/filename.h>
 #include <wx/log.h>
 
-#include "core/clock.h"
 #include "core/core_log.h"
 #include "core/data/atomic_file.h"
 #include "core/data/data_file_reader.h"
+#include "core/data/scheduler_data.h"
 #include "core/data/xml_writer.h"
 #include "core/scheduler.h"
-#include "core/user_messages.h"
+#include "core/session/session_context.h"
 
 namespace {
 
 // Where the original of a file we could not fully use is kept before any
 // save can overwrite it: data1.xml -> data1.xml.bad-20261122-143000.
-wxString BadCopyName(const wxString& path)
+wxString BadCopyName(const wxString& path, const Clock& clock)
 {
-    const wxString stamp = GetClock().Now().Format("%Y%m%d-%H%M%S");
+    const wxString stamp = clock.Now().Format("%Y%m%d-%H%M%S");
     wxString kept = path + ".bad-" + stamp;
     for (int n = 2; wxFileName::Exists(kept); ++n)
         kept = wxString::Format("%s.bad-%s-%d", path, stamp, n);
@@ -29,9 +29,9 @@ wxString BadCopyName(const wxString& path)
 }
 
 // Moves a file that could not be used at all out of the way.
-wxString MoveAside(const wxString& path)
+wxString MoveAside(const wxString& path, const Clock& clock)
 {
-    const wxString kept = BadCopyName(path);
+    const wxString kept = BadCopyName(path, clock);
     if (!wxRenameFile(path, kept, false))
         return wxString();
     MakePrivate(kept);
@@ -41,9 +41,9 @@ wxString MoveAside(const wxString& path)
 
 // Copies a file that loaded only in part: it stays in use, and its original
 // stays at hand.
-wxString CopyAside(const wxString& path)
+wxString CopyAside(const wxString& path, const Clock& clock)
 {
-    const wxString kept = BadCopyName(path);
+    const wxString kept = BadCopyName(path, clock);
     wxString error;
     if (!CopyFilePrivately(path, kept, &error)) {
         wxLogMessage("%d ### the original of %s could not be kept: %s", LogMs(), path, error);
@@ -80,33 +80,35 @@ wxString DataLoadReport::Describe() const
     return text;
 }
 
-DataLoadReport Scheduler::LoadSchedulerData(bool keepUnreadableCopies)
+DataLoadReport LoadSchedulerData(Scheduler& scheduler, bool keepUnreadableCopies)
 {
-    auto lock = EditLock();
+    auto lock = scheduler.EditLock();
+    const DataFilePaths& paths = scheduler.Paths();
+    const SessionContext& context = scheduler.Context();
     DataLoadReport report;
-    report.workingPath = m_paths.working;
+    report.workingPath = paths.working;
     auto keep = [&](const wxString& path, bool move) {
         if (!keepUnreadableCopies)
             return;
-        const wxString kept = move ? MoveAside(path) : CopyAside(path);
+        const wxString kept = move ? MoveAside(path, context.GetClock()) : CopyAside(path, context.GetClock());
         if (!kept.empty())
             report.keptCopies.push_back(kept);
     };
 
     DataFileContent content;
     bool exists = false;
-    wxString source = m_paths.working;
-    ReadDataFile(source, content, &exists);
+    wxString source = paths.working;
+    ReadDataFile(source, content, context, &exists);
     report.source = DataLoadReport::Source::Working;
     if (!content.wellFormed) {
         report.workingProblem = content.problem;
         if (exists) {
-            wxLogMessage("%d ### %s is not readable (%s); loading the fallback copy %s", LogMs(), m_paths.working,
-                         content.problem, m_paths.fallback);
-            keep(m_paths.working, true);
+            wxLogMessage("%d ### %s is not readable (%s); loading the fallback copy %s", LogMs(), paths.working,
+                         content.problem, paths.fallback);
+            keep(paths.working, true);
         }
-        source = m_paths.fallback;
-        ReadDataFile(source, content, &exists);
+        source = paths.fallback;
+        ReadDataFile(source, content, context, &exists);
         if (!content.wellFormed) {
             if (exists) {
                 wxLogMessage("%d ### %s is not readable either (%s); starting with no jobs", LogMs(), source,
@@ -135,31 +137,7 @@ DataLoadReport Scheduler::LoadSchedulerData(bool keepUnreadableCopies)
         keep(source, false);
     }
 
-    m_jobs.reserve(content.jobs.size());
-    for (std::unique_ptr<Job>& job : content.jobs) {
-        JobPtr loaded(std::move(job));
-        for (std::int64_t tid : loaded->GetTriggerIds())
-            m_triggerOwners[tid] = loaded;
-        m_jobs.push_back(std::move(loaded));
-    }
-    m_triggers.reserve(content.triggers.size());
-    for (std::unique_ptr<Trigger>& trigger : content.triggers)
-        m_triggers.emplace_back(std::move(trigger));
-    RebuildTriggerTids();
-
-    std::unordered_map<std::int64_t, Trigger*> byTid;
-    byTid.reserve(m_triggers.size());
-    for (const TriggerPtr& trigger : m_triggers)
-        byTid.emplace(trigger->GetTid(), trigger.get());
-    for (const JobPtr& job : m_jobs) {
-        for (std::int64_t tid : job->GetTriggerIds()) {
-            auto it = byTid.find(tid);
-            if (it == byTid.end())
-                continue;
-            it->second->SetEnable(job->IsEnabled());
-            it->second->SetStatus(job->IsEnabled() ? NTriggerStatusWaiting : NTriggerStatusDisable);
-        }
-    }
+    scheduler.Fill(std::move(content.jobs), std::move(content.triggers));
     return report;
 }
 
@@ -205,43 +183,52 @@ std::string BuildDocument(const std::vector<Scheduler::JobPtr>& jobs, const std:
 
 }  // namespace
 
-DataSaveResult Scheduler::SaveSchedulerData(bool workingOnly)
+DataSaveResult SaveSchedulerData(Scheduler& scheduler, bool workingOnly)
 {
-    const std::uint64_t changes = m_nChanges.load();
-    if (changes == m_nSavedChanges.load())
+    ChangeTracker& changes = scheduler.Changes();
+    if (!changes.IsDataChanged())
         return DataSaveResult::NothingToSave;
+    const std::uint64_t count = changes.ChangeCount();
     std::string content;
     {
         // Checker threads keep running: they only change trigger times,
         // which are read atomically. The writing below happens unlocked.
-        auto lock = ReadLock();
-        content = BuildDocument(m_jobs, m_triggers);
+        auto lock = scheduler.ReadLock();
+        content = BuildDocument(scheduler.Jobs(), scheduler.Triggers());
     }
+    const DataFilePaths& paths = scheduler.Paths();
     wxString error;
-    const bool saved = WriteFileAtomically(m_paths.working, content, &error) &&
-                       (workingOnly || WriteFileAtomically(m_paths.fallback, content, &error));
+    const bool saved = WriteFileAtomically(paths.working, content, &error) &&
+                       (workingOnly || WriteFileAtomically(paths.fallback, content, &error));
     if (saved) {
         // Only what the file now holds counts as saved: a change made while
         // it was written keeps the flag up.
-        m_nSavedChanges.store(changes);
-        m_strLastSaveError.clear();
+        changes.SavedUpTo(count);
         return DataSaveResult::Saved;
     }
     wxLogMessage("%d ### Data file not saved: %s", LogMs(), error);
-    {
-        // The flag stays up; the next attempt comes a full delay later.
-        wxCriticalSectionLocker lock(Lock());
-        m_dtDataChanged = GetClock().Now();
-    }
+    // The flag stays up; the next attempt comes a full delay later.
+    const bool newFailure = changes.SaveFailed(error, scheduler.Context().GetClock().Now());
     // Said once per distinct failure while the program runs, always at exit.
-    if (workingOnly || error != m_strLastSaveError) {
+    if (workingOnly || newFailure) {
         const wxString consequence = workingOnly ? "The changes made since the last save are lost."
                                                  : "It will try again in a minute; until then the changes are "
                                                    "kept only in memory.";
-        GetUserMessages().ShowMessage(
+        scheduler.Context().Messages().ShowMessage(
             wxString::Format("Cadrelle could not save its jobs and triggers (%s).\n%s", error, consequence),
             "Cadrelle");
     }
-    m_strLastSaveError = error;
     return DataSaveResult::Failed;
+}
+
+DataSaveResult SaveWhenDue(Scheduler& scheduler)
+{
+    const ChangeTracker& changes = scheduler.Changes();
+    if (!changes.IsDataChanged())
+        return DataSaveResult::NothingToSave;
+    const wxDateTime changed = changes.GetDataChangedTime();
+    const std::int64_t now = scheduler.Context().GetClock().NowMs();
+    if (changed.IsValid() && now - changed.GetValue().GetValue() <= kDelayedSaveMs)
+        return DataSaveResult::NothingToSave;
+    return SaveSchedulerData(scheduler, false);
 }

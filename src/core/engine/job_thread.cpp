@@ -7,20 +7,22 @@
 #include <wx/thread.h>
 
 #include "core/core_log.h"
-#include "core/engine/checker_plan.h"
 #include "core/engine/engine_mailbox.h"
 #include "core/jobs/job.h"
+#include "core/session/session_context.h"
 
 namespace {
 
-void RunJob(const std::shared_ptr<Job>& job, int delayMs, const std::shared_ptr<EngineMailbox>& mailbox)
+void RunJob(const std::shared_ptr<Job>& job, int delayMs, const std::shared_ptr<EngineMailbox>& mailbox,
+            SessionContext& context)
 {
     // A closing program starts no more jobs.
     if (!mailbox->IsClosed()) {
-        const bool suppressed = mailbox->IsSilent() && IsSuppressedInSilentMode(job->GetType());
+        const JobKind* kind = FindJobKind(job->GetType());
+        const bool suppressed = mailbox->IsSilent() && kind && kind->heldInSilentMode;
         // Shutdown cuts the delay short, and the job then does not run.
         if (!suppressed && (delayMs <= 0 || mailbox->SleepUnlessClosed(delayMs)))
-            job->Execute();
+            context.Actions().Run(*job, context);
     }
     // Chaining runs for every thread that reaches its end, a suppressed job
     // included. The list is the copy's own, so edits cannot disturb it.
@@ -41,24 +43,13 @@ void RunJob(const std::shared_ptr<Job>& job, int delayMs, const std::shared_ptr<
 
 }  // namespace
 
-std::shared_ptr<Job> SnapshotJob(const Job& job)
-{
-    std::shared_ptr<Job> copy = CreateJob(job.GetType());
-    if (!copy)
-        return nullptr;
-    JobParam param;
-    job.GetParam(param);
-    copy->SetParam(param);
-    copy->SetWarnBeforeRun(job.IsWarnBeforeRun());
-    return copy;
-}
-
-std::size_t StartJobThread(std::shared_ptr<Job> job, int delayMs, std::shared_ptr<EngineMailbox> mailbox)
+std::size_t StartJobThread(std::shared_ptr<Job> job, int delayMs, std::shared_ptr<EngineMailbox> mailbox,
+                           std::shared_ptr<SessionContext> context)
 {
     const std::uint64_t token = mailbox->JobThreadStarted(job->GetId());
     try {
-        std::thread thread([job, delayMs, mailbox, token]() {
-            RunJob(job, delayMs, mailbox);
+        std::thread thread([job, delayMs, mailbox, token, context]() {
+            RunJob(job, delayMs, mailbox, *context);
             mailbox->JobThreadEnded(token);
         });
         // The native handle is the id the thread itself logs with (no

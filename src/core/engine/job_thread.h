@@ -7,13 +7,13 @@
 
 class EngineMailbox;
 class Job;
+class SessionContext;
 
 // Starts a detached thread that runs `job` (a private copy: the main thread
-// may edit or delete the original meanwhile) after `delayMs`. The thread is
+// may edit or delete the original meanwhile) after `delayMs`, with the
+// action the kind has in `context`, which the thread keeps alive. The thread is
 // counted in `mailbox` until it ends, and everything it reaches after its
 // job is gated by it (see EngineMailbox). Returns the new thread's id, or 0
 // when the thread could not be created.
-std::size_t StartJobThread(std::shared_ptr<Job> job, int delayMs, std::shared_ptr<EngineMailbox> mailbox);
-
-// A copy of the job: same kind and values, not owned by any scheduler.
-std::shared_ptr<Job> SnapshotJob(const Job& job);
+std::size_t StartJobThread(std::shared_ptr<Job> job, int delayMs, std::shared_ptr<EngineMailbox> mailbox,
+                           std::shared_ptr<SessionContext> context);

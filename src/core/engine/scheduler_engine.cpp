@@ -6,30 +6,32 @@
 #include <wx/log.h>
 #include <wx/thread.h>
 
-#include "core/clock.h"
 #include "core/core_log.h"
 #include "core/engine/job_thread.h"
-#include "core/user_messages.h"
+#include "core/session/session_context.h"
 
-SchedulerEngine::SchedulerEngine(Scheduler& scheduler, EngineHost& host)
-    : m_scheduler(scheduler), m_host(host),
+SchedulerEngine::SchedulerEngine(Scheduler& scheduler, std::shared_ptr<SessionContext> context, EngineHost& host)
+    : m_scheduler(scheduler), m_context(std::move(context)), m_host(host),
       m_mailbox(std::make_shared<EngineMailbox>([&host] { host.WakeMainThread(); }))
 {
-    m_scheduler.SetJobRunRequests(this);
 }
 
 SchedulerEngine::~SchedulerEngine()
 {
     Shutdown();
-    m_scheduler.SetJobRunRequests(nullptr);
 }
 
 void SchedulerEngine::StartChecking()
 {
     if (m_bStarted || m_bShutDown)
         return;
+    // The log keeps the line the window's trigger timer has always written
+    // here, whoever drives the engine, so that logs read the same.
     wxLogMessage("%d *** CadrelleFrame::Onm_timerTrigger", LogMs());
-    m_scheduler.PrepareWithStartTriggers();
+    {
+        auto lock = m_scheduler.EditLock();
+        ArmWithStartTriggers(m_scheduler);
+    }
     wxLogMessage("%d *** Starting CheckTriggerFireThreadEx by thread index >>>>>>", LogMs());
     StartCheckerThreads();
     m_bStarted = true;
@@ -56,7 +58,7 @@ void SchedulerEngine::StartCheckerThreads()
             });
         } catch (const std::system_error&) {
             --m_nRunningCheckers;
-            GetUserMessages().ShowMessage(_("Can't create thread!"), "Cadrelle");
+            m_context->Messages().ShowMessage(_("Can't create thread!"), "Cadrelle");
             break;
         }
         wxLogMessage("%d ### CheckTriggerFireThreadEx[ThreadID_%zu, nThreadCnt_%zu, nThreadIdx_%zu, "
@@ -87,7 +89,7 @@ void SchedulerEngine::CheckerLoop(std::size_t count, std::size_t index, const st
     // Every stop (pause, shutdown) goes through this set's own flag, so the
     // pass needs no look at the shared lock.
     for (;;) {
-        m_scheduler.CheckTriggerShare(count, index, *this);
+        CheckTriggerShare(m_scheduler, count, index, *this);
         std::unique_lock<std::mutex> lock(stop->mutex);
         if (stop->wake.wait_for(lock, std::chrono::milliseconds(kCheckPeriodMs), [&stop] { return stop->stop; }))
             break;
@@ -114,7 +116,7 @@ std::size_t SchedulerEngine::ResetWithStartTriggers()
     std::size_t reset = 0;
     {
         auto lock = m_scheduler.EditLock();
-        reset = m_scheduler.PrepareWithStartTriggers();
+        reset = ArmWithStartTriggers(m_scheduler);
     }
     wxLogMessage("%d ### %zu WithStart triggers reset.", LogMs(), reset);
     return reset;
@@ -157,15 +159,6 @@ void SchedulerEngine::AdvanceNotice(const std::shared_ptr<Job>& job)
     m_mailbox->Post(std::move(request));
 }
 
-void SchedulerEngine::PostJobRun(Job& job, int value)
-{
-    EngineRequest request;
-    request.kind = EngineRequest::Kind::RunJobById;
-    request.jid = job.GetId();
-    request.delayMs = value;
-    m_mailbox->Post(std::move(request));
-}
-
 void SchedulerEngine::ProcessRequests()
 {
     for (EngineRequest& request : m_mailbox->TakeAll()) {
@@ -190,26 +183,15 @@ void SchedulerEngine::StartJob(const std::shared_ptr<Job>& job, int delayMs)
     std::shared_ptr<Job> snapshot;
     {
         auto lock = m_scheduler.ReadLock();
-        snapshot = SnapshotJob(*job);
+        snapshot = CopyJob(*job);
     }
     if (!snapshot)
         return;
-    const std::size_t threadId = StartJobThread(snapshot, delayMs, m_mailbox);
+    const std::size_t threadId = StartJobThread(snapshot, delayMs, m_mailbox, m_context);
     if (threadId == 0) {
         wxLogMessage("%d *** Can't create thread!", LogMs());
         return;
     }
     wxLogMessage("%d ->> [JID_%d, ThreadID_%zu] %s", LogMs(), snapshot->GetId(), threadId, snapshot->GetSummary());
     m_host.JobStarted(*job);
-}
-
-void SchedulerEngine::HousekeepingTick()
-{
-    if (!m_scheduler.IsDataChanged())
-        return;
-    const wxDateTime changed = m_scheduler.GetDataChangedTime();
-    const std::int64_t now = GetClock().NowMs();
-    if (changed.IsValid() && now - changed.GetValue().GetValue() <= kDelayedSaveMs)
-        return;
-    m_scheduler.SaveSchedulerData(false);
 }

@@ -1,8 +1,8 @@
 #pragma once
 // The running scheduler: checker threads that test every trigger every
-// 50 ms, and a thread per job run. Owned by the main frame or the headless
-// runner, which must call ProcessRequests() on the main thread when asked
-// (EngineHost::WakeMainThread) and HousekeepingTick() every second or so.
+// 50 ms, and a thread per job run. Owned by the session, whose owner (the
+// window or the headless loop) must call ProcessRequests() on the main
+// thread when asked (EngineHost::WakeMainThread).
 
 #include <atomic>
 #include <condition_variable>
@@ -14,7 +14,10 @@
 
 #include "core/engine/checker_plan.h"
 #include "core/engine/engine_mailbox.h"
+#include "core/engine/trigger_checker.h"
 #include "core/scheduler.h"
+
+class SessionContext;
 
 class EngineHost {
 public:
@@ -28,18 +31,15 @@ public:
     virtual void AdvanceNotice(const Job&) {}
 };
 
-class SchedulerEngine final : public TriggerCheckSink, public JobRunRequests {
+class SchedulerEngine final : public TriggerCheckSink {
 public:
     // How long a checker sleeps between passes.
     static constexpr int kCheckPeriodMs = 50;
-    // The delayed save waits this long after a firing changed the data.
-    static constexpr long kDelayedSaveMs = 55000;
-    // Advance notice period, seconds.
-    static constexpr int kNoticeSeconds = 300;
     // How long shutdown waits for running jobs before it leaves them behind.
     static constexpr int kJobThreadWaitMs = 5000;
 
-    SchedulerEngine(Scheduler& scheduler, EngineHost& host);
+    // Job threads keep `context` alive (one may outlive the engine).
+    SchedulerEngine(Scheduler& scheduler, std::shared_ptr<SessionContext> context, EngineHost& host);
     ~SchedulerEngine() override;
     SchedulerEngine(const SchedulerEngine&) = delete;
     SchedulerEngine& operator=(const SchedulerEngine&) = delete;
@@ -76,14 +76,10 @@ public:
 
     // Main thread: starts the requested job threads, hands notices over.
     void ProcessRequests();
-    // Main thread, every second or so: the delayed save.
-    void HousekeepingTick();
 
     // TriggerCheckSink (checker threads)
     bool RunJob(const std::shared_ptr<Job>& job) override;
     void AdvanceNotice(const std::shared_ptr<Job>& job) override;
-    // JobRunRequests (any thread): run `job` after `value` ms.
-    void PostJobRun(Job& job, int value) override;
 
 private:
     // One set of checker threads has its own stop flag, so a thread of a set
@@ -100,6 +96,7 @@ private:
     void StartJob(const std::shared_ptr<Job>& job, int delayMs);
 
     Scheduler& m_scheduler;
+    std::shared_ptr<SessionContext> m_context;
     EngineHost& m_host;
     std::shared_ptr<EngineMailbox> m_mailbox;
     std::vector<std::thread> m_checkers;

@@ -7,34 +7,16 @@
 
 #include <wx/intl.h>
 
-namespace {
-
-// Marked for the catalogue; the misspellings are the catalogue keys.
-const char* const kJobTypeNames[NJobTypeCount] = {
-        wxTRANSLATE("Reminder"),         wxTRANSLATE("Open URL"),
-        wxTRANSLATE("Open File"),        wxTRANSLATE("Open Folder"),
-        wxTRANSLATE("Backup Folder"),    wxTRANSLATE("Exec DOS Command"),
-        wxTRANSLATE("Exec Script File"), wxTRANSLATE("Auto Screenshot"),
-        wxTRANSLATE("Refresh URL"),      wxTRANSLATE("Close App"),
-        wxTRANSLATE("Send UDP MSG"),     wxTRANSLATE("Send TCP MSG"),
-        wxTRANSLATE("Wake On Lan"),      wxTRANSLATE("Send Key"),
-        wxTRANSLATE("Key Typing"),       wxTRANSLATE("Mouse Click"),
-        wxTRANSLATE("Lock Workstation"), wxTRANSLATE("Shutoff Display"),
-        wxTRANSLATE("Empty Recyclebin"), wxTRANSLATE("Suspend"),
-        wxTRANSLATE("Hibernates"),       wxTRANSLATE("Shutdown"),
-        wxTRANSLATE("Reboot"),           wxTRANSLATE("Logoff"),
-    };
-
-}  // namespace
-
 wxString JobTypeName(std::uint32_t type)
 {
-    return type < NJobTypeCount ? TranslateFromAnyThread(kJobTypeNames[type]) : wxString();
+    const JobKind* kind = FindJobKind(type);
+    return kind ? TranslateFromAnyThread(kind->name) : wxString();
 }
 
 wxString JobTypeEnglishName(std::uint32_t type)
 {
-    return type < NJobTypeCount ? wxString(kJobTypeNames[type]) : wxString();
+    const JobKind* kind = FindJobKind(type);
+    return kind ? wxString(kind->name) : wxString();
 }
 
 wxString Job::GetTypeName() const
@@ -163,4 +145,24 @@ IdList SplitIdList(const wxString& text)
         begin = end + 1;
     }
     return ids;
+}
+
+std::unique_ptr<Job> CreateJob(std::uint32_t type)
+{
+    const JobKind* kind = FindJobKind(type);
+    if (!kind)
+        return nullptr;
+    auto job = std::make_unique<Job>(type);
+    job->SetWarnBeforeRun(kind->warnBeforeRun);
+    return job;
+}
+
+std::unique_ptr<Job> CopyJob(const Job& job)
+{
+    auto copy = std::make_unique<Job>(job.GetType());
+    JobParam param;
+    job.GetParam(param);
+    copy->SetParam(param);
+    copy->SetWarnBeforeRun(job.IsWarnBeforeRun());
+    return copy;
 }

@@ -1,6 +1,8 @@
 #pragma once
-// The job base class, its editable record JobParam, the 24 kinds and the
-// single-line parameter text (INFO) of the data file.
+// The job, its editable record JobParam, the 24 kinds and the single-line
+// parameter text (INFO) of the data file. One class serves every kind: what a
+// kind does is its action (job_actions.h), what it is its descriptor
+// (job_kinds.h).
 
 #include <atomic>
 #include <cstdint>
@@ -9,33 +11,7 @@
 
 #include <wx/string.h>
 
-enum JobType : std::uint32_t {
-    NJobTypeReminder = 0,
-    NJobTypeOpenUrl = 1,
-    NJobTypeOpenFile = 2,
-    NJobTypeOpenFolder = 3,
-    NJobTypeBackupFolder = 4,
-    NJobTypeExecDosCommand = 5,
-    NJobTypeExecScriptFile = 6,
-    NJobTypeAutoScreenshot = 7,
-    NJobTypeRefreshUrl = 8,
-    NJobTypeCloseApp = 9,
-    NJobTypeSendUdpMsg = 10,
-    NJobTypeSendTcpMsg = 11,
-    NJobTypeWakeOnLan = 12,
-    NJobTypeSendKey = 13,
-    NJobTypeKeyTyping = 14,
-    NJobTypeMouseClick = 15,
-    NJobTypeLockWorkstation = 16,
-    NJobTypeShutoffDisplay = 17,
-    NJobTypeEmptyRecyclebin = 18,
-    NJobTypeSuspend = 19,
-    NJobTypeHibernates = 20,
-    NJobTypeShutdown = 21,
-    NJobTypeReboot = 22,
-    NJobTypeLogoff = 23,
-    NJobTypeCount = 24
-};
+#include "core/jobs/job_kinds.h"
 
 // The translated display name of a kind; empty above 23.
 wxString JobTypeName(std::uint32_t type);
@@ -48,10 +24,7 @@ using TidList = std::vector<std::int64_t>;
 using ParamList = std::vector<wxString>;
 
 // The editable value form of a job.
-class JobParam {
-public:
-    virtual ~JobParam() = default;
-
+struct JobParam {
     std::int32_t id = 0;
     std::uint32_t type = 0;
     wxString description;
@@ -65,13 +38,11 @@ public:
 class Job {
 public:
     explicit Job(std::uint32_t type) : m_nType(type) {}
-    virtual ~Job() = default;
     Job(const Job&) = delete;
     Job& operator=(const Job&) = delete;
 
-    virtual wxString GetTypeName() const;
-    // Runs the action synchronously on the calling thread.
-    virtual void Execute() = 0;
+    // The translated name of the job's kind.
+    wxString GetTypeName() const;
 
     void SetParam(const JobParam& param);
     void GetParam(JobParam& param) const;
@@ -95,10 +66,6 @@ public:
     const TidList& GetTriggerIds() const { return m_triggerIds; }
     TidList& TriggerIds() { return m_triggerIds; }
     const IdList& GetAssociatedJids() const { return m_associatedJids; }
-    bool IsChanged() const { return m_bChanged; }
-    void SetChanged(bool changed) { m_bChanged = changed; }
-    bool IsRunning() const { return m_bRunning; }
-    void SetRunning(bool running) { m_bRunning = running; }
     bool IsWarnBeforeRun() const { return m_bWarnBeforeRun.load(std::memory_order_relaxed); }
     void SetWarnBeforeRun(bool warn) { m_bWarnBeforeRun.store(warn, std::memory_order_relaxed); }
 
@@ -111,8 +78,6 @@ private:
     ParamList m_params;
     TidList m_triggerIds;
     IdList m_associatedJids;
-    bool m_bChanged = false;
-    bool m_bRunning = false;
     std::atomic<bool> m_bWarnBeforeRun{false};
 };
 
@@ -127,6 +92,8 @@ wxString JoinIdList(const TidList& ids);
 // Split at ",", each piece trimmed and read as base 10; empty pieces dropped.
 IdList SplitIdList(const wxString& text);
 
-// A new job of the kind with construction values, or null above 23. Close App
-// and the session and power kinds (16 to 23) are announced before they run.
+// A new job of the kind with construction values (warn-before-run as the
+// kind's descriptor says), or null above 23.
 std::unique_ptr<Job> CreateJob(std::uint32_t type);
+// A copy of the job: same kind and values, not owned by any scheduler.
+std::unique_ptr<Job> CopyJob(const Job& job);

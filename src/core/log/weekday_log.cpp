@@ -23,7 +23,6 @@ constexpr int kBuildNumber = 1;
 constexpr const char* kBuildFlavour = "Release";
 constexpr const char* kBuildYear = "2023";
 
-std::atomic<bool> g_loggingCheckHasRun{false};
 
 // The stamp comes from the core clock, so tests that drive a ManualClock get
 // the stamps they set. Records of other threads are written later, when the
@@ -32,6 +31,8 @@ std::atomic<bool> g_loggingCheckHasRun{false};
 // millisecond field, which was taken when they were logged.
 class CoreClockFormatter final : public wxLogFormatter {
 public:
+    explicit CoreClockFormatter(const Clock& clock) : m_clock(clock) {}
+
     wxString Format(wxLogLevel level, const wxString& msg, const wxLogRecordInfo& info) const override
     {
         wxString line;
@@ -58,9 +59,9 @@ public:
     }
 
 private:
-    static std::int64_t StampMs(const wxLogRecordInfo& info)
+    std::int64_t StampMs(const wxLogRecordInfo& info) const
     {
-        std::int64_t ms = GetClock().NowMs();
+        std::int64_t ms = m_clock.NowMs();
         if (info.threadId != wxThread::GetMainId()) {
             const std::int64_t waited = wxGetUTCTimeMillis().GetValue() - info.timestampMS;
             if (waited > 0)
@@ -68,6 +69,8 @@ private:
         }
         return ms;
     }
+
+    const Clock& m_clock;
 };
 
 }  // namespace
@@ -77,7 +80,7 @@ private:
 // writes only there, so the file never sees two writers.
 class WeekdayLogTarget final : public wxLog {
 public:
-    WeekdayLogTarget() { SetFormatter(new CoreClockFormatter); }
+    explicit WeekdayLogTarget(const Clock& clock) { SetFormatter(new CoreClockFormatter(clock)); }
     void SetFile(std::FILE* file) { m_pFile = file; }
 
     void Flush() override
@@ -105,7 +108,7 @@ private:
     std::FILE* m_pFile = nullptr;
 };
 
-WeekdayLog::WeekdayLog(const wxString& appDir) : m_appDir(appDir) {}
+WeekdayLog::WeekdayLog(const wxString& appDir, const Clock& clock) : m_appDir(appDir), m_clock(clock) {}
 
 WeekdayLog::~WeekdayLog()
 {
@@ -148,9 +151,10 @@ bool WeekdayLog::Open()
 {
     if (IsOpen() || !wxThread::IsMain())
         return false;
-    m_nWeekday = GetClock().Now().GetWeekDay();
-    m_pTarget = new WeekdayLogTarget;
+    m_nWeekday = m_clock.Now().GetWeekDay();
+    m_pTarget = new WeekdayLogTarget(m_clock);
     m_pPrevious = wxLog::SetActiveTarget(m_pTarget);
+    SetLogClock(&m_clock);
     // No size check at start: today's file is appended to whatever its size.
     // ("a+" is the "at+" of systems with a text mode.)
     const bool opened = Rebind(FilePath(), "a+");
@@ -190,7 +194,7 @@ void WeekdayLog::OnLoggingTimer(std::size_t threadCount, std::size_t checkTrigge
     Flush();
     wxLogMessage("%d ### On Logging Check Timer, every %zd ms", LogMs(), static_cast<std::size_t>(kTimerPeriodMs));
 
-    const int weekday = GetClock().Now().GetWeekDay();
+    const int weekday = m_clock.Now().GetWeekDay();
     if (IsOpen() && weekday != m_nWeekday) {
         m_nWeekday = weekday;
         const wxString path = FilePath();
@@ -210,7 +214,6 @@ void WeekdayLog::OnLoggingTimer(std::size_t threadCount, std::size_t checkTrigge
     }
 
     wxLogMessage("%d ### nThreadCnt = %zd, nCheckTriggerCnt = %zd", LogMs(), threadCount, checkTriggerCount);
-    g_loggingCheckHasRun.store(true);
 }
 
 void WeekdayLog::Flush()
@@ -231,6 +234,7 @@ void WeekdayLog::Close()
     if (wxLog::GetActiveTarget() == m_pTarget) {
         m_pTarget->SetFile(nullptr);
         wxLog::SetActiveTarget(m_pPrevious);
+        SetLogClock(nullptr);
         delete m_pTarget;
     }
     m_pTarget = nullptr;
@@ -241,7 +245,3 @@ void WeekdayLog::Close()
     }
 }
 
-bool LoggingCheckHasRun()
-{
-    return g_loggingCheckHasRun.load();
-}

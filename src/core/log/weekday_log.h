@@ -15,6 +15,8 @@
 
 #include <wx/string.h>
 
+#include "core/clock.h"
+
 class wxLog;
 class WeekdayLogTarget;
 
@@ -28,8 +30,9 @@ public:
     static constexpr const char* kStartBanner = ">>> Cadrelle Start >>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>";
     static constexpr const char* kEndBanner = "<<< Cadrelle End <<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<";
 
-    // `appDir` is the application folder (no trailing separator needed).
-    explicit WeekdayLog(const wxString& appDir);
+    // `appDir` is the application folder (no trailing separator needed);
+    // `clock` (which must outlive the log) chooses the weekday and stamps lines.
+    explicit WeekdayLog(const wxString& appDir, const Clock& clock = TheSystemClock());
     // Closes the log (end banner included) if it is still open.
     ~WeekdayLog();
     WeekdayLog(const WeekdayLog&) = delete;
@@ -75,11 +78,11 @@ private:
     bool Rebind(const wxString& path, const char* mode);
 
     wxString m_appDir;
+    const Clock& m_clock;
     int m_nWeekday = -1;
     std::FILE* m_pFile = nullptr;
     WeekdayLogTarget* m_pTarget = nullptr;  // ours, active between Open() and Close()
     wxLog* m_pPrevious = nullptr;           // the target before Open(), given back by Close()
 };
 
-// Process-wide: the logging check (OnLoggingTimer) has run at least once.
-bool LoggingCheckHasRun();
+

@@ -32,7 +32,7 @@ const std::vector<std::pair<const char*, const char*>>& Preference::Defaults()
     return table;
 }
 
-Preference::Preference(wxConfigBase* config) : m_pConfig(config)
+Preference::Preference(wxConfigBase* config, const Clock& clock) : m_pConfig(config), m_clock(clock)
 {
     m_values.reserve(101);  // the first prime from 100
     for (const auto& entry : Defaults())
@@ -115,7 +115,7 @@ void Preference::SaveSettingParam()
 {
     if (!m_pConfig)
         return;
-    const wxString prefix = wxString::Format("%010lld", static_cast<long long>(GetClock().NowMs() / 1000));
+    const wxString prefix = wxString::Format("%010lld", static_cast<long long>(m_clock.NowMs() / 1000));
     m_pConfig->SetPath("/");
     {
         std::shared_lock<std::shared_mutex> lock(m_mutex);

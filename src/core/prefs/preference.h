@@ -17,18 +17,23 @@
 
 #include <wx/string.h>
 
+#include "core/clock.h"
 #include "core/settings_lookup.h"
 
 class wxConfigBase;
 
 class Preference final : public SettingsLookup {
 public:
-    // Works on `config` (not owned); call Load() to read it.
-    explicit Preference(wxConfigBase* config);
+    // Works on `config` (not owned); call Load() to read it. `clock` stamps
+    // the stored values.
+    explicit Preference(wxConfigBase* config, const Clock& clock = TheSystemClock());
     ~Preference() override;
 
-    // The process-wide preferences over the user's configuration file
-    // ($XDG_CONFIG_HOME/Cadrelle/Cadrelle.conf), created and loaded on first use.
+    // The preferences over the user's configuration file
+    // ($XDG_CONFIG_HOME/Cadrelle/Cadrelle.conf), created and loaded on first
+    // use. One per process on purpose: two objects over one file would undo
+    // each other's saves. The core never reaches it: the session hands it to
+    // the core as its SettingsLookup.
     static Preference& Instance();
     // Where Instance() keeps its file.
     static wxString UserConfigPath();
@@ -59,6 +64,7 @@ public:
 
 private:
     wxConfigBase* m_pConfig;
+    const Clock& m_clock;
     std::unique_ptr<wxConfigBase> m_pOwnedConfig;
     mutable std::shared_mutex m_mutex;
     std::unordered_map<wxString, wxString> m_values;

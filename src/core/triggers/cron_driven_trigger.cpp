@@ -1,8 +1,6 @@
 #include "core/triggers/cron_driven_trigger.h"
 
-#include "core/clock.h"
-#include "core/settings_lookup.h"
-#include "core/shared_lock.h"
+#include "core/session/session_context.h"
 #include "core/triggers/trigger_time.h"
 
 namespace {
@@ -17,8 +15,8 @@ wxDateTime MomentOrInvalid(std::int64_t ms)
 void CronDrivenTrigger::Load(const TriggerParam& param)
 {
     LoadCommon(param);
-    m_bConditionInvalid = !m_schedule.IsConditionValid(m_strCondition, ConditionVersion(), GetTid());
-    const CronMoments moments = m_schedule.MomentsAfter(FloorSeconds(GetClock().NowMs()));
+    m_bConditionInvalid = !m_schedule.IsConditionValid(m_strCondition, ConditionVersion(), GetTid(), Context().Messages());
+    const CronMoments moments = m_schedule.MomentsAfter(FloorSeconds(NowMs()));
     wxDateTime shown = MomentOrInvalid(moments.next1Ms);
     if (shown.IsValid())
         shown.SetSecond(0).SetMillisecond(0);
@@ -36,7 +34,7 @@ bool CronDrivenTrigger::CheckAndAdvance()
 {
     // A malformed condition never fires, enabled or not, and says so in the
     // trigger list until it is corrected.
-    const bool valid = m_schedule.IsConditionValid(m_strCondition, ConditionVersion(), GetTid());
+    const bool valid = m_schedule.IsConditionValid(m_strCondition, ConditionVersion(), GetTid(), Context().Messages());
     if (m_bConditionInvalid.load(std::memory_order_relaxed) == valid)
         m_bConditionInvalid.store(!valid, std::memory_order_relaxed);
     if (!valid) {
@@ -47,7 +45,7 @@ bool CronDrivenTrigger::CheckAndAdvance()
         SetStatus(NTriggerStatusDisable);
         return false;
     }
-    const std::int64_t now = GetClock().NowMs();
+    const std::int64_t now = NowMs();
     if (!InActivePeriod(now)) {
         SetStatus(now < m_dtStart.Ms() ? NTriggerStatusWaitStart : NTriggerStatusWaiting);
         if (m_dtEnd.Ms() < now)
@@ -75,8 +73,7 @@ bool CronDrivenTrigger::CheckAndAdvance()
     // costly test.
     if (IsAfter1999(m_dtRecordedNextFire)) {
         const std::int64_t recorded = m_dtRecordedNextFire.Ms();
-        if (recorded < next && recorded > prev && IsMissFiredRefireOn()) {
-            wxCriticalSectionLocker lock(SharedLock());
+        if (recorded < next && recorded > prev && Context().IsMissFiredRefireOn()) {
             m_dtPrevFire.SetMs(now);
             m_bFirePending = true;
             m_dtRecordedNextFire = m_dtNextFire;
@@ -96,5 +93,5 @@ bool CronDrivenTrigger::CheckAndAdvance()
 bool CronDrivenTrigger::IsDue(int toleranceSec) const
 {
     // No ENABLE test here: a disabled trigger's check already said "Disable".
-    return InActivePeriod(GetClock().NowMs()) && NextFireWithin(toleranceSec);
+    return InActivePeriod(NowMs()) && NextFireWithin(toleranceSec);
 }

@@ -41,12 +41,7 @@ CronMoments Search(const CronExpr& expr, std::int64_t nowSec)
 
 }  // namespace
 
-CronMoments ComputeCronMoments(const std::string& condition, std::int64_t nowSec)
-{
-    return Search(ParseCronExpr(condition), nowSec);
-}
-
-void CronSchedule::Parse(const wxString& condition, bool report, std::int64_t tid)
+void CronSchedule::Parse(const wxString& condition, UserMessages* report, std::int64_t tid)
 {
     m_bParsed = true;
     m_bValid = false;
@@ -58,10 +53,10 @@ void CronSchedule::Parse(const wxString& condition, bool report, std::int64_t ti
         if (report) {
             wxLogMessage("%d ### [TID_%lld] cron condition \"%s\": %s", LogMs(), static_cast<long long>(tid),
                          condition, wxString(e.what()));
-            if (!GetUserMessages().EchoesToStderr())
+            if (!report->EchoesToStderr())
                 std::cerr << e.what() << std::endl;
             // The toolkit's default message-box caption.
-            GetUserMessages().ShowMessage(TranslateFromAnyThread(e.what()), "Message");
+            report->ShowMessage(TranslateFromAnyThread(e.what()), "Message");
         }
     }
 }
@@ -74,12 +69,13 @@ void CronSchedule::Compute(std::int64_t nowSec)
     m_validUntil = m_moments.next1Ms >= 0 ? m_moments.next1Ms / 1000 : StartOfNextLocalYear(nowSec);
 }
 
-bool CronSchedule::IsConditionValid(const wxString& condition, unsigned version, std::int64_t tid)
+bool CronSchedule::IsConditionValid(const wxString& condition, unsigned version, std::int64_t tid,
+                                    UserMessages& messages)
 {
     const bool changed = !m_bParsed || version != m_nVersion;
     if (changed || !m_bCaching) {
         // A malformed condition is reported once, not twenty times a second.
-        Parse(condition, changed, tid);
+        Parse(condition, changed ? &messages : nullptr, tid);
         m_nVersion = version;
     }
     return m_expr.has_value();

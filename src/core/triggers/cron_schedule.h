@@ -20,6 +20,8 @@
 
 #include "core/cron/cron_expr.h"
 
+class UserMessages;
+
 struct CronMoments {
     std::int64_t next1Ms = -1;  // first match strictly after now; -1 for none
     std::int64_t next2Ms = -1;  // first match strictly after next1; -1 for none
@@ -29,9 +31,9 @@ class CronSchedule {
 public:
     // Whether `condition` parses; `version` tells whether the condition
     // changed since the last call, and only then is it parsed again. A
-    // malformed condition is reported once per version (log, message box and
-    // stderr).
-    bool IsConditionValid(const wxString& condition, unsigned version, std::int64_t tid);
+    // malformed condition is reported once per version (log, a message box
+    // through `messages`, and stderr).
+    bool IsConditionValid(const wxString& condition, unsigned version, std::int64_t tid, UserMessages& messages);
     // The moments after `nowSec` for the condition IsConditionValid last
     // took. A malformed one has none: the trigger never fires until its
     // condition is corrected.
@@ -42,7 +44,7 @@ public:
     void SetCaching(bool caching) { m_bCaching = caching; }
 
 private:
-    void Parse(const wxString& condition, bool report, std::int64_t tid);
+    void Parse(const wxString& condition, UserMessages* report, std::int64_t tid);
     void Compute(std::int64_t nowSec);
 
     bool m_bCaching = true;
@@ -54,7 +56,3 @@ private:
     std::int64_t m_validUntil = 0; // seconds, exclusive
     CronMoments m_moments;
 };
-
-// The straightforward rule, without any cache: parse, then two searches.
-// Throws cron::bad_cronexpr.
-CronMoments ComputeCronMoments(const std::string& condition, std::int64_t nowSec);

@@ -1,8 +1,6 @@
 #include "core/triggers/idle_timeout_trigger.h"
 
-#include "core/clock.h"
-#include "core/idle_time.h"
-#include "core/shared_lock.h"
+#include "core/session/session_context.h"
 #include "core/text_number.h"
 #include "core/triggers/condition_tokens.h"
 #include "core/triggers/trigger_time.h"
@@ -41,22 +39,17 @@ bool IdleTimeoutTrigger::CheckAndAdvance()
     }
     if (m_nAmount <= 0)
         return false;
-    if (m_nAfterFire == 0) {
-        const long idle = GetIdleTimeSource().IdleSeconds();
-        wxCriticalSectionLocker lock(SharedLock());
-        m_nIdleSeconds = idle;
-    }
+    if (m_nAfterFire == 0)
+        m_nIdleSeconds = Context().IdleTime().IdleSeconds();
     if (m_nAfterFire > kQuietChecks - 1) {
-        wxCriticalSectionLocker lock(SharedLock());
         m_nAfterFire = 0;
         return false;
     }
     if (m_nAfterFire > 0) {
-        wxCriticalSectionLocker lock(SharedLock());
         ++m_nAfterFire;
         return false;
     }
-    const wxDateTime now = GetClock().Now();
+    const wxDateTime now = FromMs(NowMs());
     // Never twice in one second.
     const wxDateTime prev = m_dtPrevFire.Get();
     if (prev.GetHour() == now.GetHour() && prev.GetMinute() == now.GetMinute() && prev.GetSecond() == now.GetSecond())
@@ -71,7 +64,6 @@ bool IdleTimeoutTrigger::CheckAndAdvance()
     // Exactly the threshold: a longer idle period must not fire again.
     if (m_nIdleSeconds != threshold)
         return false;
-    wxCriticalSectionLocker lock(SharedLock());
     m_nAfterFire = 1;
     wxDateTime fired = now;
     m_dtPrevFire = fired.SetMillisecond(0);

@@ -8,7 +8,7 @@ class IdleTimeoutTrigger : public Trigger {
 public:
     enum Unit { UnitSeconds = 0, UnitMinutes = 1, UnitHours = 2 };
 
-    IdleTimeoutTrigger() : Trigger(NTriggerTypeIdleTimeout) {}
+    explicit IdleTimeoutTrigger(const SessionContext& context) : Trigger(NTriggerTypeIdleTimeout, context) {}
     // CONDITION: "N - - - - -" (seconds), "- N - - - -" (minutes) or
     // "- - N - - -" (hours).
     void Load(const TriggerParam& param) override;
@@ -26,6 +26,7 @@ public:
 private:
     int m_nUnit = UnitMinutes;
     int m_nAmount = -1;
+    // Only the one checker thread of this trigger touches these.
     int m_nAfterFire = 0;  // 0 when armed
     long m_nIdleSeconds = 0;
 };

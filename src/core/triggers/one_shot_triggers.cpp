@@ -4,10 +4,9 @@
 
 #include <wx/log.h>
 
-#include "core/app_start_time.h"
 #include "core/core_log.h"
 #include "core/datetime_text.h"
-#include "core/shared_lock.h"
+#include "core/session/session_context.h"
 #include "core/text_number.h"
 #include "core/triggers/condition_tokens.h"
 
@@ -89,14 +88,13 @@ void WithStartTrigger::Load(const TriggerParam& param)
     std::array<long, 4> n{};
     ReadNumbers(m_strCondition, n);
     m_duration = DurationFrom(n[0], n[1], n[2], n[3]);
-    PrepareFrom(GetAppStartTime());
+    ArmFromStart(Context().StartTime());
 }
 
-void WithStartTrigger::PrepareFrom(const wxDateTime& from)
+bool WithStartTrigger::ArmFromStart(const wxDateTime& from)
 {
-    const wxDateTime moment = m_duration.AddTo(from);
-    wxCriticalSectionLocker lock(SharedLock());
-    m_dtNextFire = moment;
+    m_dtNextFire = m_duration.AddTo(from);
+    return true;
 }
 
 wxString WithStartTrigger::GetCondition() const

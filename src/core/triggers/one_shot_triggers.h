@@ -7,7 +7,7 @@
 
 class SpecTimeTrigger : public Trigger {
 public:
-    SpecTimeTrigger() : Trigger(NTriggerTypeSpecTime) {}
+    explicit SpecTimeTrigger(const SessionContext& context) : Trigger(NTriggerTypeSpecTime, context) {}
     // CONDITION is a date-time text: the moment to fire.
     void Load(const TriggerParam& param) override;
     bool CheckAndAdvance() override { return CheckOneShot(true); }
@@ -27,7 +27,7 @@ struct TriggerDuration {
 
 class CountDownTrigger : public Trigger {
 public:
-    CountDownTrigger() : Trigger(NTriggerTypeCountDown) {}
+    explicit CountDownTrigger(const SessionContext& context) : Trigger(NTriggerTypeCountDown, context) {}
     // CONDITION: second minute hour day month year of the target moment, then
     // days hours minutes seconds of the duration (ten numbers; no weekday).
     void Load(const TriggerParam& param) override;
@@ -42,13 +42,13 @@ private:
 
 class WithStartTrigger : public Trigger {
 public:
-    WithStartTrigger() : Trigger(NTriggerTypeWithStart) {}
+    explicit WithStartTrigger(const SessionContext& context) : Trigger(NTriggerTypeWithStart, context) {}
     // CONDITION: "days hours minutes seconds - -" after the program's start.
     void Load(const TriggerParam& param) override;
     bool CheckAndAdvance() override { return CheckOneShot(false); }
     wxString GetCondition() const override;
     // Arms the trigger again: the moment counts from `from`.
-    void PrepareFrom(const wxDateTime& from);
+    bool ArmFromStart(const wxDateTime& from) override;
     const TriggerDuration& Duration() const { return m_duration; }
 
 private:

@@ -1,21 +1,10 @@
 #include "core/triggers/trigger.h"
 
-#include "core/clock.h"
 #include "core/datetime_text.h"
-#include "core/settings_lookup.h"
-#include "core/shared_lock.h"
+#include "core/session/session_context.h"
 #include "core/triggers/trigger_time.h"
 
 namespace {
-
-// English here (the data file, logs and --list use them as they are);
-// marked for the catalogue so that the window shows them translated.
-const char* const kTypeNames[NTriggerTypeCount] = {
-    wxTRANSLATE("Count Down"),  wxTRANSLATE("With Start"),    wxTRANSLATE("Interval"),
-    wxTRANSLATE("Idle Timeout"), wxTRANSLATE("Specical Time"), wxTRANSLATE("Every Minute"),
-    wxTRANSLATE("Every Hour"),  wxTRANSLATE("Every Day"),     wxTRANSLATE("Every Week"),
-    wxTRANSLATE("Every Month"), wxTRANSLATE("Every Year"),    wxTRANSLATE("Cron"),
-};
 
 const char* const kStatusNames[NTriggerStatusCount] = {
     wxTRANSLATE("Wait Start"), wxTRANSLATE("Waiting"), wxTRANSLATE("Fired"),   wxTRANSLATE("Timeout"),
@@ -24,33 +13,23 @@ const char* const kStatusNames[NTriggerStatusCount] = {
 
 }  // namespace
 
-wxString TriggerTypeName(std::uint32_t type)
-{
-    return type < NTriggerTypeCount ? wxString(kTypeNames[type]) : wxString();
-}
-
 wxString TriggerStatusName(std::uint32_t status)
 {
     return status < NTriggerStatusCount ? wxString(kStatusNames[status]) : wxString();
 }
 
-bool IsCronDrivenType(std::uint32_t type)
+Trigger::Trigger(std::uint32_t type, const SessionContext& context)
+    : m_dtStart(DefaultPeriodStart()), m_dtEnd(DefaultPeriodEnd()), m_nType(type), m_context(context)
 {
-    return type == NTriggerTypeInterval || (type >= NTriggerTypeEveryMinute && type <= NTriggerTypeCron);
-}
-
-Trigger::Trigger(std::uint32_t type)
-    : m_dtStart(DefaultPeriodStart()), m_dtEnd(DefaultPeriodEnd()), m_nType(type)
-{
-    const wxDateTime neverFired = NeverFiredAt(GetClock().Now());
+    const wxDateTime neverFired = NeverFiredAt(context.GetClock().Now());
     m_dtPrevFire = neverFired;
     m_dtRecordedNextFire = neverFired;
     m_dtNextFire = neverFired;
 }
 
-wxString Trigger::GetTypeText() const
+std::int64_t Trigger::NowMs() const
 {
-    return TriggerTypeName(m_nType);
+    return m_context.GetClock().NowMs();
 }
 
 void Trigger::LoadCommon(const TriggerParam& param)
@@ -59,7 +38,6 @@ void Trigger::LoadCommon(const TriggerParam& param)
     m_nTid = param.tid;
     SetEnable(param.enable);
     SetEditing(param.editing);
-    SetChanged(param.changed);
     SetFinished(param.finished);
     SetFirePending(param.firePending);
     SetNoticeGiven(param.noticeGiven);
@@ -87,7 +65,6 @@ void Trigger::MakeParam(TriggerParam& param) const
     param.type = m_nType;
     param.enable = IsEnabled();
     param.editing = IsEditing();
-    param.changed = IsChanged();
     param.finished = IsFinished();
     param.firePending = IsFirePending();
     param.noticeGiven = IsNoticeGiven();
@@ -107,7 +84,7 @@ bool Trigger::NextFireWithin(int toleranceSec) const
 {
     if (!m_dtNextFire.IsValid())
         return false;
-    const std::int64_t now = GetClock().NowMs();
+    const std::int64_t now = NowMs();
     const std::int64_t next = m_dtNextFire.Ms();
     return next >= now && now >= next - static_cast<std::int64_t>(toleranceSec) * 1000;
 }
@@ -120,16 +97,14 @@ bool Trigger::CheckOneShot(bool mayRefireMissed)
     }
     if (!m_dtNextFire.IsValid())
         return false;
-    const std::int64_t now = GetClock().NowMs();
+    const std::int64_t now = NowMs();
     const std::int64_t next = m_dtNextFire.Ms();
     if (next < now) {
         // The moment passed: made up once when the user asked for it and
         // the trigger never fired, otherwise missed for good.
-        const bool refire = mayRefireMissed && IsInYear1999(m_dtPrevFire) && IsMissFiredRefireOn();
-        if (refire) {
-            wxCriticalSectionLocker lock(SharedLock());
+        const bool refire = mayRefireMissed && IsInYear1999(m_dtPrevFire) && m_context.IsMissFiredRefireOn();
+        if (refire)
             m_dtPrevFire.SetMs(now);
-        }
         SetFinished(true);
         SetStatus(NTriggerStatusFired);
         return refire;

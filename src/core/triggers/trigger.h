@@ -1,7 +1,7 @@
 #pragma once
 // The abstract base of the twelve trigger kinds, its flat record
-// TriggerParam, and the kind and status names. Every time a kind reads is
-// taken from GetClock().
+// TriggerParam, and the status names. Every time a kind reads is taken from
+// the clock of the session it belongs to.
 
 #include <atomic>
 #include <cstdint>
@@ -10,23 +10,10 @@
 #include <wx/datetime.h>
 #include <wx/string.h>
 
+#include "core/triggers/trigger_kinds.h"
 #include "core/triggers/trigger_time.h"
 
-enum TriggerType : std::uint32_t {
-    NTriggerTypeCountDown = 0,
-    NTriggerTypeWithStart = 1,
-    NTriggerTypeInterval = 2,
-    NTriggerTypeIdleTimeout = 3,
-    NTriggerTypeSpecTime = 4,
-    NTriggerTypeEveryMinute = 5,
-    NTriggerTypeEveryHour = 6,
-    NTriggerTypeEveryDay = 7,
-    NTriggerTypeEveryWeek = 8,
-    NTriggerTypeEveryMonth = 9,
-    NTriggerTypeEveryYear = 10,
-    NTriggerTypeCron = 11,
-    NTriggerTypeCount = 12
-};
+class SessionContext;
 
 enum TriggerStatus : std::uint32_t {
     NTriggerStatusWaitStart = 0,
@@ -39,24 +26,16 @@ enum TriggerStatus : std::uint32_t {
     NTriggerStatusCount = 7
 };
 
-// Display name of a kind ("Specical Time" is spelt so on purpose); empty above 11.
-wxString TriggerTypeName(std::uint32_t type);
 // Display name of a status; empty above 6.
 wxString TriggerStatusName(std::uint32_t status);
-// True for the kinds whose condition is a cron expression (2 and 5 to 11).
-bool IsCronDrivenType(std::uint32_t type);
 
 // The flat form of a trigger, through which it is loaded, saved and copied.
 // Date-times travel as date-time text (see datetime_text.h).
-class TriggerParam {
-public:
-    virtual ~TriggerParam() = default;
-
+struct TriggerParam {
     std::int64_t tid = -1;
     std::uint32_t type = 0;
     bool enable = true;
     bool editing = false;
-    bool changed = false;
     bool finished = false;
     bool firePending = false;
     bool noticeGiven = false;
@@ -69,13 +48,12 @@ public:
 
 class Trigger {
 public:
-    explicit Trigger(std::uint32_t type);
+    // `context` (the session's clock, settings, idle time and start time)
+    // must outlive the trigger.
+    Trigger(std::uint32_t type, const SessionContext& context);
     virtual ~Trigger() = default;
     Trigger(const Trigger&) = delete;
     Trigger& operator=(const Trigger&) = delete;
-
-    // The kind's fixed text.
-    virtual wxString GetTypeText() const;
     // Takes the common fields; kinds also parse CONDITION and compute the
     // next fire time.
     virtual void Load(const TriggerParam& param);
@@ -88,6 +66,9 @@ public:
     virtual bool IsDue(int toleranceSec) const;
     // The condition as the dialog and the data file see it.
     virtual wxString GetCondition() const { return m_strCondition; }
+    // Arms a trigger that counts from the program's start (With Start) again,
+    // from `from`; false for every other kind. Under the edit lock.
+    virtual bool ArmFromStart(const wxDateTime& /*from*/) { return false; }
 
     std::int64_t GetTid() const { return m_nTid; }
     void SetTid(std::int64_t tid) { m_nTid = tid; }
@@ -102,8 +83,6 @@ public:
     void SetEnable(bool enable) { m_bEnable.store(enable, std::memory_order_relaxed); }
     bool IsEditing() const { return m_bEditing.load(std::memory_order_relaxed); }
     void SetEditing(bool editing) { m_bEditing.store(editing, std::memory_order_relaxed); }
-    bool IsChanged() const { return m_bChanged; }
-    void SetChanged(bool changed) { m_bChanged = changed; }
     bool IsFinished() const { return m_bFinished.load(std::memory_order_relaxed); }
     void SetFinished(bool finished) { m_bFinished.store(finished, std::memory_order_relaxed); }
     bool IsFirePending() const { return m_bFirePending; }
@@ -139,7 +118,12 @@ public:
     wxDateTime GetEnd() const { return m_dtEnd.Get(); }
     void SetEnd(const wxDateTime& dt) { m_dtEnd = dt; }
 
+    // The session the trigger belongs to.
+    const SessionContext& Context() const { return m_context; }
+
 protected:
+    std::int64_t NowMs() const;
+
     // Copies TID, flags, CONDITION and the four dates of the record.
     void LoadCommon(const TriggerParam& param);
     // The one-shot rule of Special Time, Count Down and With Start; the
@@ -162,7 +146,6 @@ protected:
     wxString m_strCondition;
     std::atomic<bool> m_bEnable{true};
     std::atomic<bool> m_bEditing{false};
-    std::atomic<bool> m_bChanged{false};
     std::atomic<bool> m_bFinished{false};
     std::atomic<bool> m_bFirePending{false};
     std::atomic<bool> m_bNoticeGiven{false};
@@ -170,10 +153,11 @@ protected:
     std::atomic<bool> m_bConditionInvalid{false};
 
 private:
+    const SessionContext& m_context;
     unsigned m_nConditionVersion = 0;
 };
 
-// A new trigger of the kind, or null above 11.
-std::unique_ptr<Trigger> CreateTrigger(std::uint32_t type);
-// A new trigger of the source's kind loaded from the source's record.
+// A new trigger of the kind in `context`, or null above 11.
+std::unique_ptr<Trigger> CreateTrigger(std::uint32_t type, const SessionContext& context);
+// A new trigger of the source's kind (and session) loaded from its record.
 std::unique_ptr<Trigger> CopyTrigger(const Trigger& source);

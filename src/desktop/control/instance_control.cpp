@@ -50,7 +50,7 @@ InstanceStatus CollectStatus(const Scheduler& scheduler, const SchedulerEngine& 
     for (const auto& trigger : scheduler.Triggers()) {
         if (!trigger->IsEnabled() || trigger->IsFinished())
             continue;
-        const Job* owner = scheduler.GetTriggerOwner(trigger->GetTid());
+        const auto& owner = scheduler.GetTriggerOwner(trigger->GetTid());
         const wxDateTime next = trigger->GetNextFire();
         if (!owner || !owner->IsEnabled() || !next.IsValid() || next.GetYear() <= 1999)
             continue;

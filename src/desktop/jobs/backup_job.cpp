@@ -6,6 +6,7 @@
 #include "core/jobs/job.h"
 #include "core/user_messages.h"
 #include "desktop/jobs/folder_backup.h"
+#include "core/session/session_context.h"
 
 namespace {
 
@@ -21,7 +22,7 @@ wxString FromPath(const std::filesystem::path& path)
 
 }  // namespace
 
-void RunBackupJob(Job& job)
+void RunBackupJob(const Job& job, SessionContext& context)
 {
     const int jid = job.GetId();
     const wxString source = job.GetParamAt(0);
@@ -52,5 +53,5 @@ void RunBackupJob(Job& job)
                 wxString::Format("%s: %s\n%zu item(s) not copied", FromPath(result.firstFailure),
                                  wxString::FromUTF8(result.firstFailureReason), result.failed);
     }
-    GetUserMessages().ShowNotice(static_cast<std::uint32_t>(jid), text);
+    context.Messages().ShowNotice(static_cast<std::uint32_t>(jid), text);
 }

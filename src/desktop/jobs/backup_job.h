@@ -4,5 +4,6 @@
 // lists each copied file in the log and posts a notice with the outcome.
 
 class Job;
+class SessionContext;
 
-void RunBackupJob(Job& job);
+void RunBackupJob(const Job& job, SessionContext& context);

@@ -9,6 +9,7 @@
 #include "core/user_messages.h"
 #include "desktop/jobs/window_input_jobs.h"
 #include "desktop/platform/window_closer.h"
+#include "core/session/session_context.h"
 
 namespace {
 
@@ -30,15 +31,15 @@ std::vector<wxString> SplitTitleList(const wxString& list)
     return titles;
 }
 
-void RunCloseAppJob(Job& job)
+void RunCloseAppJob(const Job& job, SessionContext& context)
 {
     const wxString list = job.GetParamAt(0);
     if (!list.Contains("\"")) {
-        GetUserMessages().ShowMessage(TranslateFromAnyThread("CloseAppJob::Execute() app title list format error"),
+        context.Messages().ShowMessage(TranslateFromAnyThread("CloseAppJob::Execute() app title list format error"),
                                       kDefaultCaption);
         return;
     }
-    if (!RequireDisplaySession(job))
+    if (!RequireDisplaySession(job, context))
         return;
     for (const wxString& title : SplitTitleList(list)) {
         const CloseRequestOutcome outcome = RequestWindowClose(title);
@@ -48,12 +49,12 @@ void RunCloseAppJob(Job& job)
             break;
         case CloseRequestResult::NotFound:
             wxLogMessage("%d --- [JID_%d] No window titled \"%s\"", LogMs(), job.GetId(), title);
-            GetUserMessages().ShowMessage(TranslateFromAnyThread("Window title:\n") + title +
+            context.Messages().ShowMessage(TranslateFromAnyThread("Window title:\n") + title +
                                               TranslateFromAnyThread("\nnot exist."),
                                           kDefaultCaption);
             break;
         case CloseRequestResult::Unavailable:
-            ReportJobProblem(job, wxString::Format(TranslateFromAnyThread("Could not ask \"%s\" to close: %s"),
+            ReportJobProblem(job, context, wxString::Format(TranslateFromAnyThread("Could not ask \"%s\" to close: %s"),
                                                    title, outcome.detail));
             break;
         }

@@ -8,9 +8,10 @@
 #include <wx/string.h>
 
 class Job;
+class SessionContext;
 
 // The titles of the list: cut at every double quote, each piece trimmed,
 // empty pieces dropped.
 std::vector<wxString> SplitTitleList(const wxString& list);
 
-void RunCloseAppJob(Job& job);
+void RunCloseAppJob(const Job& job, SessionContext& context);

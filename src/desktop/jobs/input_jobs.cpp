@@ -7,6 +7,7 @@
 #include "core/translate.h"
 #include "desktop/jobs/key_names.h"
 #include "desktop/jobs/window_input_jobs.h"
+#include "core/session/session_context.h"
 
 namespace {
 
@@ -28,14 +29,14 @@ bool IsBlank(wxUniChar c)
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';
 }
 
-std::unique_ptr<InputSimulator> OpenSimulator(Job& job)
+std::unique_ptr<InputSimulator> OpenSimulator(const Job& job, SessionContext& context)
 {
-    if (!RequireDisplaySession(job))
+    if (!RequireDisplaySession(job, context))
         return nullptr;
     wxString problem;
     std::unique_ptr<InputSimulator> input = InputSimulator::Open(problem);
     if (!input)
-        ReportJobProblem(job, wxString::Format(TranslateFromAnyThread("%s cannot run here.\n%s"),
+        ReportJobProblem(job, context, wxString::Format(TranslateFromAnyThread("%s cannot run here.\n%s"),
                                                job.GetTypeName(), problem));
     return input;
 }
@@ -116,7 +117,7 @@ std::optional<MouseButton> ParseMouseButton(const wxString& text)
 
 // Presses the keys in order and lets go of them in reverse, like a person
 // pressing a chord such as CTRL + SHIFT + ESCAPE.
-void RunSendKeyJob(Job& job)
+void RunSendKeyJob(const Job& job, SessionContext& context)
 {
     struct NamedKey {
         wxString name;
@@ -129,7 +130,7 @@ void RunSendKeyJob(Job& job)
             continue;
         const std::optional<InputKey> key = KeyFromName(name);
         if (!key) {
-            ReportJobProblem(job, wxString::Format(TranslateFromAnyThread("Send Key: \"%s\" is not a key name. Use "
+            ReportJobProblem(job, context, wxString::Format(TranslateFromAnyThread("Send Key: \"%s\" is not a key name. Use "
                                                                           "a name of the key list, such as CTRL, "
                                                                           "SHIFT, ESCAPE, RETURN/ENTER or F5."),
                                                    name));
@@ -138,10 +139,10 @@ void RunSendKeyJob(Job& job)
         keys.push_back({name, *key});
     }
     if (keys.empty()) {
-        ReportJobProblem(job, TranslateFromAnyThread("Send Key: no key is set."));
+        ReportJobProblem(job, context, TranslateFromAnyThread("Send Key: no key is set."));
         return;
     }
-    std::unique_ptr<InputSimulator> input = OpenSimulator(job);
+    std::unique_ptr<InputSimulator> input = OpenSimulator(job, context);
     if (!input)
         return;
     std::size_t pressed = 0;
@@ -156,7 +157,7 @@ void RunSendKeyJob(Job& job)
         input->KeyUp(keys[--pressed].key);
     input->Pause(0);
     if (!missing.empty()) {
-        ReportJobProblem(job, wxString::Format(TranslateFromAnyThread("Send Key: this keyboard has no %s key."),
+        ReportJobProblem(job, context, wxString::Format(TranslateFromAnyThread("Send Key: this keyboard has no %s key."),
                                                missing));
         return;
     }
@@ -168,11 +169,11 @@ void RunSendKeyJob(Job& job)
 
 // Two sets of a point and a text: a click on the point gives the window
 // there the focus, then the text is typed. A set without a point is skipped.
-void RunKeyTypingJob(Job& job)
+void RunKeyTypingJob(const Job& job, SessionContext& context)
 {
     const std::optional<long> scale = ParseScalePercent(job.GetParamAt(4));
     if (!scale) {
-        ReportJobProblem(job, wxString::Format(TranslateFromAnyThread("Key Typing: the scale \"%s\" is not a whole "
+        ReportJobProblem(job, context, wxString::Format(TranslateFromAnyThread("Key Typing: the scale \"%s\" is not a whole "
                                                                       "number of percent above 0."),
                                                job.GetParamAt(4)));
         return;
@@ -188,7 +189,7 @@ void RunKeyTypingJob(Job& job)
             continue;
         const std::optional<ScreenPoint> point = ParsePoint(pointText);
         if (!point) {
-            ReportJobProblem(job, wxString::Format(TranslateFromAnyThread("Key Typing: the point of set %d, \"%s\", "
+            ReportJobProblem(job, context, wxString::Format(TranslateFromAnyThread("Key Typing: the point of set %d, \"%s\", "
                                                                           "is not \"x,y\" (two whole numbers)."),
                                                    static_cast<int>(set + 1), pointText));
             return;
@@ -196,10 +197,10 @@ void RunKeyTypingJob(Job& job)
         sets.push_back({ScalePoint(*point, *scale), job.GetParamAt(set * 2 + 1)});
     }
     if (sets.empty()) {
-        ReportJobProblem(job, TranslateFromAnyThread("Key Typing: no point is set."));
+        ReportJobProblem(job, context, TranslateFromAnyThread("Key Typing: no point is set."));
         return;
     }
-    std::unique_ptr<InputSimulator> input = OpenSimulator(job);
+    std::unique_ptr<InputSimulator> input = OpenSimulator(job, context);
     if (!input)
         return;
     for (const TypingSet& set : sets) {
@@ -216,25 +217,25 @@ void RunKeyTypingJob(Job& job)
 
 // Each point of the list, scaled, is clicked with the chosen kind and
 // button; the interval lies between two points' clicks.
-void RunMouseClickJob(Job& job)
+void RunMouseClickJob(const Job& job, SessionContext& context)
 {
     std::vector<ScreenPoint> points;
     wxString bad;
     if (!ParsePointList(job.GetParamAt(0), points, bad)) {
-        ReportJobProblem(job, wxString::Format(TranslateFromAnyThread("Mouse Click: \"%s\" in the point list is not "
+        ReportJobProblem(job, context, wxString::Format(TranslateFromAnyThread("Mouse Click: \"%s\" in the point list is not "
                                                                       "a point \"x,y\" (two whole numbers)."),
                                                bad));
         return;
     }
     if (points.empty()) {
-        ReportJobProblem(job, TranslateFromAnyThread("Mouse Click: the point list is empty."));
+        ReportJobProblem(job, context, TranslateFromAnyThread("Mouse Click: the point list is empty."));
         return;
     }
     const wxString intervalText = Trimmed(job.GetParamAt(1));
     const std::optional<long> interval =
         intervalText.empty() ? std::optional<long>(kDefaultClickIntervalMs) : ParseWholeNumber(intervalText);
     if (!interval || *interval < 0) {
-        ReportJobProblem(job, wxString::Format(TranslateFromAnyThread("Mouse Click: the interval \"%s\" is not a "
+        ReportJobProblem(job, context, wxString::Format(TranslateFromAnyThread("Mouse Click: the interval \"%s\" is not a "
                                                                       "whole number of milliseconds."),
                                                intervalText));
         return;
@@ -242,7 +243,7 @@ void RunMouseClickJob(Job& job)
     const std::optional<ClickKind> kind = ParseClickKind(job.GetParamAt(2));
     const std::optional<MouseButton> button = ParseMouseButton(job.GetParamAt(3));
     if (!kind || !button) {
-        ReportJobProblem(job, wxString::Format(TranslateFromAnyThread("Mouse Click: \"%s\" is not a click type "
+        ReportJobProblem(job, context, wxString::Format(TranslateFromAnyThread("Mouse Click: \"%s\" is not a click type "
                                                                       "(Click, Double Click) or mouse button (Left "
                                                                       "Button, Right Button)."),
                                                !kind ? job.GetParamAt(2) : job.GetParamAt(3)));
@@ -250,12 +251,12 @@ void RunMouseClickJob(Job& job)
     }
     const std::optional<long> scale = ParseScalePercent(job.GetParamAt(4));
     if (!scale) {
-        ReportJobProblem(job, wxString::Format(TranslateFromAnyThread("Mouse Click: the scale \"%s\" is not a whole "
+        ReportJobProblem(job, context, wxString::Format(TranslateFromAnyThread("Mouse Click: the scale \"%s\" is not a whole "
                                                                       "number of percent above 0."),
                                                job.GetParamAt(4)));
         return;
     }
-    std::unique_ptr<InputSimulator> input = OpenSimulator(job);
+    std::unique_ptr<InputSimulator> input = OpenSimulator(job, context);
     if (!input)
         return;
     for (std::size_t i = 0; i < points.size(); ++i) {

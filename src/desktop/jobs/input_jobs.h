@@ -12,6 +12,7 @@
 #include "desktop/platform/input_simulator.h"
 
 class Job;
+class SessionContext;
 
 struct ScreenPoint {
     long x = 0;
@@ -32,6 +33,6 @@ std::optional<ClickKind> ParseClickKind(const wxString& text);
 // "Left Button" or "0" (also empty) / "Right Button" or "1".
 std::optional<MouseButton> ParseMouseButton(const wxString& text);
 
-void RunSendKeyJob(Job& job);
-void RunKeyTypingJob(Job& job);
-void RunMouseClickJob(Job& job);
+void RunSendKeyJob(const Job& job, SessionContext& context);
+void RunKeyTypingJob(const Job& job, SessionContext& context);
+void RunMouseClickJob(const Job& job, SessionContext& context);

@@ -10,12 +10,13 @@
 #include "core/user_messages.h"
 #include "desktop/jobs/backup_job.h"
 #include "desktop/platform/launcher.h"
+#include "core/session/session_context.h"
 
 namespace {
 
-bool IsMinimizeOn()
+bool IsMinimizeOn(const SessionContext& context)
 {
-    return GetSettings().GetSetting("minimizeOnOpenJob").IsSameAs("1", false);
+    return context.Settings().GetSetting("minimizeOnOpenJob").IsSameAs("1", false);
 }
 
 // "http:", "mailto:", "file:": letters first, then letters, digits, + - .,
@@ -38,7 +39,7 @@ bool HasScheme(const wxString& text)
 // The log says what happened; a session that lacks the means (no display, no
 // terminal, no application for the type) is also told to the user, who
 // otherwise would see nothing happen.
-void Report(Job& job, const LaunchOutcome& outcome, const wxString& target, const wxString& failureLine)
+void Report(const Job& job, SessionContext& context, const LaunchOutcome& outcome, const wxString& target, const wxString& failureLine)
 {
     const int jid = job.GetId();
     if (outcome.ok) {
@@ -51,18 +52,18 @@ void Report(Job& job, const LaunchOutcome& outcome, const wxString& target, cons
     if (outcome.sessionLacks) {
         const wxString text = wxString::Format(TranslateFromAnyThread("%s could not run:\n%s"), job.GetTypeName(),
                                                outcome.reason);
-        GetUserMessages().ShowMessage(text, "Cadrelle");
+        context.Messages().ShowMessage(text, "Cadrelle");
     }
 }
 
 // GIO has no way to ask an application to start iconified.
-void NoteNotMinimized(Job& job, const LaunchOutcome& outcome)
+void NoteNotMinimized(const Job& job, SessionContext& context, const LaunchOutcome& outcome)
 {
-    if (outcome.ok && IsMinimizeOn())
+    if (outcome.ok && IsMinimizeOn(context))
         wxLogMessage("%d --- [JID_%d] %s cannot be asked to start minimised", LogMs(), job.GetId(), outcome.started);
 }
 
-bool RefuseEmpty(Job& job, const wxString& target, const char* what)
+bool RefuseEmpty(const Job& job, SessionContext& context, const wxString& target, const char* what)
 {
     if (!target.empty())
         return false;
@@ -70,11 +71,11 @@ bool RefuseEmpty(Job& job, const wxString& target, const char* what)
     return true;
 }
 
-void OpenUrl(Job& job)
+void OpenUrl(const Job& job, SessionContext& context)
 {
     wxString url = job.GetParamAt(0);
     url.Trim(true).Trim(false);
-    if (RefuseEmpty(job, url, "the URL"))
+    if (RefuseEmpty(job, context, url, "the URL"))
         return;
     // Windows opens "www.example.com" in the browser; so do we. An absolute
     // path is a file, as a "file:" URL is.
@@ -85,48 +86,48 @@ void OpenUrl(Job& job)
         outcome = OpenPathWithDefault(url);
     else
         outcome = OpenUriWithDefault("http://" + url);
-    Report(job, outcome, url, wxString::Format("Failed to open URL \"%s\" in default browser.", url));
-    NoteNotMinimized(job, outcome);
+    Report(job, context, outcome, url, wxString::Format("Failed to open URL \"%s\" in default browser.", url));
+    NoteNotMinimized(job, context, outcome);
 }
 
 // Open File and Open Folder alike: the default application for the type, so a
 // folder given to Open File opens in the file manager as well.
-void OpenPath(Job& job)
+void OpenPath(const Job& job, SessionContext& context)
 {
     const wxString path = job.GetParamAt(0);
-    if (RefuseEmpty(job, path, "the path"))
+    if (RefuseEmpty(job, context, path, "the path"))
         return;
     const LaunchOutcome outcome =
         path.StartsWith("file:") ? OpenUriWithDefault(path) : OpenPathWithDefault(path);
-    Report(job, outcome, path, wxString::Format("Cannot open \"%s\":", path));
-    NoteNotMinimized(job, outcome);
+    Report(job, context, outcome, path, wxString::Format("Cannot open \"%s\":", path));
+    NoteNotMinimized(job, context, outcome);
 }
 
-void ExecCommand(Job& job)
+void ExecCommand(const Job& job, SessionContext& context)
 {
     const wxString command = job.GetParamAt(0);
-    const LaunchOutcome outcome = RunCommandInTerminal(command, IsMinimizeOn());
-    Report(job, outcome, command, wxString::Format("Cannot run \"%s\" in a terminal:", command));
+    const LaunchOutcome outcome = RunCommandInTerminal(command, IsMinimizeOn(context));
+    Report(job, context, outcome, command, wxString::Format("Cannot run \"%s\" in a terminal:", command));
 }
 
 // Scripts have no window of their own; "minimizeOnOpenJob" does not apply.
-void ExecScript(Job& job)
+void ExecScript(const Job& job, SessionContext& context)
 {
     const wxString path = job.GetParamAt(0);
-    if (RefuseEmpty(job, path, "the script file"))
+    if (RefuseEmpty(job, context, path, "the script file"))
         return;
     const LaunchOutcome outcome = RunScriptFile(path);
-    Report(job, outcome, path, wxString::Format("Cannot run the script \"%s\":", path));
+    Report(job, context, outcome, path, wxString::Format("Cannot run the script \"%s\":", path));
 }
 
 }  // namespace
 
-void RegisterLaunchJobActions()
+void RegisterLaunchJobActions(JobActions& actions)
 {
-    SetJobAction(NJobTypeOpenUrl, OpenUrl);
-    SetJobAction(NJobTypeOpenFile, OpenPath);
-    SetJobAction(NJobTypeOpenFolder, OpenPath);
-    SetJobAction(NJobTypeExecDosCommand, ExecCommand);
-    SetJobAction(NJobTypeExecScriptFile, ExecScript);
-    SetJobAction(NJobTypeBackupFolder, RunBackupJob);
+    actions.Set(NJobTypeOpenUrl, OpenUrl);
+    actions.Set(NJobTypeOpenFile, OpenPath);
+    actions.Set(NJobTypeOpenFolder, OpenPath);
+    actions.Set(NJobTypeExecDosCommand, ExecCommand);
+    actions.Set(NJobTypeExecScriptFile, ExecScript);
+    actions.Set(NJobTypeBackupFolder, RunBackupJob);
 }

@@ -10,11 +10,12 @@
 #include "desktop/jobs/network_payload.h"
 #include "desktop/jobs/network_send.h"
 #include "desktop/jobs/web_refresh.h"
+#include "core/session/session_context.h"
 
 namespace {
 
 // Parameters: 0 message, 1 format, 2 broadcast, 3 address list, 4 port.
-void SendUdpMessage(Job& job)
+void SendUdpMessage(const Job& job, SessionContext& context)
 {
     const int jid = job.GetId();
     const wxString portText = job.GetParamAt(4);
@@ -37,7 +38,7 @@ void SendUdpMessage(Job& job)
 }
 
 // Parameters: 0 message, 1 format, 2 address, 3 port.
-void SendTcpMessage(Job& job)
+void SendTcpMessage(const Job& job, SessionContext& context)
 {
     const int jid = job.GetId();
     const ByteVector payload = MessagePayload(job.GetParamAt(0), job.GetParamAt(1));
@@ -52,13 +53,13 @@ void SendTcpMessage(Job& job)
 }
 
 // Parameters: 0 MAC address ("aa-bb-cc-dd-ee-ff"), 1 port.
-void WakeOnLan(Job& job)
+void WakeOnLan(const Job& job, SessionContext& context)
 {
     const MacAddress mac = ParseMacAddress(job.GetParamAt(0));
     if (!mac.IsValid()) {
         const wxString text = wxString::Format(TranslateFromAnyThread("Mac Address is not correct, Address size is %d"),
                                                static_cast<int>(mac.pieces));
-        GetUserMessages().ShowMessage(text, "Cadrelle");
+        context.Messages().ShowMessage(text, "Cadrelle");
         return;
     }
     const wxString portText = job.GetParamAt(1);
@@ -70,19 +71,14 @@ void WakeOnLan(Job& job)
     SendUdpBroadcast(job.GetId(), *port, WakeOnLanPacket(mac.bytes));
 }
 
-// Parameter 0: the URL.
-void RefreshUrlAction(Job& job)
-{
-    RefreshUrl(job.GetId(), job.GetParamAt(0));
-}
 
 }  // namespace
 
-void RegisterNetworkJobActions()
+void RegisterNetworkJobActions(JobActions& actions, const std::shared_ptr<WebRequests>& web)
 {
-    InitWebRequests();
-    SetJobAction(NJobTypeRefreshUrl, RefreshUrlAction);
-    SetJobAction(NJobTypeSendUdpMsg, SendUdpMessage);
-    SetJobAction(NJobTypeSendTcpMsg, SendTcpMessage);
-    SetJobAction(NJobTypeWakeOnLan, WakeOnLan);
+    // Parameter 0: the URL.
+    actions.Set(NJobTypeRefreshUrl, [web](const Job& job, SessionContext&) { web->Refresh(job.GetId(), job.GetParamAt(0)); });
+    actions.Set(NJobTypeSendUdpMsg, SendUdpMessage);
+    actions.Set(NJobTypeSendTcpMsg, SendTcpMessage);
+    actions.Set(NJobTypeWakeOnLan, WakeOnLan);
 }

@@ -8,15 +8,16 @@
 #include "core/translate.h"
 #include "core/user_messages.h"
 #include "desktop/platform/desktop_notifier.h"
+#include "core/session/session_context.h"
 
 namespace {
 
-void ShowReminder(Job& job)
+void ShowReminder(const Job& job, SessionContext& context)
 {
     const wxString text = job.GetParamAt(0);
     const int jid = job.GetId();
     if (job.GetParamAt(1) == "1") {
-        GetUserMessages().ShowReminder(jid, text, true);
+        context.Messages().ShowReminder(jid, text, true);
         return;
     }
     const NotifyOutcome outcome = SendDesktopNotification(TranslateFromAnyThread("Reminder"), text);
@@ -25,12 +26,12 @@ void ShowReminder(Job& job)
         return;
     }
     wxLogMessage("%d --- [JID_%d] Reminder shown in a window: %s", LogMs(), jid, outcome.reason);
-    GetUserMessages().ShowReminder(jid, text, true);
+    context.Messages().ShowReminder(jid, text, true);
 }
 
 }  // namespace
 
-void RegisterReminderJobAction()
+void RegisterReminderJobAction(JobActions& actions)
 {
-    SetJobAction(NJobTypeReminder, ShowReminder);
+    actions.Set(NJobTypeReminder, ShowReminder);
 }

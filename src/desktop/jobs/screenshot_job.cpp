@@ -18,6 +18,7 @@
 #include "desktop/jobs/png_writer.h"
 #include "desktop/jobs/window_input_jobs.h"
 #include "desktop/platform/screen_capture.h"
+#include "core/session/session_context.h"
 
 namespace {
 
@@ -101,27 +102,27 @@ wxString ScreenshotFileStem(const wxString& prefix, const wxDateTime& stamp)
     return prefix + "-" + stamp.Format("%m%d%H%M_%S");
 }
 
-void RunScreenshotJob(Job& job)
+void RunScreenshotJob(const Job& job, SessionContext& context)
 {
     const int jid = job.GetId();
-    if (!RequireDisplaySession(job))
+    if (!RequireDisplaySession(job, context))
         return;
     ScreenSize screen;
     wxString problem;
     if (!ReadScreenSize(screen, problem)) {
-        ReportJobProblem(job, problem);
+        ReportJobProblem(job, context, problem);
         return;
     }
     const std::optional<CaptureRect> rect =
         ScreenshotRect(screen.width, screen.height, job.GetParamAt(2), job.GetParamAt(3), job.GetParamAt(4), problem);
     if (!rect) {
-        ReportJobProblem(job, problem);
+        ReportJobProblem(job, context, problem);
         return;
     }
     RgbImage image;
     if (!CaptureScreen(static_cast<int>(rect->left), static_cast<int>(rect->top), static_cast<int>(rect->width),
                        static_cast<int>(rect->height), image, problem)) {
-        ReportJobProblem(job, problem);
+        ReportJobProblem(job, context, problem);
         return;
     }
 
@@ -131,7 +132,7 @@ void RunScreenshotJob(Job& job)
         return;
     }
     // Named after the moment one second ahead.
-    const wxDateTime stamp(wxLongLong(GetClock().NowMs() + 1000));
+    const wxDateTime stamp(wxLongLong(context.GetClock().NowMs() + 1000));
     const wxString dayFolder = ScreenshotDayFolder(base, stamp);
     if (!EnsureFolder(dayFolder)) {
         wxLogMessage("%d --- [JID_%d] Screenshot not saved: the folder \"%s\" cannot be created", LogMs(), jid,
@@ -167,5 +168,5 @@ void RunScreenshotJob(Job& job)
     }
     wxLogMessage("%d --- [JID_%d] Screenshot of %d x %d saved as %s", LogMs(), jid, image.width, image.height, path);
     if (job.GetParamAt(5) == "1")
-        GetUserMessages().ShowNotice(jid, TranslateFromAnyThread("A screenshot was saved as:\n ") + path);
+        context.Messages().ShowNotice(jid, TranslateFromAnyThread("A screenshot was saved as:\n ") + path);
 }

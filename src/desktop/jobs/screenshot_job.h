@@ -10,6 +10,7 @@
 #include <wx/string.h>
 
 class Job;
+class SessionContext;
 
 struct CaptureRect {
     long left = 0;
@@ -28,4 +29,4 @@ wxString ScreenshotDayFolder(const wxString& base, const wxDateTime& stamp);
 // <prefix>-<MMDDhhmm_ss>, without ".png".
 wxString ScreenshotFileStem(const wxString& prefix, const wxDateTime& stamp);
 
-void RunScreenshotJob(Job& job);
+void RunScreenshotJob(const Job& job, SessionContext& context);

@@ -10,6 +10,7 @@
 #include "desktop/platform/display_power.h"
 #include "desktop/platform/session_control.h"
 #include "desktop/platform/trash.h"
+#include "core/session/session_context.h"
 
 namespace {
 
@@ -20,7 +21,7 @@ wxString FromUtf8(const std::string& text)
 
 // Logs the outcome and, on failure, shows `failureText` with the error
 // number and, below it, why.
-void Report(Job& job, const char* what, const SystemOutcome& outcome, const char* failureText)
+void Report(const Job& job, SessionContext& context, const char* what, const SystemOutcome& outcome, const char* failureText)
 {
     const int jid = static_cast<int>(job.GetId());
     if (outcome.ok) {
@@ -34,17 +35,17 @@ void Report(Job& job, const char* what, const SystemOutcome& outcome, const char
                  FromUtf8(outcome.reason));
     const wxString text = TranslateFromAnyThread(failureText) + wxString::Format("%d", outcome.code) + "\n" +
                           FromUtf8(outcome.reason);
-    GetUserMessages().ShowMessage(text, "Cadrelle");
+    context.Messages().ShowMessage(text, "Cadrelle");
 }
 
-void LockWorkstation(Job& job)
+void LockWorkstation(const Job& job, SessionContext& context)
 {
-    Report(job, "Lock Workstation", LockOwnSession(), wxTRANSLATE("LockWorkStation failed! Error code: "));
+    Report(job, context, "Lock Workstation", LockOwnSession(), wxTRANSLATE("LockWorkStation failed! Error code: "));
 }
 
 // Where the display cannot be switched off the user is told what is
 // missing; where it works nothing is shown.
-void ShutoffDisplay(Job& job)
+void ShutoffDisplay(const Job& job, SessionContext& context)
 {
     const SystemOutcome outcome = SwitchDisplayOff();
     const int jid = static_cast<int>(job.GetId());
@@ -54,63 +55,63 @@ void ShutoffDisplay(Job& job)
     }
     wxLogMessage("%d --- [JID_%d] Shutoff Display failed (error %d): %s", LogMs(), jid, outcome.code,
                  FromUtf8(outcome.reason));
-    GetUserMessages().ShowMessage(job.GetSummary() + "\n\n" + TranslateFromAnyThread("Shutoff Display failed.") +
+    context.Messages().ShowMessage(job.GetSummary() + "\n\n" + TranslateFromAnyThread("Shutoff Display failed.") +
                                       "\n" + FromUtf8(outcome.reason),
                                   "Cadrelle");
 }
 
-void EmptyRecyclebin(Job& job)
+void EmptyRecyclebin(const Job& job, SessionContext& context)
 {
     const SystemOutcome outcome = EmptyTrash();
     const int jid = static_cast<int>(job.GetId());
     if (outcome.ok) {
         wxLogMessage("%d --- [JID_%d] Empty Recyclebin done", LogMs(), jid);
-        GetUserMessages().ShowNotice(job.GetId(),
+        context.Messages().ShowNotice(job.GetId(),
                                      job.GetSummary() + TranslateFromAnyThread("\nEmpty RecycleBin successed."));
         return;
     }
     wxLogMessage("%d --- [JID_%d] Empty Recyclebin failed (error %d): %s", LogMs(), jid, outcome.code,
                  FromUtf8(outcome.reason));
-    GetUserMessages().ShowMessage(job.GetSummary() + TranslateFromAnyThread("\n\nEmpty RecycleBin failed.") + "\n" +
+    context.Messages().ShowMessage(job.GetSummary() + TranslateFromAnyThread("\n\nEmpty RecycleBin failed.") + "\n" +
                                       FromUtf8(outcome.reason),
                                   "Cadrelle");
 }
 
-void Suspend(Job& job)
+void Suspend(const Job& job, SessionContext& context)
 {
-    Report(job, "Suspend", RequestPowerAction(PowerAction::Suspend), wxTRANSLATE("Suspend failed! Error code: "));
+    Report(job, context, "Suspend", RequestPowerAction(PowerAction::Suspend), wxTRANSLATE("Suspend failed! Error code: "));
 }
 
-void Hibernates(Job& job)
+void Hibernates(const Job& job, SessionContext& context)
 {
-    Report(job, "Hibernates", RequestPowerAction(PowerAction::Hibernate), wxTRANSLATE("Hibernates failed! Error code: "));
+    Report(job, context, "Hibernates", RequestPowerAction(PowerAction::Hibernate), wxTRANSLATE("Hibernates failed! Error code: "));
 }
 
-void Shutdown(Job& job)
+void Shutdown(const Job& job, SessionContext& context)
 {
-    Report(job, "Shutdown", RequestPowerAction(PowerAction::PowerOff), wxTRANSLATE("Shutdown failed! Error code: "));
+    Report(job, context, "Shutdown", RequestPowerAction(PowerAction::PowerOff), wxTRANSLATE("Shutdown failed! Error code: "));
 }
 
-void Reboot(Job& job)
+void Reboot(const Job& job, SessionContext& context)
 {
-    Report(job, "Reboot", RequestPowerAction(PowerAction::Reboot), wxTRANSLATE("Reboot failed! Error code: "));
+    Report(job, context, "Reboot", RequestPowerAction(PowerAction::Reboot), wxTRANSLATE("Reboot failed! Error code: "));
 }
 
-void Logoff(Job& job)
+void Logoff(const Job& job, SessionContext& context)
 {
-    Report(job, "Logoff", LogOffOwnSession(), wxTRANSLATE("Logoff failed! Error code: "));
+    Report(job, context, "Logoff", LogOffOwnSession(), wxTRANSLATE("Logoff failed! Error code: "));
 }
 
 }  // namespace
 
-void RegisterSystemJobActions()
+void RegisterSystemJobActions(JobActions& actions)
 {
-    SetJobAction(NJobTypeLockWorkstation, LockWorkstation);
-    SetJobAction(NJobTypeShutoffDisplay, ShutoffDisplay);
-    SetJobAction(NJobTypeEmptyRecyclebin, EmptyRecyclebin);
-    SetJobAction(NJobTypeSuspend, Suspend);
-    SetJobAction(NJobTypeHibernates, Hibernates);
-    SetJobAction(NJobTypeShutdown, Shutdown);
-    SetJobAction(NJobTypeReboot, Reboot);
-    SetJobAction(NJobTypeLogoff, Logoff);
+    actions.Set(NJobTypeLockWorkstation, LockWorkstation);
+    actions.Set(NJobTypeShutoffDisplay, ShutoffDisplay);
+    actions.Set(NJobTypeEmptyRecyclebin, EmptyRecyclebin);
+    actions.Set(NJobTypeSuspend, Suspend);
+    actions.Set(NJobTypeHibernates, Hibernates);
+    actions.Set(NJobTypeShutdown, Shutdown);
+    actions.Set(NJobTypeReboot, Reboot);
+    actions.Set(NJobTypeLogoff, Logoff);
 }

@@ -11,11 +11,8 @@
 
 namespace {
 
-std::atomic<int> g_lastRequestId{0};
-// A request started in one generation is cancelled once the generation moves.
-std::atomic<unsigned> g_generation{0};
-
 struct Transfer {
+    const std::atomic<unsigned>* generationNow = nullptr;
     int jid = 0;
     int requestId = 0;
     unsigned generation = 0;
@@ -51,7 +48,7 @@ size_t DiscardBody(char*, size_t size, size_t count, void*)
 int OnProgress(void* user, curl_off_t, curl_off_t, curl_off_t, curl_off_t)
 {
     const auto* transfer = static_cast<const Transfer*>(user);
-    return g_generation.load(std::memory_order_relaxed) != transfer->generation ? 1 : 0;
+    return transfer->generationNow->load(std::memory_order_relaxed) != transfer->generation ? 1 : 0;
 }
 
 struct EasyDeleter {
@@ -68,20 +65,16 @@ void LogFailed(const Transfer& transfer, const wxString& why)
 
 }  // namespace
 
-void InitWebRequests()
+WebRequests::WebRequests()
 {
+    // libcurl's process-wide set-up, which must not run while another
+    // thread uses libcurl: once per process, before the first job thread.
     static std::once_flag once;
     std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
 }
 
-void CancelWebRequests()
+void WebRequests::Refresh(int jid, const wxString& url, const WebRequestTimeouts& timeouts)
 {
-    g_generation.fetch_add(1, std::memory_order_relaxed);
-}
-
-void RefreshUrl(int jid, const wxString& url, const WebRequestTimeouts& timeouts)
-{
-    InitWebRequests();
     std::unique_ptr<CURL, EasyDeleter> easy(curl_easy_init());
     curl_slist* list = nullptr;
     for (const char* header : {"content-type: text/html; charset=utf-8", "X-UA-Compatible: IE=edge,chrome=1"}) {
@@ -101,8 +94,9 @@ void RefreshUrl(int jid, const wxString& url, const WebRequestTimeouts& timeouts
 
     Transfer transfer;
     transfer.jid = jid;
-    transfer.requestId = g_lastRequestId.fetch_add(1) + 1;
-    transfer.generation = g_generation.load(std::memory_order_relaxed);
+    transfer.requestId = m_lastRequestId.fetch_add(1) + 1;
+    transfer.generationNow = &m_generation;
+    transfer.generation = m_generation.load(std::memory_order_relaxed);
     char errorText[CURL_ERROR_SIZE] = "";
     const wxScopedCharBuffer urlText = url.utf8_str();
     CURL* h = easy.get();

@@ -13,14 +13,15 @@
 #include "desktop/jobs/input_jobs.h"
 #include "desktop/jobs/screenshot_job.h"
 #include "desktop/platform/display_session.h"
+#include "core/session/session_context.h"
 
-void RegisterWindowAndInputJobActions()
+void RegisterWindowAndInputJobActions(JobActions& actions)
 {
-    SetJobAction(NJobTypeAutoScreenshot, RunScreenshotJob);
-    SetJobAction(NJobTypeCloseApp, RunCloseAppJob);
-    SetJobAction(NJobTypeSendKey, RunSendKeyJob);
-    SetJobAction(NJobTypeKeyTyping, RunKeyTypingJob);
-    SetJobAction(NJobTypeMouseClick, RunMouseClickJob);
+    actions.Set(NJobTypeAutoScreenshot, RunScreenshotJob);
+    actions.Set(NJobTypeCloseApp, RunCloseAppJob);
+    actions.Set(NJobTypeSendKey, RunSendKeyJob);
+    actions.Set(NJobTypeKeyTyping, RunKeyTypingJob);
+    actions.Set(NJobTypeMouseClick, RunMouseClickJob);
 }
 
 std::optional<long> ParseWholeNumber(const wxString& text)
@@ -56,20 +57,20 @@ long ApplyScale(long value, long scale)
     return static_cast<long>(static_cast<long long>(value) * scale / 100);
 }
 
-bool RequireDisplaySession(Job& job)
+bool RequireDisplaySession(const Job& job, SessionContext& context)
 {
     const wxString problem = DisplaySessionProblem();
     if (problem.empty())
         return true;
     wxLogMessage("%d --- [JID_%d] %s cannot run: %s", LogMs(), job.GetId(), JobTypeEnglishName(job.GetType()),
                  problem);
-    GetUserMessages().ShowMessage(
+    context.Messages().ShowMessage(
         wxString::Format(TranslateFromAnyThread("%s cannot run here.\n%s"), job.GetTypeName(), problem), "Cadrelle");
     return false;
 }
 
-void ReportJobProblem(Job& job, const wxString& text)
+void ReportJobProblem(const Job& job, SessionContext& context, const wxString& text)
 {
     wxLogMessage("%d --- [JID_%d] %s", LogMs(), job.GetId(), text);
-    GetUserMessages().ShowMessage(text, "Cadrelle");
+    context.Messages().ShowMessage(text, "Cadrelle");
 }

@@ -1,4 +1,6 @@
 #pragma once
+
+class JobActions;
 // The job kinds that act on the desktop's windows, screen and input devices:
 // 7 "Auto Screenshot", 9 "Close App", 13 "Send Key", 14 "Key Typing" and
 // 15 "Mouse Click". They need an X11 session; where it is missing (no
@@ -10,10 +12,11 @@
 #include <wx/string.h>
 
 class Job;
+class SessionContext;
 
 // Registers the five actions with SetJobAction. Call at start-up, before the
 // engine starts any thread.
-void RegisterWindowAndInputJobActions();
+void RegisterWindowAndInputJobActions(JobActions& actions);
 
 // Helpers the five share.
 
@@ -25,7 +28,7 @@ std::optional<long> ParseScalePercent(const wxString& text);
 long ApplyScale(long value, long scale);
 // True when the session can run the job; otherwise tells the user and the
 // log what is missing and returns false.
-bool RequireDisplaySession(Job& job);
+bool RequireDisplaySession(const Job& job, SessionContext& context);
 // A problem with the job's own parameters: a message box captioned
 // "Cadrelle" and a log line.
-void ReportJobProblem(Job& job, const wxString& text);
+void ReportJobProblem(const Job& job, SessionContext& context, const wxString& text);

@@ -4,19 +4,17 @@
 
 #include <wx/log.h>
 
-#include "core/app_start_time.h"
-#include "core/clock.h"
 #include "core/core_log.h"
 #include "core/data/atomic_file.h"
 #include "core/log/weekday_log.h"
 #include "core/prefs/preference.h"
-#include "core/settings_lookup.h"
 #include "desktop/desktop_actions.h"
-#include "desktop/jobs/web_refresh.h"
+#include "desktop/platform/idle_time_platform.h"
 
 AppSession::AppSession(const wxString& appDir)
-    : m_appDir(appDir), m_pLog(std::make_unique<WeekdayLog>(appDir)),
-      m_pScheduler(std::make_unique<Scheduler>(appDir))
+    : m_appDir(appDir), m_context(std::make_shared<SessionContext>()),
+      m_pLog(std::make_unique<WeekdayLog>(appDir, m_context->GetClock())),
+      m_pScheduler(std::make_unique<Scheduler>(*m_context, appDir))
 {
 }
 
@@ -26,12 +24,15 @@ AppSession::~AppSession()
         Stop();
 }
 
-void AppSession::Start(EngineHost& host)
+void AppSession::Start(EngineHost& host, UserMessages* messages)
 {
     if (m_bStarted)
         return;
     m_bStarted = true;
-    SetAppStartTime(GetClock().Now());
+    m_startedMs = m_context->GetClock().NowMs();
+    m_lastHousekeepingMs = m_lastLoggingMs = m_startedMs;
+    m_context->SetStartTime(m_context->GetClock().Now());
+    m_context->SetMessages(messages);
     // The log first, so that loading the data file is logged too. Without a
     // file (a folder that cannot be written) the run goes on unlogged.
     wxString dirError;
@@ -39,62 +40,75 @@ void AppSession::Start(EngineHost& host)
         std::cerr << "cadrelle: " << dirError << std::endl;
     if (!m_pLog->Open())
         std::cerr << "cadrelle: cannot open the log file in " << m_appDir << "; running without a log" << std::endl;
-    SetSettings(&Preference::Instance());
-    m_loadReport = m_pScheduler->LoadSchedulerData();
-    RegisterDesktopJobActions();
-    m_pEngine = std::make_unique<SchedulerEngine>(*m_pScheduler, host);
+    m_context->SetSettings(&Preference::Instance());
+    m_pIdleTime = CreatePlatformIdleTimeSource();
+    m_context->SetIdleTimeSource(m_pIdleTime.get());
+    m_loadReport = LoadSchedulerData(*m_pScheduler);
+    m_pJobs = RegisterDesktopJobActions(m_context->Actions());
+    m_pEngine = std::make_unique<SchedulerEngine>(*m_pScheduler, m_context, host);
 }
 
-void AppSession::SaveAll()
+AppSession::TickResult AppSession::Tick()
 {
-    m_pScheduler->SetDataChanged(true);
-    m_bFinalSaveOk = m_pScheduler->SaveSchedulerData(true) != DataSaveResult::Failed;
-    wxLogMessage("%d *** SaveSchedulerData(true) Completed", LogMs());
-    Preference::Instance().SaveSettingParam();
-    wxLogMessage("%d *** SaveSettingParam() Completed", LogMs());
+    TickResult result;
+    if (!IsRunning())
+        return result;
+    const std::int64_t now = m_context->GetClock().NowMs();
+    if (!m_pEngine->IsStarted() && now - m_startedMs >= kTriggerTimerMs) {
+        m_pEngine->StartChecking();
+        result.checkingStarted = true;
+    }
+    if (now - m_lastHousekeepingMs >= kHousekeepingMs) {
+        // A tick far behind its period means the main thread was held up:
+        // the log says so, since nothing else would show it.
+        if (now - m_lastHousekeepingMs > 2 * kHousekeepingMs)
+            wxLogMessage("%d ### Main thread held up: housekeeping %lld ms apart", LogMs(),
+                         static_cast<long long>(now - m_lastHousekeepingMs));
+        m_lastHousekeepingMs = now;
+        SaveWhenDue(*m_pScheduler);
+        result.housekeepingRan = true;
+    }
+    if (now - m_lastLoggingMs >= WeekdayLog::kTimerPeriodMs) {
+        m_lastLoggingMs = now;
+        m_pLog->OnLoggingTimer(m_pEngine->ThreadCount(), m_pEngine->CheckTriggerCount());
+    }
+    // Lines of worker threads reach the file through the main thread.
+    WeekdayLog::Flush();
+    return result;
 }
 
-void AppSession::Stop(const std::function<void()>& release)
+void AppSession::StopInOrder(const wxString& firstLine, const std::function<void()>& release)
 {
     if (!IsRunning())
         return;
     m_bStopped = true;
-    wxLogMessage("%d *** ->> CadrelleFrame::~CadrelleFrame", LogMs());
+    wxLogMessage("%d %s", LogMs(), firstLine);
     // Checker threads stop and are waited for before anything is saved; web
     // requests still running end as "Cancelled".
     m_pEngine->Shutdown();
-    CancelWebRequests();
-    SaveAll();
+    CancelDesktopJobs(*m_pJobs);
+    m_pScheduler->Changes().MarkChanged();
+    m_bFinalSaveOk = SaveSchedulerData(*m_pScheduler, true) != DataSaveResult::Failed;
+    wxLogMessage("%d *** SaveSchedulerData(true) Completed", LogMs());
+    Preference::Instance().SaveSettingParam();
+    wxLogMessage("%d *** SaveSettingParam() Completed", LogMs());
     if (release)
         release();
     m_pEngine.reset();
-    SetSettings(nullptr);
+    // A job thread left running keeps the context, not what it pointed to.
+    m_context->Detach();
+    // The log keeps the lines the window's destructor has always written
+    // here, with or without a window, so that logs read the same.
     wxLogMessage("%d <<- CadrelleFrame::~CadrelleFrame", LogMs());
     m_pLog->Close();  // the end banner
 }
 
+void AppSession::Stop(const std::function<void()>& release)
+{
+    StopInOrder("*** ->> CadrelleFrame::~CadrelleFrame", release);
+}
+
 void AppSession::EmergencyStop()
 {
-    if (!IsRunning())
-        return;
-    m_bStopped = true;
-    wxLogMessage("%d *** Ending without closing the windows; saving before the end", LogMs());
-    m_pEngine->Shutdown();
-    SaveAll();
-    wxLogMessage("%d <<- CadrelleFrame::~CadrelleFrame", LogMs());
-    m_pLog->Close();
-}
-
-void AppSession::HousekeepingTick()
-{
-    if (!IsRunning())
-        return;
-    m_pEngine->HousekeepingTick();
-    WeekdayLog::Flush();
-}
-
-void AppSession::LoggingTick()
-{
-    if (IsRunning())
-        m_pLog->OnLoggingTimer(m_pEngine->ThreadCount(), m_pEngine->CheckTriggerCount());
+    StopInOrder("*** Ending without closing the windows; saving before the end", {});
 }

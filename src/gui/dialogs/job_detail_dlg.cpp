@@ -177,7 +177,7 @@ void JobDetailDlg::RefreshTriggers()
         texts.condition = t.condition;
         texts.start = t.start;
         texts.end = t.end;
-        const TriggerPreview preview = PreviewTrigger(t.type, texts, now, 1);
+        const TriggerPreview preview = PreviewTrigger(m_scheduler.Context(), t.type, texts, now, 1);
         wxVector<wxVariant> row;
         row.push_back(wxVariant(wxString::Format("%lld", static_cast<long long>(t.tid))));
         row.push_back(wxVariant(wxGetTranslation(TriggerTypeName(t.type))));
@@ -190,16 +190,10 @@ void JobDetailDlg::RefreshTriggers()
 
 std::int64_t JobDetailDlg::UnusedTid() const
 {
-    std::int64_t tid = m_scheduler.MaxTID() + 1;
+    std::set<std::int64_t> taken = m_deletedTids;
     for (const TriggerParam& t : m_triggers)
-        tid = std::max<std::int64_t>(tid, t.tid + 1);
-    auto local = [this](std::int64_t candidate) {
-        return std::any_of(m_triggers.begin(), m_triggers.end(),
-                           [candidate](const TriggerParam& t) { return t.tid == candidate; });
-    };
-    while (!m_scheduler.IsTIDFree(tid) || local(tid) || m_deletedTids.count(tid))
-        ++tid;
-    return tid;
+        taken.insert(t.tid);
+    return m_scheduler.UnusedTid(taken);
 }
 
 void JobDetailDlg::AddTriggerParam(const TriggerParam& param)
@@ -213,7 +207,7 @@ void JobDetailDlg::OnAddTrigger()
     TriggerParam param;
     param.tid = UnusedTid();
     param.type = NTriggerTypeEveryDay;
-    if (EditTriggerParam(this, param))
+    if (EditTriggerParam(this, m_scheduler.Context(), param))
         AddTriggerParam(param);
 }
 
@@ -225,7 +219,7 @@ void JobDetailDlg::OnEditTrigger()
         return;
     }
     TriggerParam& param = m_triggers[static_cast<std::size_t>(row)];
-    if (EditTriggerParam(this, param)) {
+    if (EditTriggerParam(this, m_scheduler.Context(), param)) {
         m_editedTids.insert(param.tid);
         RefreshTriggers();
     }
@@ -269,35 +263,6 @@ bool JobDetailDlg::Collect(JobParam& param, wxString& message) const
     return true;
 }
 
-void JobDetailDlg::ApplyTriggers(Job& job, bool jobIsNew)
-{
-    // Each change is announced, so the window's trigger list follows.
-    for (std::int64_t tid : m_deletedTids)
-        if (Trigger* trigger = m_scheduler.GetTriggerById(tid))
-            m_scheduler.DeleteTrigger(trigger, true);
-    for (TriggerParam param : m_triggers) {
-        param.enable = job.IsEnabled();
-        Trigger* existing = jobIsNew ? nullptr : m_scheduler.GetTriggerById(param.tid);
-        if (existing && existing->GetType() == param.type) {
-            if (!m_editedTids.count(param.tid))
-                continue;
-            {
-                auto lock = m_scheduler.EditLock();
-                existing->Load(param);
-            }
-            m_scheduler.UpdateTrigger(existing, true);
-            continue;
-        }
-        if (existing)
-            m_scheduler.DeleteTrigger(existing, false);
-        std::unique_ptr<Trigger> trigger = CreateTrigger(param.type);
-        if (!trigger)
-            continue;
-        trigger->Load(param);
-        m_scheduler.AddTrigger(std::move(trigger), true);
-    }
-}
-
 bool JobDetailDlg::Apply()
 {
     JobParam param;
@@ -306,34 +271,12 @@ bool JobDetailDlg::Apply()
         ShowMessage(this, message);
         return false;
     }
-    std::shared_ptr<Job> edited =
-        m_mode == JobDlgMode::EditJob ? m_scheduler.GetJobById(m_job.id) : std::shared_ptr<Job>();
-    if (edited && edited->GetType() == param.type) {
-        // The job first, so that a trigger announced below has its owner.
-        {
-            auto lock = m_scheduler.EditLock();
-            edited->SetParam(param);
-        }
-        m_scheduler.UpdateJob(edited.get(), false);
-        ApplyTriggers(*edited, false);
-        m_scheduler.SetJobEnable(edited.get(), param.enable, true);
-    } else {
-        // A new job, a copy, or a job that changed kind (another class).
-        std::unique_ptr<Job> job = CreateJob(param.type);
-        job->SetParam(param);
-        if (edited) {
-            // Its triggers are re-created below under the same TIDs.
-            for (std::int64_t tid : edited->GetTriggerIds())
-                if (std::find(param.triggerIds.begin(), param.triggerIds.end(), tid) == param.triggerIds.end())
-                    m_deletedTids.insert(tid);
-            m_scheduler.DeleteJob(edited.get(), false);
-        }
-        Job* added = job.get();
-        m_scheduler.AddJob(std::move(job), false);
-        ApplyTriggers(*added, true);
-        m_scheduler.SetJobEnable(added, param.enable, true);
-    }
-    m_scheduler.SetDataChanged(true);
+    JobEdit edit;
+    edit.job = param;
+    edit.editedJid = m_mode == JobDlgMode::EditJob ? m_job.id : -1;
+    edit.triggers = m_triggers;
+    edit.changedTids = m_editedTids;
+    m_scheduler.ApplyJobEdit(edit);
     m_job = param;
     return true;
 }

@@ -58,7 +58,6 @@ private:
     void OnEditTrigger();
     void OnDeleteTrigger();
     bool Collect(JobParam& param, wxString& message) const;
-    void ApplyTriggers(Job& job, bool jobIsNew);
 
     Scheduler& m_scheduler;
     JobDlgMode m_mode;

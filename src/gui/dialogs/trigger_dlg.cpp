@@ -19,6 +19,7 @@
 
 #include "core/datetime_text.h"
 #include "core/scheduler.h"
+#include "core/session/session_context.h"
 
 namespace {
 
@@ -109,10 +110,10 @@ void Spread(const wxDateTime& dt, wxDatePickerCtrl* date, wxTimePickerCtrl* time
 
 }  // namespace
 
-TriggerDlg::TriggerDlg(wxWindow* parent, const TriggerParam& initial)
+TriggerDlg::TriggerDlg(wxWindow* parent, const SessionContext& context, const TriggerParam& initial)
     : wxDialog(parent, wxID_ANY, _("Trigger Dialog"), wxDefaultPosition, wxDefaultSize,
                wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER),
-      m_result(initial)
+      m_context(context), m_result(initial)
 {
     // Top to bottom: the kind, its own controls, the period, the preview.
     auto* top = new wxBoxSizer(wxVERTICAL);
@@ -376,7 +377,7 @@ void TriggerDlg::UpdatePreview()
     wxString text;
     if (texts.ok)
         text << _("Condition:") << " " << texts.condition << "\n";
-    text << FormatPreview(PreviewTrigger(form.kind, texts, wxDateTime::Now()));
+    text << FormatPreview(PreviewTrigger(m_context, form.kind, texts, m_context.GetClock().Now()));
     m_pPreview->ChangeValue(text);
 }
 
@@ -398,7 +399,7 @@ void TriggerDlg::OnTest()
 {
     const TriggerForm form = GetForm();
     const TriggerTexts texts = BuildTriggerTexts(form, wxDateTime::Now());
-    const TriggerPreview preview = PreviewTrigger(form.kind, texts, wxDateTime::Now());
+    const TriggerPreview preview = PreviewTrigger(m_context, form.kind, texts, m_context.GetClock().Now());
     wxString text;
     if (!preview.moments.empty())
         text << _("The next moments at which this trigger fires:") << "\n\n";
@@ -421,9 +422,9 @@ void TriggerDlg::OnOk()
     EndModal(wxID_OK);
 }
 
-bool EditTriggerParam(wxWindow* parent, TriggerParam& param)
+bool EditTriggerParam(wxWindow* parent, const SessionContext& context, TriggerParam& param)
 {
-    TriggerDlg dlg(parent, param);
+    TriggerDlg dlg(parent, context, param);
     if (dlg.ShowModal() != wxID_OK)
         return false;
     const TriggerParam& result = dlg.Result();
@@ -452,7 +453,7 @@ bool ShowTriggerDlgForTrigger(wxWindow* parent, Scheduler& scheduler, std::int64
         trigger->SetStatus(NTriggerStatusEditing);
     }
     const TriggerParam before = param;
-    const bool confirmed = EditTriggerParam(parent, param);
+    const bool confirmed = EditTriggerParam(parent, scheduler.Context(), param);
     trigger->SetEditing(false);
     if (!confirmed)
         return false;
@@ -460,20 +461,6 @@ bool ShowTriggerDlgForTrigger(wxWindow* parent, Scheduler& scheduler, std::int64
         param.end == before.end)
         return false;
     param.editing = false;
-    if (param.type == trigger->GetType()) {
-        {
-            auto lock = scheduler.EditLock();
-            trigger->Load(param);
-        }
-        scheduler.UpdateTrigger(trigger, true);
-    } else {
-        // Another kind is another class: the trigger is replaced under the
-        // same TID, so its job keeps it.
-        std::unique_ptr<Trigger> replacement = CreateTrigger(param.type);
-        replacement->Load(param);
-        scheduler.DeleteTrigger(trigger, false);
-        scheduler.AddTrigger(std::move(replacement), true);
-    }
-    scheduler.SetDataChanged(true);
+    scheduler.ApplyTriggerEdit(tid, param);
     return true;
 }

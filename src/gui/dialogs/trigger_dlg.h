@@ -30,11 +30,11 @@ bool ShowTriggerDlgForTrigger(wxWindow* parent, Scheduler& scheduler, std::int64
 // Edits a trigger's record modally (a new one when its condition is empty).
 // On OK the kind, CONDITION, START and END of `param` are replaced and true
 // is returned; the caller applies it.
-bool EditTriggerParam(wxWindow* parent, TriggerParam& param);
+bool EditTriggerParam(wxWindow* parent, const SessionContext& context, TriggerParam& param);
 
 class TriggerDlg : public wxDialog {
 public:
-    TriggerDlg(wxWindow* parent, const TriggerParam& initial);
+    TriggerDlg(wxWindow* parent, const SessionContext& context, const TriggerParam& initial);
 
     // The record as confirmed (valid after ShowModal returned wxID_OK).
     const TriggerParam& Result() const { return m_result; }
@@ -56,6 +56,7 @@ private:
     void OnOk();
     void OnTest();
 
+    const SessionContext& m_context;
     TriggerParam m_result;
     std::array<wxRadioButton*, NTriggerTypeCount> m_pKind{};
     std::array<wxCheckBox*, FieldCount> m_pAll{};

@@ -59,7 +59,7 @@ void CadrelleFrame::ToggleJobEnable(std::int32_t jid)
     if (!job)
         return;
     const bool enable = !job->IsEnabled();
-    m_pSession->GetScheduler().SetJobEnable(job.get(), enable, true);
+    m_pSession->GetScheduler().SetJobEnable(job.get(), enable);
     wxLogMessage("%d ### %s Job => [JID_%d]", LogMs(), enable ? "Enable" : "Disable", jid);
     RefreshViews();
 }
@@ -81,7 +81,7 @@ void CadrelleFrame::Onm_pTbiDelJobClick(wxCommandEvent&)
     const Scheduler::JobPtr job = LookUpJob(jid);
     if (!job)
         return;
-    m_pSession->GetScheduler().DeleteJob(job.get(), true);
+    m_pSession->GetScheduler().DeleteJob(job.get());
     wxLogMessage("%d ### Del Job => [JID_%d]", LogMs(), jid);
     RefreshViews();
 }
@@ -195,8 +195,8 @@ void CadrelleFrame::OnAbout(wxCommandEvent&)
 
 void CadrelleFrame::SwitchPauseMode()
 {
-    // Before the first tick of the trigger timer nothing runs to be paused.
-    if (m_timerTrigger.IsRunning() || !m_pToolBar->GetToolEnabled(ID_TBI_PAUSE)) {
+    // Before the checkers start nothing runs to be paused.
+    if (!m_pSession->GetEngine().IsStarted() || !m_pToolBar->GetToolEnabled(ID_TBI_PAUSE)) {
         m_pToolBar->ToggleTool(ID_TBI_PAUSE, m_pSession->GetEngine().IsPaused());
         m_pToolBar->Refresh();
         return;

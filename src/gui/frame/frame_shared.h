@@ -26,9 +26,7 @@ enum {
     ID_MNU_NEWJOB,
     ID_MNU_LANGUAGE,
     ID_FIND_JOB,
-    ID_TIMER_TRIGGER,
-    ID_TIMER_HOUSEKEEPING,
-    ID_TIMER_LOGGING
+    ID_TIMER_SESSION
 };
 
 extern const char* const kCaption;

@@ -14,43 +14,6 @@
 
 namespace {
 
-JobField Field(const wxString& label, JobFieldKind kind, const wxString& value, bool required = true)
-{
-    JobField f;
-    f.label = label;
-    f.kind = kind;
-    f.defaultValue = value;
-    f.required = required;
-    return f;
-}
-
-JobField NumberField(const wxString& label, long value, long minValue, long maxValue)
-{
-    JobField f = Field(label, JobFieldKind::Number, wxString::Format("%ld", value));
-    f.minValue = minValue;
-    f.maxValue = maxValue;
-    return f;
-}
-
-JobField ChoiceField(const wxString& label, std::initializer_list<const char*> choices, bool storeIndex)
-{
-    JobField f = Field(label, JobFieldKind::Choice, wxString());
-    for (const char* c : choices)
-        f.choices.Add(c);
-    f.storeIndex = storeIndex;
-    f.defaultValue = storeIndex ? wxString("0") : f.choices[0];
-    return f;
-}
-
-JobField FileField(const wxString& label, const wxString& filter)
-{
-    JobField f = Field(label, JobFieldKind::FilePath, wxString());
-    f.fileFilter = filter;
-    return f;
-}
-
-const wxString kDefaultUrl = "https://www.example.com/";
-
 wxString Trimmed(const wxString& text)
 {
     return wxString(text).Trim(true).Trim(false);
@@ -119,72 +82,6 @@ bool CheckValue(const JobField& field, const wxString& value, wxString& why)
 }
 
 }  // namespace
-
-std::vector<JobField> JobFieldsFor(std::uint32_t kind)
-{
-    const wxString home = wxGetHomeDir();
-    switch (kind) {
-    case NJobTypeReminder:
-        return {Field(_("Message"), JobFieldKind::LongText, _("Time for a break.")),
-                Field(_("Important"), JobFieldKind::YesNo, "0")};
-    case NJobTypeOpenUrl:
-    case NJobTypeRefreshUrl: return {Field(_("URL"), JobFieldKind::Text, kDefaultUrl)};
-    case NJobTypeOpenFile: return {FileField(_("File"), _("All Files (*.*)|*.*"))};
-    case NJobTypeOpenFolder: return {Field(_("Folder"), JobFieldKind::FolderPath, wxString())};
-    case NJobTypeBackupFolder:
-        return {Field(_("Folder"), JobFieldKind::FolderPath, wxString()),
-                Field(_("Destination dir"), JobFieldKind::FolderPath, home + "/bak-by-cdrl")};
-    case NJobTypeExecDosCommand: return {Field(_("Command"), JobFieldKind::Text, "ping 127.0.0.1 -t")};
-    case NJobTypeExecScriptFile:
-        return {FileField(_("File"), _("BAT and VBS Files (*.bat;*.vbs)|*.bat;*.vbs|All Files (*.*)|*.*"))};
-    case NJobTypeAutoScreenshot:
-        return {Field(_("Screenshot dir"), JobFieldKind::FolderPath, home + "/Cadrelle-Screeshots"),
-                Field(_("File Prefix"), JobFieldKind::Text, "cdrl"),
-                NumberField(_("DPI Scale Factor(%)"), 100, 1, 1000),
-                Field(_("Capture Range"), JobFieldKind::YesNo, "0"),
-                Field(_("Range Setting"), JobFieldKind::Text, "0 0 1920 1080"),
-                Field(_("Notify"), JobFieldKind::YesNo, "0")};
-    case NJobTypeCloseApp: return {Field(_("App title"), JobFieldKind::Text, wxString())};
-    case NJobTypeSendUdpMsg:
-        return {Field(_("Message"), JobFieldKind::LongText, "hello"), ChoiceField(_("Format"), {"ASCII", "HEX"}, true),
-                Field(_("Broadcast"), JobFieldKind::YesNo, "0"),
-                Field(_("IP Address List"), JobFieldKind::Text, "127.0.0.1;192.168.0.1"),
-                NumberField(_("Port"), 7788, 1, 65535)};
-    case NJobTypeSendTcpMsg:
-        return {Field(_("Message"), JobFieldKind::LongText, "hello"), ChoiceField(_("Format"), {"ASCII", "HEX"}, true),
-                Field(_("IP Address"), JobFieldKind::Text, "127.0.0.1"), NumberField(_("Port"), 7788, 1, 65535)};
-    case NJobTypeWakeOnLan:
-        return {Field(_("MAC Address"), JobFieldKind::Text, "aa-bb-cc-dd-ff-ee"), NumberField(_("Port"), 7788, 1, 65535)};
-    case NJobTypeSendKey:
-        return {Field(_("Key 1"), JobFieldKind::KeyName, "CTRL"), Field(_("Key 2"), JobFieldKind::KeyName, "", false),
-                Field(_("Key 3"), JobFieldKind::KeyName, "", false)};
-    case NJobTypeKeyTyping:
-        return {Field(_("SET 1: Point"), JobFieldKind::Text, "100,100"),
-                Field(_("SET 1: Text"), JobFieldKind::Text, "username"),
-                Field(_("SET 2: Point"), JobFieldKind::Text, "200,200"),
-                Field(_("SET 2: Text"), JobFieldKind::Text, "password"),
-                NumberField(_("DPI Scale Factor(%)"), 100, 1, 1000)};
-    case NJobTypeMouseClick:
-        return {Field(_("Point List"), JobFieldKind::Text, "100,100"),
-                NumberField(_("Click Interval(ms)"), 1000, 0, 600000),
-                ChoiceField(_("Click Type"), {"Click", "Double Click"}, false),
-                ChoiceField(_("Mouse Button"), {"Left Button", "Right Button"}, false),
-                NumberField(_("DPI Scale Factor(%)"), 100, 1, 1000)};
-    default: return {};
-    }
-}
-
-ParamList DefaultJobParams(std::uint32_t kind)
-{
-    ParamList params;
-    for (const JobField& field : JobFieldsFor(kind))
-        params.push_back(field.defaultValue);
-    // Empty optional values at the end are not stored (the parameter line
-    // would drop them anyway).
-    while (!params.empty() && params.back().empty())
-        params.pop_back();
-    return params;
-}
 
 bool ValidateJobParams(std::uint32_t kind, const ParamList& params, wxString& message)
 {

@@ -1,7 +1,8 @@
 #pragma once
-// The job dialog's parameter fields per job kind, their defaults and their
-// checks, as plain data: the dialog builds one page of controls per kind from
-// this and refuses to save a job whose parameters could not run.
+// The checks of the job dialog: each parameter by its field (the fields are
+// the kinds' descriptors, core/jobs/job_kinds.h) and, for some kinds, the
+// parameters together; the dialog refuses to save a job whose parameters
+// could not run.
 
 #include <cstdint>
 #include <functional>
@@ -11,34 +12,6 @@
 #include <wx/string.h>
 
 #include "core/jobs/job.h"
-
-enum class JobFieldKind {
-    Text,        // one line
-    LongText,    // several lines (messages)
-    FilePath,    // a file chooser
-    FolderPath,  // a folder chooser
-    Number,      // a whole number in [minValue, maxValue]
-    YesNo,       // stored "1" / "0"
-    KeyName,     // one name of the key table (empty allowed unless required)
-    Choice       // one of `choices`; stored as its position or its label
-};
-
-struct JobField {
-    wxString label;  // the property label, also used in messages
-    JobFieldKind kind = JobFieldKind::Text;
-    wxString defaultValue;
-    bool required = true;     // an empty value is refused
-    long minValue = 0;        // Number
-    long maxValue = 0;        // Number
-    wxArrayString choices;    // Choice
-    bool storeIndex = false;  // Choice: stored as "0", "1", ... rather than the label
-    wxString fileFilter;      // FilePath
-};
-
-// The parameter fields of a kind, in parameter order (none for 16 to 23).
-std::vector<JobField> JobFieldsFor(std::uint32_t kind);
-// A new job's parameters of the kind.
-ParamList DefaultJobParams(std::uint32_t kind);
 
 // Checks parameters for the kind. False with `message` naming the field
 // (its label) and what is wrong.

@@ -5,11 +5,12 @@
 
 #include <wx/intl.h>
 
-#include "core/app_start_time.h"
 #include "core/cron/cron_expr.h"
 #include "core/datetime_text.h"
+#include "core/session/session_context.h"
 #include "core/triggers/condition_tokens.h"
 #include "core/triggers/trigger.h"
+#include "core/triggers/one_shot_triggers.h"
 #include "core/triggers/trigger_kinds.h"
 #include "core/triggers/trigger_time.h"
 
@@ -327,7 +328,7 @@ TriggerForm DefaultTriggerForm(std::uint32_t kind, const wxDateTime& now)
     return form;
 }
 
-TriggerPreview PreviewTrigger(std::uint32_t kind, const TriggerTexts& texts, const wxDateTime& now, std::size_t count)
+TriggerPreview PreviewTrigger(const SessionContext& context, std::uint32_t kind, const TriggerTexts& texts, const wxDateTime& now, std::size_t count)
 {
     TriggerPreview preview;
     if (!texts.ok) {
@@ -378,7 +379,7 @@ TriggerPreview PreviewTrigger(std::uint32_t kind, const TriggerTexts& texts, con
     }
 
     // The one-shot kinds: their own load computes the moment.
-    std::unique_ptr<Trigger> trigger = CreateTrigger(kind);
+    std::unique_ptr<Trigger> trigger = CreateTrigger(kind, context);
     if (!trigger)
         return preview;
     TriggerParam param;
@@ -393,7 +394,7 @@ TriggerPreview PreviewTrigger(std::uint32_t kind, const TriggerTexts& texts, con
         preview.note = wxString::Format(_("Fires once after each start of the program: %d d %d h %d min %d s after "
                                           "it (this run started %s)."),
                                         d.days, d.hours, d.minutes, d.seconds,
-                                        GetAppStartTime().Format("%Y-%m-%d %H:%M:%S"));
+                                        context.StartTime().Format("%Y-%m-%d %H:%M:%S"));
     }
     if (!moment.IsValid() || moment.IsEarlierThan(now)) {
         if (preview.note.empty())

@@ -10,6 +10,8 @@
 #include <wx/datetime.h>
 #include <wx/string.h>
 
+class SessionContext;
+
 // The six cron fields in the order of a cron expression.
 enum TriggerField { FieldSeconds = 0, FieldMinutes, FieldHours, FieldDays, FieldWeekdays, FieldMonths, FieldCount };
 
@@ -80,7 +82,7 @@ struct TriggerPreview {
     std::vector<wxDateTime> moments;
     wxString note;
 };
-TriggerPreview PreviewTrigger(std::uint32_t kind, const TriggerTexts& texts, const wxDateTime& now,
-                              std::size_t count = 5);
+TriggerPreview PreviewTrigger(const SessionContext& context, std::uint32_t kind, const TriggerTexts& texts,
+                              const wxDateTime& now, std::size_t count = 5);
 // The preview as the dialog shows it: one moment per line, or the note.
 wxString FormatPreview(const TriggerPreview& preview);

@@ -15,8 +15,17 @@
 #include "gui/dialogs/job_detail_dlg.h"
 #include "gui/dialogs/trigger_dlg.h"
 #include "gui_test_support.h"
+#include "core/session/session_context.h"
 
 namespace {
+
+// The session the dialogs and previews work in (the system clock).
+SessionContext& TestContext()
+{
+    static SessionContext context;
+    return context;
+}
+
 
 using guitest::Find;
 using guitest::Fire;
@@ -48,7 +57,7 @@ TEST(TriggerDialog, PreviewFollowsThePickersAndBadFormsStayOpen)
 {
     TriggerParam param;
     param.tid = 1;
-    TriggerDlg dlg(nullptr, param);
+    TriggerDlg dlg(nullptr, TestContext(), param);
     dlg.CallAfter([&dlg] {
         PickKind(&dlg, "ID_RADIOBUTTON_EVERYDAY");
         for (unsigned h = 0; h < 24; ++h)
@@ -89,7 +98,7 @@ void WithDialog(const char* name, const std::function<void(wxWindow*)>& step)
 
 TEST(JobDialog, NewJobWithTriggerIsSavedAndCopied)
 {
-    Scheduler scheduler(guitest::FreshAppDir());
+    Scheduler scheduler(TestContext(), guitest::FreshAppDir());
     WithDialog("ID_CHOICE_JOB_TYPE", [](wxWindow* dlg) {
         Find<wxTextCtrl>(dlg, "ID_TEXTCTRL_DESCRIPTION")->ChangeValue("Wake the NAS");
         EXPECT_FALSE(Find<wxButton>(dlg, "ID_BUTTON_RUN_NOW")->IsEnabled());
@@ -122,8 +131,8 @@ TEST(JobDialog, NewJobWithTriggerIsSavedAndCopied)
     const std::int64_t tid = job->GetTriggerIds()[0];
     ASSERT_TRUE(scheduler.GetTriggerById(tid));
     EXPECT_EQ(scheduler.GetTriggerById(tid)->GetType(), NTriggerTypeEveryDay);
-    EXPECT_EQ(scheduler.GetTriggerOwner(tid), job.get());
-    EXPECT_TRUE(scheduler.IsDataChanged());
+    EXPECT_EQ(scheduler.GetTriggerOwner(tid), job);
+    EXPECT_TRUE(scheduler.Changes().IsDataChanged());
 
     WithDialog("ID_CHOICE_JOB_TYPE", [](wxWindow*) {});
     std::int32_t copyJid = -1;
@@ -133,7 +142,7 @@ TEST(JobDialog, NewJobWithTriggerIsSavedAndCopied)
     EXPECT_EQ(copy->GetDescription(), "Wake the NAS(Copy)");
     ASSERT_EQ(copy->GetTriggerIds().size(), 1u);
     EXPECT_NE(copy->GetTriggerIds()[0], tid);
-    EXPECT_EQ(scheduler.GetTriggerOwner(copy->GetTriggerIds()[0]), copy.get());
+    EXPECT_EQ(scheduler.GetTriggerOwner(copy->GetTriggerIds()[0]), copy);
 
     // Another kind is another class: replaced under the same TID and owner.
     WithDialog("ID_BUTTON_TEST", [](wxWindow* dlg) { PickKind(dlg, "ID_RADIOBUTTON_INTERVAL"); });
@@ -141,7 +150,7 @@ TEST(JobDialog, NewJobWithTriggerIsSavedAndCopied)
     ASSERT_TRUE(scheduler.GetTriggerById(tid));
     EXPECT_EQ(scheduler.GetTriggerById(tid)->GetType(), NTriggerTypeInterval);
     EXPECT_EQ(scheduler.GetTriggerById(tid)->GetCondition(), "0 0/5 * * * ?");
-    EXPECT_EQ(scheduler.GetTriggerOwner(tid), job.get());
+    EXPECT_EQ(scheduler.GetTriggerOwner(tid), job);
     EXPECT_EQ(scheduler.Triggers().size(), 2u);
 
     // A job edited into another kind keeps its JID and its trigger.
@@ -150,7 +159,7 @@ TEST(JobDialog, NewJobWithTriggerIsSavedAndCopied)
     EXPECT_EQ(copyJid, jid);
     ASSERT_TRUE(scheduler.GetJobById(jid));
     EXPECT_EQ(scheduler.GetJobById(jid)->GetType(), NJobTypeLockWorkstation);
-    EXPECT_EQ(scheduler.GetTriggerOwner(tid), scheduler.GetJobById(jid).get());
+    EXPECT_EQ(scheduler.GetTriggerOwner(tid), scheduler.GetJobById(jid));
     EXPECT_EQ(scheduler.Jobs().size(), 2u);
 }
 

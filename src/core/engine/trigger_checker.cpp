@@ -1,0 +1,41 @@
+#include "core/engine/trigger_checker.h"
+
+#include "core/scheduler.h"
+#include "core/session/session_context.h"
+
+void CheckTriggerShare(Scheduler& scheduler, std::size_t count, std::size_t index, TriggerCheckSink& sink)
+{
+    auto lock = scheduler.ReadLock();
+    const Clock& clock = scheduler.Context().GetClock();
+    const ClockPassScope pass(clock);
+    const auto& tids = scheduler.TriggerTids();
+    const auto& triggers = scheduler.Triggers();
+    for (std::size_t i = 0; i < tids.size(); ++i) {
+        if (static_cast<std::uint64_t>(tids[i]) % count != index)
+            continue;
+        Trigger& trigger = *triggers[i];
+        if (!trigger.IsEnabled() || trigger.IsFinished() || trigger.IsEditing())
+            continue;
+        if (trigger.CheckAndAdvance()) {
+            const auto& owner = scheduler.GetTriggerOwner(trigger.GetTid());
+            if (owner && owner->IsEnabled() && sink.RunJob(owner))
+                scheduler.Changes().MarkChangedByFiring(clock.Now());
+        } else if (!trigger.IsNoticeGiven() && trigger.IsDue(kNoticeSeconds)) {
+            const auto& owner = scheduler.GetTriggerOwner(trigger.GetTid());
+            if (owner && owner->IsEnabled() && owner->IsWarnBeforeRun())
+                sink.AdvanceNotice(owner);
+            trigger.SetNoticeGiven(true);
+        }
+    }
+}
+
+std::size_t ArmWithStartTriggers(Scheduler& scheduler)
+{
+    const wxDateTime now = scheduler.Context().GetClock().Now();
+    std::size_t armed = 0;
+    for (const auto& trigger : scheduler.Triggers()) {
+        if (!trigger->IsFinished() && trigger->ArmFromStart(now))
+            ++armed;
+    }
+    return armed;
+}

@@ -1,7 +1,0 @@
-#include "core/shared_lock.h"
-
-wxCriticalSection& SharedLock()
-{
-    static wxCriticalSection lock;
-    return lock;
-}
