@@ -9,6 +9,7 @@
 #include <wx/log.h>
 
 #include "core/data/data_file_reader.h"
+#include "core/session/session_context.h"
 #include "core/user_messages.h"
 
 namespace {
@@ -19,6 +20,12 @@ public:
     void ShowMessage(const wxString&, const wxString&) override {}
 };
 
+SessionContext& FuzzContext()
+{
+    static SessionContext context;
+    return context;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
@@ -28,14 +35,14 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
     // Triggers log the conditions they cannot read; that is not news here.
     wxLog::EnableLogging(false);
     static Silent silent;
-    SetUserMessages(&silent);
+    FuzzContext().SetMessages(&silent);
     return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     DataFileContent content;
-    ReadDataFileBytes(reinterpret_cast<const char*>(data), size, content);
+    ReadDataFileBytes(reinterpret_cast<const char*>(data), size, content, FuzzContext());
     // A file that is not usable gives nothing at all, and says why.
     const bool usable = content.wellFormed && content.schedulerRoot;
     if (!usable && (!content.jobs.empty() || !content.triggers.empty() || content.problem.empty())) {
