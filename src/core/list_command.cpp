@@ -1,4 +1,5 @@
 #include "core/list_command.h"
+#include "core/text_number.h"
 
 #include <wx/filefn.h>
 #include <wx/log.h>
@@ -8,12 +9,6 @@
 #include "core/session/session_context.h"
 
 namespace {
-
-std::string Utf8(const wxString& text)
-{
-    const wxScopedCharBuffer buffer = text.utf8_str();
-    return std::string(buffer.data(), buffer.length());
-}
 
 std::string FormatMoment(const wxDateTime& dt)
 {

@@ -15,3 +15,14 @@ long LeadingLong(const wxString& text)
         value = value * 10 + static_cast<long>((*it).GetValue() - '0');
     return negative ? -value : value;
 }
+
+wxString Trimmed(const wxString& text)
+{
+    return wxString(text).Trim(true).Trim(false);
+}
+
+std::string Utf8(const wxString& text)
+{
+    const wxScopedCharBuffer buffer = text.utf8_str();
+    return std::string(buffer.data(), buffer.length());
+}

@@ -1,4 +1,5 @@
 #include "desktop/control/control_client.h"
+#include "core/text_number.h"
 
 #include <cerrno>
 #include <cstring>
@@ -10,13 +11,6 @@
 #include "desktop/control/control_socket.h"
 
 namespace {
-
-// Messages are written as UTF-8 whatever the locale (the C locale could
-// not convert a translated text).
-std::string Utf8(const wxString& text)
-{
-    return std::string(text.utf8_str());
-}
 
 // The instance answers at once unless a modal dialog holds its window.
 constexpr std::chrono::milliseconds kAnswerLimit{60000};

@@ -1,4 +1,5 @@
 #include "desktop/jobs/input_jobs.h"
+#include "core/text_number.h"
 
 #include <wx/log.h>
 
@@ -18,11 +19,6 @@ constexpr int kSettleMs = 30;
 // after it has seen the click.
 constexpr int kFocusMs = 150;
 constexpr long kDefaultClickIntervalMs = 1000;
-
-wxString Trimmed(const wxString& text)
-{
-    return wxString(text).Trim(true).Trim(false);
-}
 
 bool IsBlank(wxUniChar c)
 {

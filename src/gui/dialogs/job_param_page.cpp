@@ -1,4 +1,5 @@
 #include "gui/dialogs/job_param_page.h"
+#include "core/text_number.h"
 
 #include <wx/checkbox.h>
 #include <wx/choice.h>
@@ -12,11 +13,6 @@
 #include "desktop/jobs/key_names.h"
 
 namespace {
-
-wxString Trimmed(const wxString& text)
-{
-    return wxString(text).Trim(true).Trim(false);
-}
 
 wxWindow* MakeControl(wxWindow* parent, const JobField& field)
 {

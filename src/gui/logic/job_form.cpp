@@ -1,4 +1,5 @@
 #include "gui/logic/job_form.h"
+#include "core/text_number.h"
 
 #include <optional>
 
@@ -13,11 +14,6 @@
 #include "desktop/jobs/window_input_jobs.h"
 
 namespace {
-
-wxString Trimmed(const wxString& text)
-{
-    return wxString(text).Trim(true).Trim(false);
-}
 
 // Six pieces of one or two hexadecimal digits between "-".
 bool IsMacAddress(const wxString& text)
