@@ -51,7 +51,7 @@ static int Connect(const std::string& path)
 
 static bool BecomeNobody()
 {
-    return ::setgroups(0, nullptr) == 0 && ::setgid(kNobody) == 0 && ::setuid(kNobody) == 0;
+    return ::geteuid() == kNobody || (::setgroups(0, nullptr) == 0 && ::setgid(kNobody) == 0 && ::setuid(kNobody) == 0);
 }
 
 // Who plays the instance at a socket's place, and at which step it becomes another user.
@@ -62,7 +62,7 @@ struct FakeInstance {
     bool listenAsNobody = false;  // the listener (what SO_PEERCRED reports) is theirs
 };
 
-// Answers every caller "done" and copies what each sent into `report`; runs in a child.
+// Answers every caller "done" and copies what each sent into `report`, after a "+" once it listens; runs in a child.
 static int ServeFake(const std::string& path, const FakeInstance& plan, int report)
 {
     const sockaddr_un address = Address(path);
@@ -72,7 +72,7 @@ static int ServeFake(const std::string& path, const FakeInstance& plan, int repo
     if ((plan.mode && ::chmod(path.c_str(), plan.mode) != 0) ||
         (plan.socketToNobody && ::chown(path.c_str(), kNobody, kNobody) != 0) || (plan.listenAsNobody && !BecomeNobody()))
         return 3;
-    if (::listen(fd, 8) != 0)
+    if (::listen(fd, 8) != 0 || (report >= 0 && ::write(report, "+", 1) != 1))
         return 4;
     for (;;) {
         const int caller = ::accept(fd, nullptr, nullptr);
@@ -83,12 +83,6 @@ static int ServeFake(const std::string& path, const FakeInstance& plan, int repo
         (void)!::send(caller, "exit 0\nout done\n", 16, MSG_NOSIGNAL);
         ::close(caller);
     }
-}
-
-static bool Exists(const std::string& path)
-{
-    struct stat info {};
-    return ::lstat(path.c_str(), &info) == 0;
 }
 
 TEST(CommandLineControl, SteersTheRunningHeadlessInstanceAndNobodyElses)
@@ -222,7 +216,7 @@ TEST(CommandLineControl, NothingIsSentToAChannelThatIsNotWhollyOurs)
         ASSERT_EQ(::mkdir(folder.c_str(), 0700), 0);
         ASSERT_EQ(::chmod(folder.c_str(), row.folderMode) | ::chown(folder.c_str(), row.folderOwner, row.folderOwner), 0);
         int report[2];
-        ASSERT_EQ(::pipe(report), 0);
+        ASSERT_EQ(::pipe2(report, O_NONBLOCK), 0);
         ChildProcess fake;
         const std::string socket = folder + "/control.sock";
         if (row.plainFile)
@@ -230,7 +224,8 @@ TEST(CommandLineControl, NothingIsSentToAChannelThatIsNotWhollyOurs)
         else
             ASSERT_TRUE(fake.StartCall([&] { return ServeFake(socket, row.fake, report[1]); }));
         ::close(report[1]);
-        ASSERT_TRUE(WaitUntil([&] { return Exists(socket); }));
+        char ready = 0;
+        ASSERT_TRUE(WaitUntil([&] { return row.plainFile || ::read(report[0], &ready, 1) == 1; }));
         const std::string said = Cadrelle(home, {"--pause"}, {}, environment);
         EXPECT_EQ(said.substr(0, 2), std::to_string(row.status) + " ");
         EXPECT_NE(said.find(row.said), std::string::npos) << said;
@@ -280,7 +275,7 @@ TEST(InstanceLock, FoldersNotWhollyOursArePassedOverOrRefused)
         {"a socket another program listens on", [&](const std::string& folder, const std::string& home, ChildProcess& fake) {
              privateFolder(folder, home, fake);
              fake.StartCall([socket = folder + "/control.sock"] { return ServeFake(socket, {}, -1); });
-             WaitUntil([&] { return Exists(folder + "/control.sock"); }); },
+             WaitUntil([&] { const int fd = Connect(folder + "/control.sock"); return fd >= 0 && ::close(fd) == 0; }); },
          "/cadrelle/control.sock: another program is listening on it", "0 done\n"},
         {"no folder left that is only ours", [](const std::string& folder, const std::string& home, ChildProcess&) {
              WriteFileBytes(folder, "x"), WriteFileBytes(home + "/.cache", "x"); },
