@@ -58,10 +58,11 @@ void NoteUnsafeParent(const std::string& dir, std::vector<std::string>& notes)
                         "): they can replace " + dir);
 }
 
-bool MakePrivateDirs(const std::string& dir, std::string& why)
+// With `parents`, the missing folders above it too (the cache folder may not
+// exist yet); $XDG_RUNTIME_DIR and the temporary folder are never made here.
+bool MakePrivateDirs(const std::string& dir, bool parents, std::string& why)
 {
-    // The cache folder's parents may be missing too; each is made private.
-    for (std::size_t slash = dir.find('/', 1);; slash = dir.find('/', slash + 1)) {
+    for (std::size_t slash = parents ? dir.find('/', 1) : std::string::npos;; slash = dir.find('/', slash + 1)) {
         const std::string part = slash == std::string::npos ? dir : dir.substr(0, slash);
         if (::mkdir(part.c_str(), 0700) != 0 && errno != EEXIST) {
             why = "cannot create " + part + ": " + std::strerror(errno);
@@ -133,12 +134,13 @@ std::string RuntimeDirProblem(const std::string& dir, bool* exists)
 RuntimeDirChoice ChooseRuntimeDir(bool create)
 {
     RuntimeDirChoice choice;
-    for (const std::string& dir : RuntimeDirCandidates()) {
+    const std::vector<std::string> candidates = RuntimeDirCandidates();
+    for (const std::string& dir : candidates) {
         bool exists = false;
         std::string problem = RuntimeDirProblem(dir, &exists);
         if (problem.empty() && !exists && create) {
             // Made here, or by a rival between the look and now: judged again.
-            if (MakePrivateDirs(dir, problem))
+            if (MakePrivateDirs(dir, &dir != &candidates.front(), problem))
                 problem = RuntimeDirProblem(dir, &exists);
         }
         if (!problem.empty()) {
