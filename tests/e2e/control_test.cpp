@@ -2,7 +2,6 @@
 // folders, sockets and peers that are not wholly the user's, refused by both ends; idle callers.
 
 #include <csignal>
-#include <functional>
 #include <regex>
 
 #include <fcntl.h>
@@ -241,57 +240,43 @@ TEST(InstanceLock, FoldersNotWhollyOursArePassedOverOrRefused)
 {
     if (::geteuid() != 0)
         GTEST_SKIP() << "another user is played by root";
-    using Plant = std::function<void(const std::string& folder, const std::string& home, ChildProcess& fake)>;
-    const Plant privateFolder = [](const std::string& folder, const std::string&, ChildProcess&) {
-        ::mkdir(folder.c_str(), 0700);
-    };
     struct Row {
-        const char* what;
-        Plant plant;      // in the runtime folder $XDG_RUNTIME_DIR/cadrelle
-        const char* said;  // by the program on stderr
+        const char* plant;   // shell commands in $XDG_RUNTIME_DIR (= HOME), where the runtime folder is cadrelle
+        bool listener;       // then a program of ours listens at cadrelle/control.sock
+        const char* said;    // by the program on stderr
         const char* status;  // what --status prints first; nullptr: the program does not start
         const char* leftAtSocket = nullptr;  // what the socket's place still holds when it has ended
     } rows[] = {
-        {"a symbolic link", [](const std::string& folder, const std::string& home,
-                               ChildProcess&) { ::mkdir((home + "/elsewhere").c_str(), 0700), ::symlink("elsewhere", folder.c_str()); },
-         "/cadrelle: it is a symbolic link", "0 state: running\n"},
-        {"a plain file", [](const std::string& folder, const std::string&, ChildProcess&) { WriteFileBytes(folder, "x"); },
-         "/cadrelle: it is not a folder", "0 state: running\n"},
-        {"another user's folder", [](const std::string& folder, const std::string&,
-                                     ChildProcess&) { ::mkdir(folder.c_str(), 0700), ::chown(folder.c_str(), kNobody, kNobody); },
-         "/cadrelle: it belongs to user 65534, not to you (user 0)", "0 state: running\n"},
-        {"a folder others can write to", [](const std::string& folder, const std::string&,
-                                            ChildProcess&) { ::mkdir(folder.c_str(), 0700), ::chmod(folder.c_str(), 0777); },
-         "/cadrelle: other users can write to it (mode 0777)", "0 state: running\n"},
-        {"a symbolic link as the lock", [&](const std::string& folder, const std::string& home, ChildProcess& fake) {
-             privateFolder(folder, home, fake), ::symlink((home + "/victim").c_str(), (folder + "/instance.lock").c_str()); },
+        {"mkdir -m700 elsewhere && ln -s elsewhere cadrelle", false, "/cadrelle: it is a symbolic link", "0 state: running\n"},
+        {"echo x >cadrelle", false, "/cadrelle: it is not a folder", "0 state: running\n"},
+        {"mkdir -m700 cadrelle && chown 65534 cadrelle", false, "/cadrelle: it belongs to user 65534, not to you (user 0)",
+         "0 state: running\n"},
+        {"mkdir -m777 cadrelle", false, "/cadrelle: other users can write to it (mode 0777)", "0 state: running\n"},
+        {"mkdir -m700 cadrelle && ln -s ../victim cadrelle/instance.lock", false,
          "/cadrelle: its instance.lock is a symbolic link", "0 state: running\n"},
-        {"a runtime folder others can write to", [](const std::string&, const std::string& home, ChildProcess&) { ::chmod(home.c_str(), 0777); },
-         "warning: XDG_RUNTIME_DIR (", "0 state: running\n"},
-        {"a plain file as the socket", [&](const std::string& folder, const std::string& home, ChildProcess& fake) {
-             privateFolder(folder, home, fake), WriteFileBytes(folder + "/control.sock", "keep me"); },
-         "/cadrelle/control.sock: it is a plain file, not a socket; it was left as it is",
-         "4 Refusing the control socket ", "keep me"},
-        {"a socket another program listens on", [&](const std::string& folder, const std::string& home, ChildProcess& fake) {
-             privateFolder(folder, home, fake);
-             fake.StartCall([socket = folder + "/control.sock"] { return ServeFake(socket, {}, -1); });
-             WaitUntil([&] { const int fd = Connect(folder + "/control.sock"); return fd >= 0 && ::close(fd) == 0; }); },
-         "/cadrelle/control.sock: another program is listening on it", "0 done\n"},
-        {"no folder left that is only ours", [](const std::string& folder, const std::string& home, ChildProcess&) {
-             WriteFileBytes(folder, "x"), WriteFileBytes(home + "/.cache", "x"); },
-         "no instance lock that can be trusted", nullptr},
+        {"chmod 777 .", false, "warning: XDG_RUNTIME_DIR (", "0 state: running\n"},
+        {"mkdir -m700 cadrelle && printf 'keep me' >cadrelle/control.sock", false,
+         "/cadrelle/control.sock: it is a plain file, not a socket; it was left as it is", "4 Refusing the control socket ",
+         "keep me"},
+        {"mkdir -m700 cadrelle", true, "/cadrelle/control.sock: another program is listening on it", "0 done\n"},
+        {"echo x >cadrelle && echo x >.cache", false, "no instance lock that can be trusted", nullptr},
     };
     for (const Row& row : rows) {
-        SCOPED_TRACE(row.what);
+        SCOPED_TRACE(row.plant);
         TempDir dir;
         const std::string home = dir.File("home").utf8_string(), app = dir.File("app").utf8_string();
         const ChildEnvironment environment = ProgramEnvironment(home);
+        ASSERT_EQ(RunProcess({"sh", "-c", std::string("cd \"$0\" && ") + row.plant, home}).status, 0);
         ChildProcess fake, program;
-        row.plant(home + "/cadrelle", home, fake);
+        const std::string socket = home + "/cadrelle/control.sock";
+        if (row.listener) {
+            ASSERT_TRUE(fake.StartCall([&] { return ServeFake(socket, {}, -1); }));
+            ASSERT_TRUE(WaitUntil([&] { const int fd = Connect(socket); return fd >= 0 && ::close(fd) == 0; }));
+        }
         if (!row.status) {
             const ProcessResult refused = RunProcess({CADRELLE_BINARY, "--headless", "--app-dir", app}, environment, 20000);
             EXPECT_EQ(refused.status, 1);
-            EXPECT_NE(refused.err.find(row.said), std::string::npos) << refused.err;
+            EXPECT_NE(refused.err.find(std::string(row.said) + ": no runtime folder"), std::string::npos) << refused.err;
             EXPECT_NE(refused.err.find("not starting."), std::string::npos) << refused.err;
             EXPECT_EQ(LogText(app), "");
             continue;
@@ -307,7 +292,7 @@ TEST(InstanceLock, FoldersNotWhollyOursArePassedOverOrRefused)
         EXPECT_NE(second.find("Another program instance is already running, aborting."), std::string::npos) << second;
         EXPECT_EQ(program.Stop(SIGTERM), 0);
         if (row.leftAtSocket)
-            EXPECT_EQ(ReadFileBytes(home + "/cadrelle/control.sock"), row.leftAtSocket);
+            EXPECT_EQ(ReadFileBytes(socket), row.leftAtSocket);
     }
 }
 
