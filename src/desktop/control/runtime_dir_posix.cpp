@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -148,10 +149,14 @@ RuntimeDirChoice ChooseRuntimeDir(bool create)
             continue;
         }
         if (create) {
+            // Ours and not writable by others: only reading is closed off,
+            // on what was opened, never through a link put there meanwhile.
+            const int fd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
             struct stat info {};
-            // Ours and not writable by others: only reading is closed off.
-            if (::lstat(dir.c_str(), &info) == 0 && (info.st_mode & 0777) != 0700)
-                ::chmod(dir.c_str(), 0700);
+            if (fd >= 0 && ::fstat(fd, &info) == 0 && info.st_uid == ::getuid() && (info.st_mode & 0777) != 0700)
+                (void)!::fchmod(fd, 0700);
+            if (fd >= 0)
+                ::close(fd);
             NoteUnsafeParent(dir, choice.notes);
         }
         choice.path = dir;
