@@ -91,6 +91,11 @@ int RunHeadless(const wxString& appDir)
         std::cerr << SingleInstanceGuard::RefusalMessage() << std::endl;
         return 1;
     }
+    if (!instance.IsHeld()) {
+        // Without it a second instance could fire every job a second time.
+        std::cerr << "cadrelle: " << instance.Problem() << "; not starting." << std::endl;
+        return 1;
+    }
     for (int signal : {SIGINT, SIGTERM, SIGHUP})
         std::signal(signal, OnStopSignal);
 

@@ -1,5 +1,7 @@
 #include "gui/cadrelle_app.h"
 
+#include <iostream>
+
 #include <wx/config.h>
 #include <wx/image.h>
 #include <wx/log.h>
@@ -39,6 +41,13 @@ bool CadrelleApp::OnInit()
         // when one is set); this one still says why it ends.
         SendControlRequestQuietly(ControlRequest{ControlRequest::Kind::Show});
         wxMessageBox(wxGetTranslation(SingleInstanceGuard::RefusalMessage()), "Cadrelle", wxOK | wxICON_ERROR);
+        m_pInstance.reset();
+        return false;
+    }
+    if (!m_pInstance->IsHeld()) {
+        const wxString problem = wxString::FromUTF8(m_pInstance->Problem());
+        std::cerr << "cadrelle: " << m_pInstance->Problem() << "; not starting." << std::endl;
+        wxMessageBox(wxString::Format(_("Cadrelle cannot start: %s."), problem), "Cadrelle", wxOK | wxICON_ERROR);
         m_pInstance.reset();
         return false;
     }

@@ -69,6 +69,14 @@ bool ChildProcess::Start(const std::vector<std::string>& argv, const std::string
     return m_pid > 0;
 }
 
+bool ChildProcess::StartCall(const std::function<int()>& body)
+{
+    m_pid = ::fork();
+    if (m_pid == 0)
+        ::_exit(body());
+    return m_pid > 0;
+}
+
 int ChildProcess::Stop(int signal, int limitMs)
 {
     if (m_pid <= 0)

@@ -38,6 +38,9 @@ public:
     // stdout to `outPath`, stderr to `errPath` ("": as stdout; both "": /dev/null).
     bool Start(const std::vector<std::string>& argv, const std::string& outPath = "",
                const ChildEnvironment& environment = {}, const std::string& errPath = "");
+    // Runs `body` in a forked copy of this process, which exits with its
+    // result (a peer of another user: the body may setuid).
+    bool StartCall(const std::function<int()>& body);
     // Sends `signal` (0: none) and waits up to `limitMs`, then kills. The
     // exit status; -1 when it ended by a signal or was not running.
     int Stop(int signal = SIGTERM, int limitMs = 10000);

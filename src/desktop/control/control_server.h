@@ -1,12 +1,14 @@
 #pragma once
 // The running instance's end of the command-line control: a Unix socket in
-// the per-user runtime folder (mode 0600, no TCP), served by a thread that
-// only reads requests, refuses callers of another user id (SO_PEERCRED) and
-// hands each request to the main thread, then writes the main thread's
-// answer back.
+// the per-user runtime folder (mode 0600, no TCP), served by one thread that
+// waits on every caller at once with non-blocking reads: it refuses callers
+// of another user id (SO_PEERCRED), keeps at most a few callers of one
+// process waiting for their request line, hands each request to the main
+// thread and writes the main thread's answer back. A caller that sends
+// nothing, or half a line, delays nobody else.
 
-#include <atomic>
 #include <functional>
+#include <memory>
 #include <string>
 #include <thread>
 
@@ -20,25 +22,36 @@ public:
     // program ends first.
     using MainThreadPoster = std::function<void(std::function<void()>)>;
 
+    // Callers of one process waiting for their request line at once; an
+    // older one is closed when more arrive.
+    static constexpr std::size_t kIdlePerCaller = 8;
+    // All open connections; beyond it the oldest waiting caller is closed.
+    static constexpr std::size_t kMaxConnections = 128;
+
     ControlServer(Handler handler, MainThreadPoster poster);
     // Stops the thread and removes the socket.
     ~ControlServer();
     ControlServer(const ControlServer&) = delete;
     ControlServer& operator=(const ControlServer&) = delete;
 
-    // Binds the socket (replacing a stale one: call only while holding the
-    // instance lock) and starts serving. False with a reason when it cannot.
+    // Binds the socket in the runtime folder and starts serving (call only
+    // while holding the instance lock). Refuses a folder that is not wholly
+    // ours, a file at the socket's place that is not our socket, and a
+    // socket someone still listens on. False with a reason when it cannot.
     bool Start(std::string* error);
+    // Where it listens, once started.
+    const std::string& SocketPath() const { return m_path; }
 
 private:
+    struct Mailbox;
     void Serve();
-    void HandleConnection(int fd);
 
     Handler m_handler;
     MainThreadPoster m_poster;
     std::string m_path;
+    unsigned long m_socketInode = 0;
     int m_listenFd = -1;
-    int m_wakePipe[2] = {-1, -1};
-    std::atomic<bool> m_bStopping{false};
+    // Shared with tasks on the main thread, which may outlive the server.
+    std::shared_ptr<Mailbox> m_mailbox;
     std::thread m_thread;
 };
