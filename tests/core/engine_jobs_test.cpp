@@ -1,6 +1,8 @@
 // Job threads started by the engine: delay, silent mode, chaining and shutdown. Real threads, the real clock.
 
+#include <atomic>
 #include <chrono>
+#include <functional>
 #include <future>
 #include <mutex>
 #include <thread>
@@ -154,4 +156,51 @@ TEST_F(EngineJobsTest, ShutdownCutsDelaysShortAndLeavesBehindOnlyAJobThatWillNot
     EXPECT_EQ(runs.Ids(), (std::vector<std::int32_t>{665, 555}));
     EXPECT_FALSE(log.Has("<<- [JID_555,"));  // left behind: it no longer reaches the log
     wxLog::SetActiveTarget(previous);
+}
+
+// Two schedulers in one process, each with its own clock and actions: a
+// trigger fires in the session whose clock reaches its moment, and its job
+// runs with that session's actions only.
+TEST(EngineSideBySide, TwoSessionsKeepTheirOwnClocksAndActions)
+{
+    const wxDateTime moment = Local(2026, 11, 23, 8, 0, 0);
+    struct Session {
+        ManualClock clock;
+        std::shared_ptr<SessionContext> context = std::make_shared<SessionContext>(clock);
+        Scheduler scheduler{*context};
+        TestHost host;
+        SchedulerEngine engine{scheduler, context, host};
+        std::atomic<int> runs{0};
+    };
+    Session early, late;
+    for (Session* s : {&early, &late}) {
+        s->clock.Set(moment);
+        s->clock.Advance(-3600000);
+        s->context->Actions().Set(NJobTypeReminder, [s](const Job&, SessionContext& context) {
+            EXPECT_EQ(&context, s->context.get());
+            ++s->runs;
+        });
+        s->scheduler.AddTrigger(LoadedTrigger(*s->context, 1, NTriggerTypeSpecTime, "0 0 8 23 11 ? 2026"));
+        s->scheduler.AddJob(TestJob(0, NJobTypeReminder, {1}));
+        s->engine.StartChecking();
+    }
+    early.clock.Set(moment);
+    early.clock.Advance(-100);
+    auto pumpUntil = [&](const std::function<bool()>& done) {
+        return WaitUntil([&] {
+            early.engine.ProcessRequests();
+            late.engine.ProcessRequests();
+            return done();
+        }, 5000);
+    };
+    ASSERT_TRUE(pumpUntil([&] { return early.runs == 1; }));
+    EXPECT_EQ(late.runs, 0);
+    late.clock.Set(moment);
+    late.clock.Advance(-50);
+    ASSERT_TRUE(pumpUntil([&] { return late.runs == 1; }));
+    EXPECT_EQ(early.runs, 1);
+    for (Session* s : {&early, &late}) {
+        s->engine.Shutdown();
+        EXPECT_TRUE(s->engine.WaitForJobThreads(5000));
+    }
 }

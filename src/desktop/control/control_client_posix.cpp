@@ -1,5 +1,7 @@
 #include "desktop/control/control_client.h"
 
+#include "core/text_number.h"
+
 #include <cerrno>
 #include <cstring>
 #include <ostream>
@@ -12,13 +14,6 @@
 #include "desktop/control/runtime_dir.h"
 
 namespace {
-
-// Messages are written as UTF-8 whatever the locale (the C locale could
-// not convert a translated text).
-std::string Utf8(const wxString& text)
-{
-    return std::string(text.utf8_str());
-}
 
 // The instance answers at once unless a modal dialog holds its window.
 constexpr std::chrono::milliseconds kAnswerLimit{60000};
