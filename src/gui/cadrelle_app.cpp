@@ -55,8 +55,8 @@ bool CadrelleApp::OnInit()
     auto* frame = new CadrelleFrame(appDir);
     SetTopWindow(frame);
     // Started minimised, the password is asked when the window is restored.
-    const bool minimised = Preference::Instance().GetValue("minimizeOnAppStart") == "1";
-    if (!minimised && Preference::Instance().GetValue("usePassword") == "1") {
+    const bool minimised = frame->Prefs().GetValue("minimizeOnAppStart") == "1";
+    if (!minimised && frame->Prefs().GetValue("usePassword") == "1") {
         // Never shown before the password is given, not even for a moment;
         // asked once the loop runs.
         frame->CallAfter([frame] { frame->RestoreMainFrame(); });

@@ -59,7 +59,7 @@ ModalCounter g_modals;
 
 // A job or trigger list over `model`, its columns as wide as last saved.
 wxDataViewCtrl* NewList(wxWindow* parent, const char* name, wxDataViewModel* model,
-                        const std::vector<ListColumn>& columns)
+                        const std::vector<ListColumn>& columns, const Preference& prefs)
 {
     auto* list = new wxDataViewCtrl(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize,
                                     wxDV_SINGLE | wxDV_ROW_LINES | wxDV_HORIZ_RULES | wxDV_VERT_RULES);
@@ -67,15 +67,15 @@ wxDataViewCtrl* NewList(wxWindow* parent, const char* name, wxDataViewModel* mod
     list->AssociateModel(model);
     for (std::size_t i = 0; i < columns.size(); ++i)
         list->AppendTextColumn(wxGetTranslation(columns[i].header), static_cast<unsigned>(i), wxDATAVIEW_CELL_INERT,
-                               static_cast<int>(frame::PrefNumber(columns[i].widthKey, columns[i].defaultWidth)),
+                               static_cast<int>(frame::PrefNumber(prefs, columns[i].widthKey)),
                                wxALIGN_LEFT, wxDATAVIEW_COL_RESIZABLE);
     return list;
 }
 
-void SaveColumnWidths(const wxDataViewCtrl& list, const std::vector<ListColumn>& columns)
+void SaveColumnWidths(const wxDataViewCtrl& list, const std::vector<ListColumn>& columns, Preference& prefs)
 {
     for (unsigned i = 0; i < list.GetColumnCount() && i < columns.size(); ++i)
-        Preference::Instance().SetValue(columns[i].widthKey, wxString::Format("%d", list.GetColumn(i)->GetWidth()));
+        prefs.SetValue(columns[i].widthKey, wxString::Format("%d", list.GetColumn(i)->GetWidth()));
 }
 
 class CategoryData final : public wxClientData {
@@ -101,12 +101,12 @@ CadrelleFrame::CadrelleFrame(const wxString& appDir)
     if (!loadNote.empty())
         m_userMessages.ShowMessage(loadNote, kCaption);
     m_strStartTime = wxDateTime::Now().Format("%Y-%m-%d %H:%M:%S");
-    m_nSortCol = static_cast<int>(PrefNumber("colSortIndex", 0));
-    m_nSortDir = PrefNumber("colSortDir", kSortDefault);
+    m_nSortCol = static_cast<int>(PrefNumber(Prefs(), "colSortIndex"));
+    m_nSortDir = PrefNumber(Prefs(), "colSortDir");
 
     SetIcons(AppIcons(appDir));
-    SetSize(static_cast<int>(PrefNumber("mainFrmX", 16)), static_cast<int>(PrefNumber("mainFrmY", 16)),
-            static_cast<int>(PrefNumber("mainFrmW", 1024)), static_cast<int>(PrefNumber("mainFrmH", 512)));
+    SetSize(static_cast<int>(PrefNumber(Prefs(), "mainFrmX")), static_cast<int>(PrefNumber(Prefs(), "mainFrmY")),
+            static_cast<int>(PrefNumber(Prefs(), "mainFrmW")), static_cast<int>(PrefNumber(Prefs(), "mainFrmH")));
     m_mgr.SetManagedWindow(this);
     BuildMenus();
     BuildToolBar();
@@ -319,7 +319,7 @@ void CadrelleFrame::BuildJobList(wxWindow* parent)
     m_pFilter->Bind(wxEVT_SEARCH_CANCEL, [this](wxCommandEvent&) { m_pFilter->Clear(); });
 
     m_jobModel = new JobListModel;
-    m_pLcJob = NewList(parent, "ID_LISTCTRL_JOBS", m_jobModel.get(), JobColumns());
+    m_pLcJob = NewList(parent, "ID_LISTCTRL_JOBS", m_jobModel.get(), JobColumns(), Prefs());
     m_pLcJob->Bind(wxEVT_DATAVIEW_ITEM_ACTIVATED, &CadrelleFrame::Onm_pLcJobItemActivated, this);
     m_pLcJob->Bind(wxEVT_DATAVIEW_ITEM_CONTEXT_MENU, &CadrelleFrame::Onm_pLcJobItemRClick, this);
     m_pLcJob->Bind(wxEVT_DATAVIEW_COLUMN_HEADER_CLICK, &CadrelleFrame::Onm_pLcJobColumnClick, this);
@@ -334,7 +334,7 @@ void CadrelleFrame::BuildJobList(wxWindow* parent)
 void CadrelleFrame::BuildTriggerList(wxWindow* parent)
 {
     m_triggerModel = new TriggerListModel(m_pSession->GetScheduler());
-    m_pLcTrigger = NewList(parent, "ID_LISTCTRL_TRIGGERS", m_triggerModel.get(), TriggerColumns());
+    m_pLcTrigger = NewList(parent, "ID_LISTCTRL_TRIGGERS", m_triggerModel.get(), TriggerColumns(), Prefs());
     m_pLcTrigger->Bind(wxEVT_DATAVIEW_ITEM_ACTIVATED, &CadrelleFrame::Onm_pLcTriggerItemActivated, this);
     auto* sizer = new wxBoxSizer(wxVERTICAL);
     sizer->Add(m_pLcTrigger, 1, wxEXPAND);
@@ -378,8 +378,8 @@ void CadrelleFrame::SortByColumn(int column)
 {
     const wxStopWatch watch;
     NextSortState(column, m_nSortCol, m_nSortDir);
-    Preference::Instance().SetValue("colSortIndex", wxString::Format("%d", m_nSortCol));
-    Preference::Instance().SetValue("colSortDir", wxString::Format("%ld", m_nSortDir));
+    Prefs().SetValue("colSortIndex", wxString::Format("%d", m_nSortCol));
+    Prefs().SetValue("colSortDir", wxString::Format("%ld", m_nSortDir));
     ApplyOrder();
     wxLogMessage("%d ### Job list sorted by column %d (%ld) in %ld ms", LogMs(), m_nSortCol, m_nSortDir,
                  watch.Time());
@@ -487,7 +487,7 @@ void CadrelleFrame::UpdateStatusBar()
 
 void CadrelleFrame::SaveLayout()
 {
-    Preference& prefs = Preference::Instance();
+    Preference& prefs = Prefs();
     if (!IsIconized() && !IsMaximized()) {
         const wxRect r = GetRect();
         prefs.SetValue("mainFrmX", wxString::Format("%d", r.x));
@@ -495,8 +495,8 @@ void CadrelleFrame::SaveLayout()
         prefs.SetValue("mainFrmW", wxString::Format("%d", r.width));
         prefs.SetValue("mainFrmH", wxString::Format("%d", r.height));
     }
-    SaveColumnWidths(*m_pLcJob, JobColumns());
-    SaveColumnWidths(*m_pLcTrigger, TriggerColumns());
+    SaveColumnWidths(*m_pLcJob, JobColumns(), Prefs());
+    SaveColumnWidths(*m_pLcTrigger, TriggerColumns(), Prefs());
 }
 
 // --- window life ------------------------------------------------------------
@@ -504,9 +504,9 @@ void CadrelleFrame::SaveLayout()
 void CadrelleFrame::RestoreMainFrame()
 {
     wxLogMessage("%d *** CadrelleFrame::OnHotKeyRestoreMainFrame", LogMs());
-    if (PrefIsOn("usePassword")) {
+    if (PrefIsOn(Prefs(), "usePassword")) {
         Hide();
-        if (!AskUnlockPassword(this)) {
+        if (!AskUnlockPassword(this, Prefs())) {
             CloseForGood();
             return;
         }
@@ -519,9 +519,9 @@ void CadrelleFrame::RestoreMainFrame()
 void CadrelleFrame::TrayExit()
 {
     wxLogMessage("%d *** CadrelleFrame::TrayExit", LogMs());
-    if (PrefIsOn("usePassword") && !AskUnlockPassword(this))
+    if (PrefIsOn(Prefs(), "usePassword") && !AskUnlockPassword(this, Prefs()))
         return;
-    if (PrefIsOn("hideMainFrmClickCloseBtn"))
+    if (PrefIsOn(Prefs(), "hideMainFrmClickCloseBtn"))
         CloseForGood();
     else
         Close();
@@ -543,9 +543,9 @@ void CadrelleFrame::OnClose(wxCloseEvent& event)
 {
     wxLogMessage("%d *** ->> CadrelleFrame::OnClose", LogMs());
     SaveLayout();
-    if (PrefIsOn("hideTrayIcon"))
+    if (PrefIsOn(Prefs(), "hideTrayIcon"))
         m_pShell->RemoveTrayIcon();
-    if (!m_bForceClose && event.CanVeto() && PrefIsOn("hideMainFrmClickCloseBtn")) {
+    if (!m_bForceClose && event.CanVeto() && PrefIsOn(Prefs(), "hideMainFrmClickCloseBtn")) {
         if (m_pShell->CanHideWindow()) {
             Hide();
         } else {
@@ -614,6 +614,11 @@ void CadrelleFrame::AdvanceNotice(const Job& job)
 {
     if (m_pShell)
         m_pShell->ShowAdvanceNotice(job.GetId());
+}
+
+Preference& CadrelleFrame::Prefs()
+{
+    return m_pSession->Prefs();
 }
 
 Scheduler& CadrelleFrame::GetScheduler()

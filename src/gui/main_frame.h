@@ -22,6 +22,7 @@
 #include "gui/gui_user_messages.h"
 
 class AppSession;
+class Preference;
 enum class JobDlgMode;
 class DesktopShell;
 class Scheduler;
@@ -53,6 +54,8 @@ public:
     void OpenTriggerDialogForJob(std::int32_t jid);
     void ToggleJobEnable(std::int32_t jid);
     Scheduler& GetScheduler();
+    // The user's preferences, which the session owns.
+    Preference& Prefs();
     SchedulerEngine& GetEngine();
 
     // The window closes for good even with hideMainFrmClickCloseBtn (a

@@ -49,24 +49,20 @@ wxString Preference::UserConfigPath()
     return wxFileName(wxFileName(base, "Cadrelle").GetFullPath(), "Cadrelle.conf").GetFullPath();
 }
 
-Preference& Preference::Instance()
+std::unique_ptr<Preference> Preference::OpenUserPreferences()
 {
-    static Preference* instance = [] {
-        const wxString path = UserConfigPath();
-        EnsurePrivateDir(wxFileName(path).GetPath(), nullptr);
-        auto config = std::make_unique<wxFileConfig>("Cadrelle", "Vantrel", path, wxEmptyString,
-                                                      wxCONFIG_USE_LOCAL_FILE);
-        config->SetUmask(0077);  // the file is the user's alone
-        // An older file may have been left readable by others; saves keep
-        // the mode they find, so set it once here.
-        if (wxFileName::FileExists(path))
-            MakePrivate(path);
-        auto* preference = new Preference(config.get());
-        preference->m_pOwnedConfig = std::move(config);
-        preference->Load();
-        return preference;
-    }();
-    return *instance;
+    const wxString path = UserConfigPath();
+    EnsurePrivateDir(wxFileName(path).GetPath(), nullptr);
+    auto config = std::make_unique<wxFileConfig>("Cadrelle", "Vantrel", path, wxEmptyString, wxCONFIG_USE_LOCAL_FILE);
+    config->SetUmask(0077);  // the file is the user's alone
+    // An older file may have been left readable by others; saves keep the
+    // mode they find, so set it once here.
+    if (wxFileName::FileExists(path))
+        MakePrivate(path);
+    auto preference = std::make_unique<Preference>(config.get());
+    preference->m_pOwnedConfig = std::move(config);
+    preference->Load();
+    return preference;
 }
 
 wxString Preference::GetValue(const wxString& key) const

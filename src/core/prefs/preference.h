@@ -30,12 +30,10 @@ public:
     ~Preference() override;
 
     // The preferences over the user's configuration file
-    // ($XDG_CONFIG_HOME/Cadrelle/Cadrelle.conf), created and loaded on first
-    // use. One per process on purpose: two objects over one file would undo
-    // each other's saves. The core never reaches it: the session hands it to
-    // the core as its SettingsLookup.
-    static Preference& Instance();
-    // Where Instance() keeps its file.
+    // ($XDG_CONFIG_HOME/Cadrelle/Cadrelle.conf), loaded. The session owns
+    // them; two objects over one file would undo each other's saves.
+    static std::unique_ptr<Preference> OpenUserPreferences();
+    // Where OpenUserPreferences() keeps its file.
     static wxString UserConfigPath();
 
     // The value of `key`; empty for an unknown key. Safe from any thread.

@@ -12,7 +12,7 @@
 #include "desktop/platform/idle_time_platform.h"
 
 AppSession::AppSession(const wxString& appDir)
-    : m_appDir(appDir), m_context(std::make_shared<SessionContext>()),
+    : m_appDir(appDir), m_context(std::make_shared<SessionContext>()), m_pPrefs(Preference::OpenUserPreferences()),
       m_pLog(std::make_unique<WeekdayLog>(appDir, m_context->GetClock())),
       m_pScheduler(std::make_unique<Scheduler>(*m_context, appDir))
 {
@@ -40,7 +40,7 @@ void AppSession::Start(EngineHost& host, UserMessages* messages)
         std::cerr << "cadrelle: " << dirError << std::endl;
     if (!m_pLog->Open())
         std::cerr << "cadrelle: cannot open the log file in " << m_appDir << "; running without a log" << std::endl;
-    m_context->SetSettings(&Preference::Instance());
+    m_context->SetSettings(m_pPrefs.get());
     m_pIdleTime = CreatePlatformIdleTimeSource();
     m_context->SetIdleTimeSource(m_pIdleTime.get());
     m_loadReport = LoadSchedulerData(*m_pScheduler);
@@ -90,7 +90,7 @@ void AppSession::StopInOrder(const wxString& firstLine, const std::function<void
     m_pScheduler->Changes().MarkChanged();
     m_bFinalSaveOk = SaveSchedulerData(*m_pScheduler, true) != DataSaveResult::Failed;
     wxLogMessage("%d *** SaveSchedulerData(true) Completed", LogMs());
-    Preference::Instance().SaveSettingParam();
+    m_pPrefs->SaveSettingParam();
     wxLogMessage("%d *** SaveSettingParam() Completed", LogMs());
     if (release)
         release();

@@ -22,6 +22,7 @@
 #include "core/session/session_context.h"
 
 class DesktopJobs;
+class Preference;
 class WeekdayLog;
 
 class AppSession {
@@ -65,6 +66,8 @@ public:
 
     const wxString& AppDir() const { return m_appDir; }
     SessionContext& Context() { return *m_context; }
+    // The user's preferences, loaded when the session is made.
+    Preference& Prefs() { return *m_pPrefs; }
     Scheduler& GetScheduler() { return *m_pScheduler; }
     SchedulerEngine& GetEngine() { return *m_pEngine; }
     const DataLoadReport& LoadReport() const { return m_loadReport; }
@@ -76,6 +79,7 @@ private:
 
     wxString m_appDir;
     std::shared_ptr<SessionContext> m_context;
+    std::unique_ptr<Preference> m_pPrefs;
     std::unique_ptr<IdleTimeSource> m_pIdleTime;
     std::unique_ptr<WeekdayLog> m_pLog;
     std::unique_ptr<Scheduler> m_pScheduler;

@@ -40,14 +40,15 @@ wxBitmapBundle LockKeyImage()
 
 }  // namespace
 
-bool AskUnlockPassword(wxWindow* parent)
+bool AskUnlockPassword(wxWindow* parent, Preference& prefs)
 {
-    AuthDlg dlg(parent);
+    AuthDlg dlg(parent, prefs);
     return dlg.ShowModal() == wxID_OK;
 }
 
-AuthDlg::AuthDlg(wxWindow* parent)
-    : wxDialog(parent, wxID_ANY, "Cadrelle", wxDefaultPosition, wxDefaultSize, wxDEFAULT_DIALOG_STYLE, "AuthDlg")
+AuthDlg::AuthDlg(wxWindow* parent, Preference& prefs)
+    : wxDialog(parent, wxID_ANY, "Cadrelle", wxDefaultPosition, wxDefaultSize, wxDEFAULT_DIALOG_STYLE, "AuthDlg"),
+      m_prefs(prefs)
 {
     auto* top = new wxBoxSizer(wxVERTICAL);
     auto* row = new wxBoxSizer(wxHORIZONTAL);
@@ -86,7 +87,7 @@ void AuthDlg::Onm_pBtnEnterClick(wxCommandEvent&)
         wxMessageBox(_("Please input password."), "Cadrelle", wxOK | wxICON_WARNING, this);
         return;
     }
-    Preference& prefs = Preference::Instance();
+    Preference& prefs = m_prefs;
     const PasswordCheck check = CheckPassword(typed, prefs.GetValue("password"));
     if (check == PasswordCheck::Wrong) {
         ++m_nFailures;

@@ -4,13 +4,14 @@
 #include <wx/dialog.h>
 #include <wx/timer.h>
 
+class Preference;
 class wxButton;
 class wxTextCtrl;
 class wxWindow;
 
 // Asks for the unlock password modally; true only when the right password
 // was entered ("Enter"), false for "Exit" or a closed dialog.
-bool AskUnlockPassword(wxWindow* parent);
+bool AskUnlockPassword(wxWindow* parent, Preference& prefs);
 
 // The dialog itself: the field is named "password", the buttons are wxID_OK
 // ("Enter") and wxID_CANCEL ("Exit"). After each wrong password "Enter"
@@ -18,11 +19,12 @@ bool AskUnlockPassword(wxWindow* parent);
 // runs on.
 class AuthDlg : public wxDialog {
 public:
-    explicit AuthDlg(wxWindow* parent);
+    AuthDlg(wxWindow* parent, Preference& prefs);
 
 private:
     void Onm_pBtnEnterClick(wxCommandEvent& event);
 
+    Preference& m_prefs;
     wxTextCtrl* m_pTxtPassword = nullptr;
     wxButton* m_pBtnEnter = nullptr;
     wxTimer m_timerRetry;

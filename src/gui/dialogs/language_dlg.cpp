@@ -7,11 +7,11 @@
 #include "core/i18n/ui_language.h"
 #include "core/prefs/preference.h"
 
-void ShowLanguageChooser(wxWindow* parent)
+void ShowLanguageChooser(wxWindow* parent, Preference& prefs)
 {
     // Written through the preferences' own configuration object: another
     // object on the same file would lose the entry at the next save.
-    wxConfigBase* config = Preference::Instance().Config();
+    wxConfigBase* config = prefs.Config();
     if (!config)
         return;
     // Stored codes, in the order of the choices.

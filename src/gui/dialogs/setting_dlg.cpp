@@ -27,17 +27,17 @@ wxArrayString KeyChoices()
 
 }  // namespace
 
-bool ShowSettingDlg(wxWindow* parent, const SettingDlgContext& context)
+bool ShowSettingDlg(wxWindow* parent, Preference& prefs, const SettingDlgContext& context)
 {
-    SettingDlg dlg(parent, context);
+    SettingDlg dlg(parent, prefs, context);
     return dlg.ShowModal() == wxID_OK;
 }
 
-SettingDlg::SettingDlg(wxWindow* parent, const SettingDlgContext& context)
+SettingDlg::SettingDlg(wxWindow* parent, Preference& prefs, const SettingDlgContext& context)
     : wxDialog(parent, wxID_ANY, _("Setting Dialog"), wxDefaultPosition, wxDefaultSize,
-               wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER, "SettingDlg")
+               wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER, "SettingDlg"),
+      m_prefs(prefs)
 {
-    Preference& prefs = Preference::Instance();
     m_storedPassword = prefs.GetValue("password");
     auto* top = new wxBoxSizer(wxVERTICAL);
     BuildJobGroup(this, top);
@@ -235,7 +235,7 @@ void SettingDlg::Onm_pBtnOKClick(wxCommandEvent&)
         wxMessageBox(refusal, "Cadrelle", wxOK | wxICON_WARNING, this);
         return;
     }
-    Preference& prefs = Preference::Instance();
+    Preference& prefs = m_prefs;
     const std::vector<wxString> notices = SettingChangeNotices(prefs, form);
     // A failure is logged by SetAutostart; the other settings are stored anyway.
     SetAutostart(form.autostart, RunningExecutablePath());

@@ -8,6 +8,7 @@
 
 #include "core/prefs/setting_rules.h"
 
+class Preference;
 class wxCheckBox;
 class wxChoice;
 class wxStaticText;
@@ -26,13 +27,13 @@ struct SettingDlgContext {
 
 // Opens the dialog modally; true when the user pressed OK and the
 // preferences were stored and saved.
-bool ShowSettingDlg(wxWindow* parent, const SettingDlgContext& context);
+bool ShowSettingDlg(wxWindow* parent, Preference& prefs, const SettingDlgContext& context);
 
 // The dialog itself. Its controls are named after the preference they edit
 // ("minimizeOnOpenJob", "hotkeyCust13", ...; "autostart", "confirmPassword").
 class SettingDlg : public wxDialog {
 public:
-    SettingDlg(wxWindow* parent, const SettingDlgContext& context);
+    SettingDlg(wxWindow* parent, Preference& prefs, const SettingDlgContext& context);
 
 private:
     void BuildJobGroup(wxWindow* panel, wxSizer* top);
@@ -60,5 +61,6 @@ private:
     std::array<wxChoice*, kHotKeyCount> m_pChModifier{};
     std::array<wxChoice*, kHotKeyCount> m_pChKey{};
     std::array<wxTextCtrl*, kCustomHotKeyCount> m_pTxtJid{};
+    Preference& m_prefs;
     wxString m_storedPassword;
 };

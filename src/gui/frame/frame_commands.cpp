@@ -171,13 +171,13 @@ void CadrelleFrame::Onm_pTbiSettingClick(wxCommandEvent&)
     SettingDlgContext context;
     context.hotKeyStates = m_pShell->HotKeyStates();
     context.trayNote = m_pShell->TrayNote();
-    ShowSettingDlg(this, context);
+    ShowSettingDlg(this, Prefs(), context);
 }
 
 void CadrelleFrame::OnChooseLanguage(wxCommandEvent&)
 {
     wxLogMessage("%d *** CadrelleFrame::OnChooseLanguage", LogMs());
-    ShowLanguageChooser(this);
+    ShowLanguageChooser(this, Prefs());
 }
 
 void CadrelleFrame::OnAbout(wxCommandEvent&)

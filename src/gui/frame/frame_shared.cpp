@@ -1,5 +1,7 @@
 #include "gui/frame/frame_shared.h"
 
+#include <cstring>
+
 #include <wx/msgdlg.h>
 
 #include "core/prefs/preference.h"
@@ -8,15 +10,20 @@ namespace frame {
 
 const char* const kCaption = "Cadrelle";
 
-bool PrefIsOn(const char* key)
+bool PrefIsOn(const Preference& prefs, const char* key)
 {
-    return Preference::Instance().GetValue(key) == "1";
+    return prefs.GetValue(key) == "1";
 }
 
-long PrefNumber(const char* key, long fallback)
+long PrefNumber(const Preference& prefs, const char* key)
 {
     long value = 0;
-    return Preference::Instance().GetValue(key).ToLong(&value) ? value : fallback;
+    if (prefs.GetValue(key).ToLong(&value))
+        return value;
+    for (const auto& entry : Preference::Defaults())
+        if (std::strcmp(entry.first, key) == 0 && wxString(entry.second).ToLong(&value))
+            return value;
+    return 0;
 }
 
 void Tell(wxWindow* parent, const wxString& text, long icon)

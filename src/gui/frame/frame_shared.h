@@ -7,6 +7,8 @@
 
 class wxWindow;
 
+class Preference;
+
 namespace frame {
 
 enum {
@@ -30,8 +32,9 @@ enum {
 };
 
 extern const char* const kCaption;
-bool PrefIsOn(const char* key);
-long PrefNumber(const char* key, long fallback);
+bool PrefIsOn(const Preference& prefs, const char* key);
+// A number setting; the built-in default when the stored value is not one.
+long PrefNumber(const Preference& prefs, const char* key);
 // A message box captioned "Cadrelle".
 void Tell(wxWindow* parent, const wxString& text, long icon = wxICON_INFORMATION);
 // A yes/no question captioned "Cadrelle"; true for yes.

@@ -8,27 +8,27 @@
 const std::vector<ListColumn>& JobColumns()
 {
     static const std::vector<ListColumn> columns = {
-        {wxTRANSLATE("JID"), "jColWidthJID", 50},
-        {wxTRANSLATE("Type"), "jColWidthType", 100},
-        {wxTRANSLATE("Description"), "jColWidthDesc", 100},
-        {wxTRANSLATE("Information"), "jColWidthInfo", 150},
-        {wxTRANSLATE("Related JID"), "jColWidthRJID", 80},
-        {wxTRANSLATE("Next Run Time"), "jColWidthNextTime", 150},
-        {wxTRANSLATE("Trigger ID"), "jColWidthTID", 70}};
+        {wxTRANSLATE("JID"), "jColWidthJID"},
+        {wxTRANSLATE("Type"), "jColWidthType"},
+        {wxTRANSLATE("Description"), "jColWidthDesc"},
+        {wxTRANSLATE("Information"), "jColWidthInfo"},
+        {wxTRANSLATE("Related JID"), "jColWidthRJID"},
+        {wxTRANSLATE("Next Run Time"), "jColWidthNextTime"},
+        {wxTRANSLATE("Trigger ID"), "jColWidthTID"}};
     return columns;
 }
 
 const std::vector<ListColumn>& TriggerColumns()
 {
     static const std::vector<ListColumn> columns = {
-        {wxTRANSLATE("TID"), "tColWidthTID", 50},
-        {wxTRANSLATE("Type"), "tColWidthType", 100},
-        {wxTRANSLATE("Status"), "tColWidthStatus", 80},
-        {wxTRANSLATE("Prev Run Time"), "tColWidthPrevTime", 150},
-        {wxTRANSLATE("Next Run Time"), "tColWidthNextTime", 150},
-        {wxTRANSLATE("Start Time"), "tColWidthStartTime", 150},
-        {wxTRANSLATE("End Time"), "tColWidthEndTime", 150},
-        {wxTRANSLATE("Condition"), "tColWidthCondition", 80}};
+        {wxTRANSLATE("TID"), "tColWidthTID"},
+        {wxTRANSLATE("Type"), "tColWidthType"},
+        {wxTRANSLATE("Status"), "tColWidthStatus"},
+        {wxTRANSLATE("Prev Run Time"), "tColWidthPrevTime"},
+        {wxTRANSLATE("Next Run Time"), "tColWidthNextTime"},
+        {wxTRANSLATE("Start Time"), "tColWidthStartTime"},
+        {wxTRANSLATE("End Time"), "tColWidthEndTime"},
+        {wxTRANSLATE("Condition"), "tColWidthCondition"}};
     return columns;
 }
 

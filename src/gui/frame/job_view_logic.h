@@ -16,7 +16,6 @@ class Scheduler;
 struct ListColumn {
     const char* header;
     const char* widthKey;  // preference holding the width
-    int defaultWidth;
 };
 
 // The job list's and the trigger list's columns, in display order.

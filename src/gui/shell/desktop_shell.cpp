@@ -21,11 +21,6 @@
 
 namespace {
 
-wxString Pref(const char* key)
-{
-    return Preference::Instance().GetValue(key);
-}
-
 // The hot keys' names at the desktop portal, which keeps the user's choice
 // of keys under them: never change them.
 constexpr const char* kPortalIds[kHotKeyCount] = {"restore", "pause", "custom1", "custom2", "custom3"};
@@ -70,6 +65,11 @@ DesktopShell::DesktopShell(CadrelleFrame& frame) : m_frame(frame)
     RegisterHotKeys();
     CreateTray();
     StartControl();
+}
+
+wxString DesktopShell::Pref(const char* key) const
+{
+    return m_frame.Prefs().GetValue(key);
 }
 
 DesktopShell::~DesktopShell()

@@ -53,6 +53,8 @@ private:
     void CreateTray();
     void StartControl();
 
+    wxString Pref(const char* key) const;
+
     CadrelleFrame& m_frame;
     std::unique_ptr<GlobalHotKeys> m_pHotKeys;
     std::unique_ptr<PortalShortcuts> m_pPortal;

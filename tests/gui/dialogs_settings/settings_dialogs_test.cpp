@@ -49,8 +49,9 @@ TEST(SettingDlg, RefusesInOrderThenStoresEverything)
     SettingDlgContext context;
     context.hotKeyStates = {"registered", "taken by another program", "registered", "registered", "not available"};
     context.trayNote = "No notification area in this session: the window hides behind its restore HOTKEY.";
+    const auto prefs = Preference::OpenUserPreferences();
     bool ok = false;
-    wxTEST_DIALOG(ok = ShowSettingDlg(nullptr, context),
+    wxTEST_DIALOG(ok = ShowSettingDlg(nullptr, *prefs, context),
                   Drive<SettingDlg>([](SettingDlg* dlg) {
                       Look(dlg, "settings_dialog");
                       EXPECT_EQ(dlg->GetTitle(), "Setting Dialog");
@@ -89,11 +90,12 @@ TEST(SettingDlg, RefusesInOrderThenStoresEverything)
 
 TEST(AuthDlg, RefusesThenWaitsThenUpgradesAnOldPassword)
 {
-    Preference& prefs = Preference::Instance();
+    const auto stored = Preference::OpenUserPreferences();
+    Preference& prefs = *stored;
     prefs.SetValue("usePassword", "1");
     prefs.SetValue("password", "secret");  // as older versions stored it
     bool ok = false;
-    wxTEST_DIALOG(ok = AskUnlockPassword(nullptr),
+    wxTEST_DIALOG(ok = AskUnlockPassword(nullptr, prefs),
                   Drive<AuthDlg>([](AuthDlg* dlg) {
                       Look(dlg, "auth_dialog");
                       Click(dlg, wxID_OK);
@@ -115,7 +117,8 @@ TEST(AuthDlg, RefusesThenWaitsThenUpgradesAnOldPassword)
 
 TEST(LanguageChooser, StoresTheCodeAndKeepsItAcrossSaves)
 {
-    wxTEST_DIALOG(ShowLanguageChooser(nullptr),
+    const auto prefs = Preference::OpenUserPreferences();
+    wxTEST_DIALOG(ShowLanguageChooser(nullptr, *prefs),
                   Drive<wxSingleChoiceDialog>([](wxSingleChoiceDialog* dlg) {
                       Look(dlg, "language_chooser");
                       EXPECT_EQ(dlg->GetTitle(), "Language selection");
@@ -124,10 +127,10 @@ TEST(LanguageChooser, StoresTheCodeAndKeepsItAcrossSaves)
                       return wxID_OK;
                   }),
                   Message("You must restart application for this change to take effect.").Caption("Confirm"));
-    Preference::Instance().SaveSettingParam();
+    prefs->SaveSettingParam();
     EXPECT_EQ(ReadUiLanguageSetting(), "ja");
     // The same choice again: preselected, nothing to restart for.
-    wxTEST_DIALOG(ShowLanguageChooser(nullptr), Drive<wxSingleChoiceDialog>([](wxSingleChoiceDialog* dlg) {
+    wxTEST_DIALOG(ShowLanguageChooser(nullptr, *prefs), Drive<wxSingleChoiceDialog>([](wxSingleChoiceDialog* dlg) {
                       EXPECT_EQ(dlg->GetSelection(), 3) << "the stored choice preselected";
                       return wxID_OK;
                   }));

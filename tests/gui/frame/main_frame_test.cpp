@@ -49,8 +49,12 @@ protected:
         wxTheApp->SetExitOnFrameDelete(false);
         // The log file is part of what is checked.
         wxLog::SetLogLevel(wxLOG_Message);
-        Preference::Instance().SetValue("hideMainFrmClickCloseBtn", "0");
-        Preference::Instance().SetValue("colSortDir", "4096");
+        // What an earlier test's window saved must not carry over.
+        const auto prefs = Preference::OpenUserPreferences();
+        prefs->SetValue("hideMainFrmClickCloseBtn", "0");
+        prefs->SetValue("colSortIndex", "0");
+        prefs->SetValue("colSortDir", "4096");
+        prefs->SaveSettingParam();
         m_appDir = guitest::FreshAppDir();
         WriteExampleData(m_appDir);
         Open();
@@ -134,9 +138,6 @@ TEST_F(MainFrameTest, SortOrderSurvivesARestart)
     EXPECT_EQ(Shown(), (std::vector<int>{12, 1, 21, 2, 0}));
     m_frame->CloseForGood();
     ASSERT_TRUE(guitest::WaitFor([&] { return !m_frame; }));
-    Preference::Instance().SetValue("colSortIndex", "0");
-    Preference::Instance().SetValue("colSortDir", "4096");
-    Preference::Instance().Load();
     Open();
     EXPECT_EQ(Shown(), (std::vector<int>{12, 1, 21, 2, 0}));
     // The header arrow, after the restart's model reset too: on that column only, pointing down.
@@ -150,14 +151,14 @@ TEST_F(MainFrameTest, SortOrderSurvivesARestart)
 // the window manager or SIGTERM: ProgramEndTest).
 TEST_F(MainFrameTest, CloseButtonOnlyHidesWithTheHideSetting)
 {
-    Preference::Instance().SetValue("hideMainFrmClickCloseBtn", "1");
+    m_frame->Prefs().SetValue("hideMainFrmClickCloseBtn", "1");
     m_frame->Close();
     guitest::Settle();
     ASSERT_TRUE(m_frame);
     // No tray host here: minimised to the taskbar rather than lost.
     EXPECT_TRUE(guitest::WaitFor([&] { return m_frame->IsIconized() || !m_frame->IsShown(); }));
     EXPECT_FALSE(guitest::LogText(m_appDir).Contains(WeekdayLog::kEndBanner));
-    Preference::Instance().SetValue("hideMainFrmClickCloseBtn", "0");
+    m_frame->Prefs().SetValue("hideMainFrmClickCloseBtn", "0");
 }
 
 // Asks the window manager, as a pager does (_NET_CLOSE_WINDOW), to close the

@@ -110,10 +110,10 @@ TEST(Shell, HotKeysNoticesAndTheCommandLineOnOneWindow)
     guitest::Settle();
     EXPECT_EQ(guitest::FindByName("NoticeWindow"), nullptr);
     EXPECT_FALSE(frame->GetScheduler().GetJobById(first)->IsEnabled());
-    Preference::Instance().SetValue("hideNotifyWnd", "1");  // then never
+    frame->Prefs().SetValue("hideNotifyWnd", "1");  // then never
     frame->AdvanceNotice(*frame->GetScheduler().GetJobById(first));
     EXPECT_EQ(guitest::FindByName("NoticeWindow"), nullptr);
-    Preference::Instance().SetValue("hideNotifyWnd", "0");
+    frame->Prefs().SetValue("hideNotifyWnd", "0");
 
     // The command line (its answers: the headless control test) reaches the window's paused engine.
     ASSERT_TRUE(frame->GetEngine().IsPaused());
