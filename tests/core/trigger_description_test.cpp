@@ -1,0 +1,89 @@
+// The sentence of every trigger kind, one table per language: each row a
+// kind, a CONDITION and the sentence the user reads.
+
+#include <gtest/gtest.h>
+#include <wx/filename.h>
+
+#include "core/i18n/ui_language.h"
+#include "core/triggers/trigger.h"
+#include "core/triggers/trigger_description.h"
+
+namespace {
+
+struct Row {
+    std::uint32_t kind;
+    const char* condition;
+    const char* sentence;  // UTF-8
+};
+
+void Check(const char* language, std::initializer_list<Row> rows)
+{
+    ASSERT_TRUE(InstallTranslations(language, CatalogueFolders(wxFileName(CADRELLE_BINARY).GetPath())));
+    for (const Row& row : rows)
+        EXPECT_EQ(DescribeTrigger(row.kind, row.condition).utf8_string(), row.sentence)
+            << "kind " << row.kind << ", condition \"" << row.condition << "\"";
+    InstallTranslations(kUiLanguageEn, {});
+}
+
+constexpr std::uint32_t kCron = NTriggerTypeCron, kInterval = NTriggerTypeInterval;
+
+TEST(TriggerDescription, English)
+{
+    Check("en", {
+        {NTriggerTypeEveryWeek, "0 30 8 ? * 1-5", "Every weekday at 08:30"},
+        {NTriggerTypeEveryMinute, "0 * * * * *", "Every minute"},
+        {kCron, "* * * * * *", "Every second"},
+        {NTriggerTypeEveryHour, "0 0 * * * ?", "Every hour"},
+        {NTriggerTypeEveryHour, "0 15 * * * ?", "At minute 15 of every hour"},
+        {NTriggerTypeEveryDay, "0 0,30 8 * * ?", "Every day at 08:00 and 08:30"},
+        // Steps: even ones are a frequency, others are said with their ends.
+        {kInterval, "0 0/15 * * * ?", "Every 15 minutes"},
+        {kInterval, "0 0/7 * * * ?", "Every 7 minutes from minute 0 to 56 of every hour"},
+        {kInterval, "0/45 * * * * ?", "At seconds 0 and 45 of every minute"},
+        {kInterval, "0/7 * * * * ?", "Every 7 seconds from second 0 to 56 of every minute"},
+        {kInterval, "0 0 0/6 * * ?", "Every 6 hours"},
+        {kInterval, "0 0 0/5 * * ?", "Every 5 hours from 00:00 to 20:00"},
+        {kCron, "0 30 */2 * * ?", "Every 2 hours from 00:30 to 22:30"},
+        {kCron, "0 5/15 * * * ?", "Every 15 minutes from minute 5 to 50 of every hour"},
+        {kCron, "0 0/25 * * * ?", "At minutes 0, 25 and 50 of every hour"},
+        {kCron, "0 0 8-18/4 * * ?", "Every day at 08:00, 12:00 and 16:00"},
+        {kCron, "0 */45 9-17 * * ?", "At minutes 0 and 45 from 09:00 to 17:59"},
+        {kCron, "*/10 * 9-11,14-17 ? * MON-FRI",
+         "Every 10 seconds from 09:00 to 11:59 and from 14:00 to 17:59, every weekday"},
+        {kCron, "0 0 1,2,4,7,11,16,22 * * ?", "At minute 0 during hours 1, 2, 4, 7, 11, 16 and 22"},
+        {kCron, "* 30 8 * * ?", "Every second from 08:30:00 to 08:30:59"},
+        {kCron, "15 30 8 ? * SUN,SAT", "Every Sunday and Saturday at 08:30:15"},
+        {kCron, "0 0 12 ? * 0,2-4", "Every Sunday and Tuesday-Thursday at 12:00"},
+        {kCron, "0 0 8 ? 3-10 MON-FRI", "Every weekday in March-October at 08:00"},
+        {kCron, "0 0 0 ? 2 *", "Every day in February at 00:00"},
+        // Days of the month, alone, with months, with a weekday.
+        {NTriggerTypeEveryMonth, "0 0 9 1,15 * ?", "On the 1st and 15th of every month at 09:00"},
+        {NTriggerTypeEveryMonth, "0 0 12 31 * ?", "On the 31st of every month at 12:00 (only in months that have that day)"},
+        {kCron, "0 0 9 1-5 JAN,JUL ?", "On the 1st-5th of January and July at 09:00"},
+        {kCron, "0 0 0 29-31 1,2 ?", "On the 29th-31st of January and February at 00:00 (only in months that have that day)"},
+        {NTriggerTypeEveryYear, "0 0 0 1 1 ?", "Every year on January 1 at 00:00"},
+        {NTriggerTypeEveryYear, "0 0 12 29 2 ?", "Every year on February 29 at 12:00 (leap years only)"},
+        {kCron, "0 0 0 13 * FRI", "At 00:00, on the 13th of every month, if it is a Friday"},
+        {kCron, "0 14 7 24 11 2", "At 07:14, every year on November 24, if it is a Tuesday"},
+        {kCron, "0 0 0 29 2 1,3", "At 00:00, every year on February 29, if it is a Monday or Wednesday (leap years only)"},
+        {kCron, "0 0 0 30 2 ?", "Never fires: none of the chosen months has the chosen day"},
+        {kCron, "0 0 0 31 2,4 ?", "Never fires: none of the chosen months has the chosen day"},
+        {kCron, "0 0 25 * * ?", "Malformed condition: Specified range exceeds maximum"},
+        {kCron, "0 0 * * *", "Malformed condition: cron expression must have six fields"},
+        {kCron, "0 0 9 ? * mon", "Malformed condition: Value must be a number"},
+        // The kinds with a year, a count-down, the start and idleness.
+        {NTriggerTypeSpecTime, "0 0 12 1 1 ? 2031", "Once, on 2031-01-01 at 12:00"},
+        {NTriggerTypeSpecTime, "30 15 9 29 2 ? 2028", "Once, on 2028-02-29 at 09:15:30"},
+        {NTriggerTypeSpecTime, "0 0 12 1 1", "Malformed condition: a moment needs seven numbers"},
+        {NTriggerTypeCountDown, "0 40 19 24 11 2026 0 0 10 0", "Once, on 2026-11-24 at 19:40 (a count-down of 10 minutes)"},
+        {NTriggerTypeCountDown, "0 0 0 1 1", "Malformed condition: a count-down needs at least six numbers"},
+        {NTriggerTypeWithStart, "0 0 5 0 - -", "5 minutes after Cadrelle starts"},
+        {NTriggerTypeWithStart, "1 2 0 30 - -", "1 day, 2 hours and 30 seconds after Cadrelle starts"},
+        {NTriggerTypeWithStart, "0 0 0 0 - -", "When Cadrelle starts"},
+        {NTriggerTypeIdleTimeout, "- 10 - - - -", "After 10 minutes without keyboard or mouse input"},
+        {NTriggerTypeIdleTimeout, "1 - - - - -", "After 1 second without keyboard or mouse input"},
+        {NTriggerTypeIdleTimeout, "- - 0 - - -", "Never fires: the idle time is not a positive number"},
+    });
+}
+
+}  // namespace
