@@ -86,4 +86,52 @@ TEST(TriggerDescription, English)
     });
 }
 
+// The same awkward cases: each language puts the parts in its own order.
+TEST(TriggerDescription, SimplifiedChinese)
+{
+    Check("zh_CN", {
+        {NTriggerTypeEveryWeek, "0 30 8 ? * 1-5", "每个工作日 08:30"},
+        {kInterval, "0 0/15 * * * ?", "每 15 分钟"},
+        {kInterval, "0 0/7 * * * ?", "每小时的第 0 至 56 分钟之间每 7 分钟"},
+        {kInterval, "0/45 * * * * ?", "每分钟的第 0、45 秒"},
+        {kCron, "0 */45 9-17 * * ?", "09:00 至 17:59，第 0、45 分钟"},
+        {kCron, "*/10 * 9-11,14-17 ? * MON-FRI", "每个工作日，09:00 至 11:59、14:00 至 17:59，每 10 秒"},
+        {kCron, "0 0 12 ? * 0,2-4", "每周日、周二至周四 12:00"},
+        {kCron, "0 0 8 ? 3-10 MON-FRI", "3月至10月的每个工作日 08:00"},
+        {NTriggerTypeEveryMonth, "0 0 12 31 * ?", "每月31日 12:00（仅限有该日期的月份）"},
+        {kCron, "0 0 9 1-5 JAN,JUL ?", "1月、7月的1日至5日 09:00"},
+        {NTriggerTypeEveryYear, "0 0 12 29 2 ?", "每年2月29日 12:00（仅限闰年）"},
+        {kCron, "0 0 0 13 * FRI", "每月13日，且当天是周五，于 00:00"},
+        {kCron, "0 0 0 30 2 ?", "永不触发：所选月份中没有所选的日期"},
+        {kCron, "0 0 25 * * ?", "条件格式错误：指定的范围超过最大值"},
+        {NTriggerTypeSpecTime, "0 0 12 1 1 ? 2031", "仅一次，于 2031-01-01 12:00"},
+        {NTriggerTypeCountDown, "0 40 19 24 11 2026 0 0 10 0", "仅一次，于 2026-11-24 19:40（倒计时 10 分钟）"},
+        {NTriggerTypeWithStart, "1 2 0 30 - -", "Cadrelle 启动 1 天、2 小时、30 秒后"},
+        {NTriggerTypeIdleTimeout, "- 10 - - - -", "键盘和鼠标无操作 10 分钟后"},
+    });
+}
+
+TEST(TriggerDescription, Japanese)
+{
+    Check("ja", {
+        {NTriggerTypeEveryWeek, "0 30 8 ? * 1-5", "毎週月曜日～金曜日 08:30"},
+        {kInterval, "0 0/15 * * * ?", "15 分ごと"},
+        {kInterval, "0 0/7 * * * ?", "毎時 0～56 分の間 7 分ごと"},
+        {kInterval, "0/45 * * * * ?", "毎分 0、45 秒"},
+        {kCron, "0 */45 9-17 * * ?", "09:00～17:59 の間、0、45 分"},
+        {kCron, "*/10 * 9-11,14-17 ? * MON-FRI", "毎週月曜日～金曜日、09:00～11:59、14:00～17:59 の間、10 秒ごと"},
+        {kCron, "0 0 12 ? * 0,2-4", "毎週日曜日、火曜日～木曜日 12:00"},
+        {kCron, "0 0 8 ? 3-10 MON-FRI", "3月～10月の毎週月曜日～金曜日 08:00"},
+        {NTriggerTypeEveryMonth, "0 0 12 31 * ?", "毎月31日 12:00（その日がある月のみ）"},
+        {kCron, "0 0 9 1-5 JAN,JUL ?", "1月、7月の1日～5日 09:00"},
+        {NTriggerTypeEveryYear, "0 0 12 29 2 ?", "毎年2月29日 12:00（うるう年のみ）"},
+        {kCron, "0 0 0 13 * FRI", "毎月13日（金曜日の場合のみ）、00:00"},
+        {kCron, "0 0 0 30 2 ?", "発動しません: 選択した月に選択した日がありません"},
+        {NTriggerTypeSpecTime, "0 0 12 1 1 ? 2031", "1 回のみ、2031-01-01 12:00"},
+        {NTriggerTypeCountDown, "0 40 19 24 11 2026 0 0 10 0", "1 回のみ、2026-11-24 19:40（カウントダウン 10 分）"},
+        {NTriggerTypeWithStart, "0 0 5 0 - -", "Cadrelle の起動から 5 分後"},
+        {NTriggerTypeIdleTimeout, "- - 2 - - -", "キーボードとマウスの操作がないまま 2 時間経ったとき"},
+    });
+}
+
 }  // namespace
