@@ -201,7 +201,7 @@ wxString WithinHours(const wxString& phrase, bool frequency, const Field& h)
     if (runs.size() <= 3) {
         std::vector<wxString> windows;
         for (const auto& run : runs)
-            windows.push_back(Fill(_("from %1$s to %2$s"), {Clock(run.first, 0, 0), Clock(run.second, 59, 0)}));
+            windows.push_back(Fill(_("between %1$s and %2$s"), {Clock(run.first, 0, 0), Clock(run.second, 59, 0)}));
         return Fill(wxGETTEXT_IN_CONTEXT("time window", "%1$s %2$s"), {phrase, JoinList(windows, false)});
     }
     return Fill(_("%1$s during hours %2$s"), {phrase, ListText(h, NumberName)});
