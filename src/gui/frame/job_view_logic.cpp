@@ -28,7 +28,7 @@ const std::vector<ListColumn>& TriggerColumns()
         {wxTRANSLATE("Next Run Time"), "tColWidthNextTime", 150},
         {wxTRANSLATE("Start Time"), "tColWidthStartTime", 150},
         {wxTRANSLATE("End Time"), "tColWidthEndTime", 150},
-        {wxTRANSLATE("Condition"), "tColWidthCondition", 320}};  // a sentence
+        {wxTRANSLATE("Condition"), "tColWidthCondition", 80}};
     return columns;
 }
 
