@@ -100,10 +100,11 @@ struct Field {
 
 using Namer = std::function<wxString(int)>;
 
-// Every value of the field, exactly: "0, 7, ..., 56", "1-5, 10 and 20".
-wxString ListText(const Field& f, const Namer& name, bool orList = false)
+// Every value of the field, exactly: "1-5, 10 and 20". Numbers evenly
+// spaced (`elide`) are shortened to "0, 7, ..., 56"; names are listed in full.
+wxString ListText(const Field& f, const Namer& name, bool orList = false, bool elide = false)
 {
-    if (f.Progression()) {
+    if (f.Progression() || (elide && f.Step() && f.Count() >= 4)) {
         wxString text = name(f.First());
         for (const wxString& item : {name(f.values[1]), wxString("..."), name(f.Last())})
             text = Fill(wxGETTEXT_IN_CONTEXT("list", "%1$s, %2$s"), {text, item});
@@ -204,7 +205,7 @@ wxString WithinHours(const wxString& phrase, bool frequency, const Field& h)
             windows.push_back(Fill(_("between %1$s and %2$s"), {Clock(run.first, 0, 0), Clock(run.second, 59, 0)}));
         return Fill(wxGETTEXT_IN_CONTEXT("time window", "%1$s %2$s"), {phrase, JoinList(windows, false)});
     }
-    return Fill(_("%1$s during hours %2$s"), {phrase, ListText(h, NumberName)});
+    return Fill(_("%1$s during hours %2$s"), {phrase, ListText(h, NumberName, false, true)});
 }
 
 // The time of day. `clock` is set when it is a list of clock times, which
@@ -247,7 +248,9 @@ wxString TimePart(const CronExpr& cex, bool& clock)
     if (m.Single() && h.Single())
         return Fill(_("%1$s from %2$s to %3$s"),
                     {phrase, wxString::Format("%02d:%02d:00", h.First(), m.First()), Clock(h.First(), m.First(), 59)});
-    return WithinHours(Fill(_("%1$s in minutes %2$s"), {phrase, ListText(m, NumberName)}), true, h);
+    const wxString minutes = m.Single() ? Fill(_("%1$s in minute %2$s"), {phrase, Num(m.First())})
+                                        : Fill(_("%1$s in minutes %2$s"), {phrase, ListText(m, NumberName, false, true)});
+    return WithinHours(minutes, false, h);
 }
 
 // Days in each month of a leap year: what a day of month can ever match.
@@ -289,9 +292,9 @@ wxString DayPart(const CronExpr& cex, bool& everyDay, bool& conditional, wxStrin
     if (mo.Single() && d.Single())
         text = Fill(_("every year on %1$s %2$s"), {MonthName(mo.First()), Num(d.First())});
     else if (mo.All())
-        text = Fill(_("on the %1$s of every month"), {ListText(d, Ordinal)});
+        text = Fill(_("on the %1$s of every month"), {ListText(d, Ordinal, false, true)});
     else
-        text = Fill(_("on the %1$s of %2$s"), {ListText(d, Ordinal), months});
+        text = Fill(_("on the %1$s of %2$s"), {ListText(d, Ordinal, false, true), months});
     if (!w.All()) {
         text = Fill(_("%1$s, if it is a %2$s"), {text, WeekdaysText(w, true)});
         conditional = true;
