@@ -36,6 +36,7 @@ TEST(TriggerDescription, English)
         {NTriggerTypeEveryHour, "0 0 * * * ?", "Every hour"},
         {NTriggerTypeEveryHour, "0 15 * * * ?", "At minute 15 of every hour"},
         {NTriggerTypeEveryDay, "0 0,30 8 * * ?", "Every day at 08:00 and 08:30"},
+        {kCron, "0 0-5 14 ? * WED", "Every minute from 14:00 to 14:05, every Wednesday"},
         // Steps: even ones are a frequency, others are said with their ends.
         {kInterval, "0 0/15 * * * ?", "Every 15 minutes"},
         {kInterval, "0 0/7 * * * ?", "Every 7 minutes from minute 0 to 56 of every hour"},

@@ -226,6 +226,10 @@ wxString TimePart(const CronExpr& cex, bool& clock)
                         {Num(step), Clock(h.First(), m.First(), s.First()), Clock(h.Last(), m.First(), s.First())});
         }
     }
+    // A run of minutes within one hour is a window of clock times.
+    if (s.Single() && h.Single() && !m.All() && m.Count() >= 3 && m.Runs().size() == 1)
+        return Fill(_("%1$s from %2$s to %3$s"), {_("every minute"), Clock(h.First(), m.First(), s.First()),
+                                                  Clock(h.First(), m.Last(), s.First())});
     if (s.Single() && !m.All() && !h.All() && m.Count() * h.Count() <= 6) {
         std::vector<wxString> times;
         for (int hour : h.values)
