@@ -151,6 +151,7 @@ wxString Ordinal(int day)
     const wxString n = Num(day);
     if (day % 100 / 10 != 1) {
         switch (day % 10) {
+        // TRANSLATORS: a day of the month; English needs four forms, other languages one.
         case 1: return Fill(wxGETTEXT_IN_CONTEXT("day of month", "%1$sst"), {n});
         case 2: return Fill(wxGETTEXT_IN_CONTEXT("day of month", "%1$snd"), {n});
         case 3: return Fill(wxGETTEXT_IN_CONTEXT("day of month", "%1$srd"), {n});
@@ -193,7 +194,7 @@ wxString SmallUnitPhrase(const Field& f, bool seconds, bool& frequency)
 }
 
 // The hours in which `phrase` happens: none, "of every hour", the windows
-// "from 09:00 to 11:59 and from 14:00 to 17:59", or a list of hours.
+// "between 09:00 and 11:59 and between 14:00 and 17:59", or a list of hours.
 wxString WithinHours(const wxString& phrase, bool frequency, const Field& h)
 {
     if (h.All())
@@ -203,6 +204,7 @@ wxString WithinHours(const wxString& phrase, bool frequency, const Field& h)
         std::vector<wxString> windows;
         for (const auto& run : runs)
             windows.push_back(Fill(_("between %1$s and %2$s"), {Clock(run.first, 0, 0), Clock(run.second, 59, 0)}));
+        // TRANSLATORS: %1$s is how often ("every 15 minutes"), %2$s the hours ("between 09:00 and 17:59").
         return Fill(wxGETTEXT_IN_CONTEXT("time window", "%1$s %2$s"), {phrase, JoinList(windows, false)});
     }
     return Fill(_("%1$s during hours %2$s"), {phrase, ListText(h, NumberName, false, true)});
@@ -300,6 +302,7 @@ wxString DayPart(const CronExpr& cex, bool& everyDay, bool& conditional, wxStrin
     else
         text = Fill(_("on the %1$s of %2$s"), {ListText(d, Ordinal, false, true), months});
     if (!w.All()) {
+        // TRANSLATORS: %1$s is days of the month ("on the 13th of every month"), %2$s weekdays ("Friday").
         text = Fill(_("%1$s, if it is a %2$s"), {text, WeekdaysText(w, true)});
         conditional = true;
     }
@@ -372,10 +375,12 @@ wxString DescribeCron(const wxString& expression)
     wxString time = TimePart(cex, clock);
     wxString sentence;
     if (clock && !conditional) {
+        // TRANSLATORS: %1$s is the days ("every weekday"), %2$s clock times ("08:00 and 08:30").
         sentence = Fill(_("%1$s at %2$s"), {days, time});
     } else {
         if (clock)
             time = Fill(_("at %1$s"), {time});
+        // TRANSLATORS: %1$s is the time of day ("every 15 minutes"), %2$s the days ("every weekday").
         sentence = everyDay ? time : Fill(wxGETTEXT_IN_CONTEXT("time and days", "%1$s, %2$s"), {time, days});
     }
     if (!note.empty())
