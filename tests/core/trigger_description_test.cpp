@@ -85,6 +85,7 @@ TEST(TriggerDescription, English)
         {NTriggerTypeWithStart, "0 0 5 0 - -", "5 minutes after Cadrelle starts"},
         {NTriggerTypeWithStart, "1 2 0 30 - -", "1 day, 2 hours and 30 seconds after Cadrelle starts"},
         {NTriggerTypeWithStart, "0 0 0 0 - -", "When Cadrelle starts"},
+        {NTriggerTypeWithStart, "0 1 -90 0 - -", "Never fires: the delay after Cadrelle starts is negative"},
         {NTriggerTypeIdleTimeout, "- 10 - - - -", "After 10 minutes without keyboard or mouse input"},
         {NTriggerTypeIdleTimeout, "1 - - - - -", "After 1 second without keyboard or mouse input"},
         {NTriggerTypeIdleTimeout, "- - 0 - - -", "Never fires: the idle time is not a positive number"},

@@ -406,13 +406,19 @@ wxString DescribeTrigger(std::uint32_t kind, const wxString& condition)
         // Its year stands at position 5, as the trigger reads it.
         wxDateTime moment = DefaultPeriodStart();
         ReadDateTimeText(wxString::Format("%ld %ld %ld %ld %ld * %ld", n[0], n[1], n[2], n[3], n[4], n[5]), moment);
-        const wxString duration = DurationText(n[6], n[7], n[8], n[9]);
+        const wxString duration = DurationText(static_cast<int>(n[6]), static_cast<int>(n[7]), static_cast<int>(n[8]),
+                                               static_cast<int>(n[9]));
         return duration.empty() ? OnceAt(moment)
                                 : Fill(_("%1$s (a count-down of %2$s)"), {OnceAt(moment), duration});
     }
     case NTriggerTypeWithStart: {
         std::array<long, 4> n{};
         ReadNumbers(condition, n, 0);
+        for (long& v : n)
+            v = static_cast<int>(v);  // the trigger keeps them as int
+        // A moment before the start is missed at the first check.
+        if (((static_cast<long long>(n[0]) * 24 + n[1]) * 60 + n[2]) * 60 + n[3] < 0)
+            return _("Never fires: the delay after Cadrelle starts is negative");
         const wxString duration = DurationText(n[0], n[1], n[2], n[3]);
         return duration.empty() ? _("When Cadrelle starts") : Fill(_("%1$s after Cadrelle starts"), {duration});
     }
