@@ -59,6 +59,8 @@ TEST(TriggerDescription, English)
         {kCron, "0 0 6 1/7 * ?", "On the 1st, 8th, ..., 29th of every month at 06:00"},
         {kCron, "15 30 8 ? * SUN,SAT", "Every Sunday and Saturday at 08:30:15"},
         {kCron, "0 0 12 ? * 0,2-4", "Every Sunday and Tuesday-Thursday at 12:00"},
+        {kCron, "0 0 12 ? 1/2 0/2", "Every Sunday, Tuesday, Thursday and Saturday in January, March, May, July, "
+                                    "September and November at 12:00"},
         {kCron, "0 0 8 ? 3-10 MON-FRI", "Every weekday in March-October at 08:00"},
         {kCron, "0 0 0 ? 2 *", "Every day in February at 00:00"},
         // Days of the month, alone, with months, with a weekday.

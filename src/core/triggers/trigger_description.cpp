@@ -104,7 +104,7 @@ using Namer = std::function<wxString(int)>;
 // spaced (`elide`) are shortened to "0, 7, ..., 56"; names are listed in full.
 wxString ListText(const Field& f, const Namer& name, bool orList = false, bool elide = false)
 {
-    if (f.Progression() || (elide && f.Step() && f.Count() >= 4)) {
+    if (elide && f.Step() && f.Count() >= 4) {
         wxString text = name(f.First());
         for (const wxString& item : {name(f.values[1]), wxString("..."), name(f.Last())})
             text = Fill(wxGETTEXT_IN_CONTEXT("list", "%1$s, %2$s"), {text, item});
