@@ -32,5 +32,11 @@ BENCHMARK_CAPTURE(BM_CronNext, weekdays_noon, "0 0 12 ? * MON-FRI");
 BENCHMARK_CAPTURE(BM_CronNext, friday_13th, "0 0 0 13 * FRI");
 BENCHMARK_CAPTURE(BM_CronNext, leap_day, "0 0 0 29 2 ?");
 BENCHMARK_CAPTURE(BM_CronNext, impossible_feb_30, "0 0 0 30 2 ?");
+// A 29 February on a Sunday: decades apart (2028, 2056, 2084, 2124).
+BENCHMARK_CAPTURE(BM_CronNext, leap_day_on_sunday, "0 0 0 29 2 0");
+// The worst case: in Europe/Berlin 31 March at 02:30 on a Sunday always
+// falls into the spring gap, so the search walks its whole 400 years (run
+// with TZ=Europe/Berlin; elsewhere it finds its matches).
+BENCHMARK_CAPTURE(BM_CronNext, never_in_gap, "0 30 2 31 3 0");
 
 }  // namespace

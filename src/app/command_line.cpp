@@ -21,6 +21,10 @@ CommandLine ParseCommandLine(int argc, char** argv)
             cl.mode = CommandLine::Mode::CronNext;
             cl.cronArgs.assign(argv + i + 1, argv + argc);
             return cl;
+        } else if (arg == "--describe") {
+            cl.mode = CommandLine::Mode::Describe;
+            cl.cronArgs.assign(argv + i + 1, argv + argc);
+            return cl;
         } else if (arg == "--status" || arg == "--pause" || arg == "--resume" || arg == "--show") {
             cl.mode = CommandLine::Mode::Control;
             cl.request.kind = arg == "--status"  ? ControlRequest::Kind::Status
@@ -72,4 +76,9 @@ const char* UsageText()
            "it is writable, otherwise $XDG_DATA_HOME/Cadrelle; --app-dir overrides both.\n"
            "The control options talk to this user's running instance (window or headless)\n"
            "over a socket in $XDG_RUNTIME_DIR/cadrelle; with none running they exit with 3.\n");
+}
+
+const char* DescribeUsageLine()
+{
+    return wxTRANSLATE("       cadrelle --describe \"EXPR\"          say in words when a cron expression fires\n");
 }

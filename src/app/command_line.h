@@ -7,10 +7,10 @@
 #include "desktop/control/control_protocol.h"
 
 struct CommandLine {
-    enum class Mode { Gui, List, CronNext, Headless, Control, Help, Version, Error };
+    enum class Mode { Gui, List, CronNext, Describe, Headless, Control, Help, Version, Error };
     Mode mode = Mode::Gui;
     std::string appDir;                  // --app-dir DIR
-    std::vector<std::string> cronArgs;   // everything after --cron-next
+    std::vector<std::string> cronArgs;   // everything after --cron-next or --describe
     std::string error;                   // for Mode::Error: English, marked for the catalogue
     std::string errorArg;                // what replaces "%s" in `error`
     ControlRequest request;              // for Mode::Control (--status, --pause, ...)
@@ -18,3 +18,6 @@ struct CommandLine {
 
 CommandLine ParseCommandLine(int argc, char** argv);
 const char* UsageText();
+// The --describe line of the usage, its own catalogue entry; shown before
+// the line of --status.
+const char* DescribeUsageLine();

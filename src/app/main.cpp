@@ -13,6 +13,7 @@
 #include "core/app_dir.h"
 #include "core/clock.h"
 #include "core/cron/cron_next_command.h"
+#include "core/describe_command.h"
 #include "core/i18n/ui_language.h"
 #include "core/list_command.h"
 #include "desktop/control/control_client.h"
@@ -48,6 +49,16 @@ std::string Tr(const char* english)
     return std::string(wxGetTranslation(english).utf8_str());
 }
 
+// The usage in the user's language, the --describe line placed before the
+// control options.
+std::string Usage()
+{
+    std::string usage = Tr(UsageText());
+    const std::size_t status = usage.find("       cadrelle --status");
+    usage.insert(status == std::string::npos ? usage.size() : status, Tr(DescribeUsageLine()));
+    return usage;
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -60,12 +71,12 @@ int main(int argc, char** argv)
         return RunConsole(argc, argv, [&] {
             wxString problem = wxGetTranslation(cl.error.c_str());
             problem.Replace("%s", wxString::FromUTF8(cl.errorArg));
-            std::cerr << "cadrelle: " << problem.utf8_str() << "\n" << Tr(UsageText());
+            std::cerr << "cadrelle: " << problem.utf8_str() << "\n" << Usage();
             return 2;
         });
     case CommandLine::Mode::Help:
         return RunConsole(argc, argv, [&] {
-            std::cout << Tr(UsageText());
+            std::cout << Usage();
             return 0;
         });
     case CommandLine::Mode::Version:
@@ -75,6 +86,8 @@ int main(int argc, char** argv)
         return RunConsole(argc, argv, [&] {
             return RunCronNextCommand(cl.cronArgs, std::cout, std::cerr, TheSystemClock().NowMs() / 1000);
         });
+    case CommandLine::Mode::Describe:
+        return RunConsole(argc, argv, [&] { return RunDescribeCommand(cl.cronArgs, std::cout, std::cerr); });
     case CommandLine::Mode::List:
         return RunConsole(argc, argv, [&] {
             return RunListCommand(ChooseAppDir(wxString::FromUTF8(cl.appDir), ExecutableDir()), std::cout, std::cerr);

@@ -7,6 +7,7 @@
 #include "core/data/scheduler_data.h"
 #include "core/scheduler.h"
 #include "core/session/session_context.h"
+#include "core/triggers/trigger_description.h"
 
 namespace {
 
@@ -43,11 +44,12 @@ int RunListCommand(const wxString& appDir, std::ostream& out, std::ostream& err)
             << Utf8(JoinIdList(job->GetTriggerIds())) << '\t' << Utf8(JoinIdList(job->GetAssociatedJids())) << "\n";
     }
     out << "Triggers: " << scheduler.Triggers().size() << "\n";
-    out << "TID\tKIND\tSTATUS\tCONDITION\tPREVIOUS\tNEXT\n";
+    out << "TID\tKIND\tSTATUS\tCONDITION\tPREVIOUS\tNEXT\tDESCRIPTION\n";
     for (const Scheduler::TriggerPtr& trigger : scheduler.Triggers()) {
         out << trigger->GetTid() << '\t' << Utf8(TriggerTypeName(trigger->GetType())) << '\t'
             << Utf8(TriggerStatusName(trigger->GetStatus())) << '\t' << Utf8(trigger->GetCondition()) << '\t'
-            << FormatMoment(trigger->GetPrevFire()) << '\t' << FormatMoment(trigger->GetNextFire()) << "\n";
+            << FormatMoment(trigger->GetPrevFire()) << '\t' << FormatMoment(trigger->GetNextFire()) << '\t'
+            << Utf8(DescribeTrigger(trigger->GetType(), trigger->GetCondition())) << "\n";
     }
     return 0;
 }

@@ -33,6 +33,7 @@
 #include "gui/dialogs/trigger_dlg.h"
 #include "gui/frame/frame_icons.h"
 #include "gui/frame/frame_shared.h"
+#include "gui/frame/row_tooltips.h"
 #include "gui/shell/desktop_shell.h"
 
 namespace {
@@ -336,6 +337,8 @@ void CadrelleFrame::BuildTriggerList(wxWindow* parent)
     m_triggerModel = new TriggerListModel(m_pSession->GetScheduler());
     m_pLcTrigger = NewList(parent, "ID_LISTCTRL_TRIGGERS", m_triggerModel.get(), TriggerColumns(), Prefs());
     m_pLcTrigger->Bind(wxEVT_DATAVIEW_ITEM_ACTIVATED, &CadrelleFrame::Onm_pLcTriggerItemActivated, this);
+    // The Condition column says it in words; the tip shows it as written.
+    SetRowToolTips(m_pLcTrigger, [model = m_triggerModel.get()](unsigned row) { return model->ConditionAt(row); });
     auto* sizer = new wxBoxSizer(wxVERTICAL);
     sizer->Add(m_pLcTrigger, 1, wxEXPAND);
     parent->SetSizer(sizer);

@@ -63,6 +63,7 @@ public:
     void CloseForGood();
     // The job list's rows as shown, for the tests.
     const JobListModel& JobModel() const { return *m_jobModel; }
+    const TriggerListModel& TriggerModel() const { return *m_triggerModel; }
 
     // EngineHost
     void WakeMainThread() override;

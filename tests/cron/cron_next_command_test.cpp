@@ -18,8 +18,13 @@ TEST(CronNextCommand, PrintsMomentsOrRefuses) {
                               "2024-05-10 12:00:00\n2024-05-11 12:00:00\n", ""},
         {{"0 0 12 * * *", "--count", "2", "--from", "2024-05-06 11:59:59"}, 0,
          "2024-05-06 12:00:00\n2024-05-07 12:00:00\n", ""},
-        // Stops when the search finds nothing more: 2100 is no leap year.
-        {{"0 0 0 29 2 ?", "--from", "2096-01-01 00:00:00"}, 0, "2096-02-29 00:00:00\n", ""},
+        // 2100 is no leap year: the next 29 February is eight years on.
+        {{"0 0 0 29 2 ?", "--count", "2", "--from", "2096-01-01 00:00:00"}, 0,
+         "2096-02-29 00:00:00\n2104-02-29 00:00:00\n", ""},
+        // A date on a chosen weekday eleven years ahead is printed, not lost.
+        {{"0 14 7 24 11 2", "--count", "1", "--from", "2026-11-24 08:00:00"}, 0, "2037-11-24 07:14:00\n", ""},
+        // Nothing ever matches: nothing is printed, and that is no error.
+        {{"0 0 0 31 4 ?", "--from", "2026-01-01 00:00:00"}, 0, "", ""},
         // A repeated time means its first occurrence, so 02:45 still follows.
         {{"0 45 2 * * *", "--count", "2", "--from", "2024-10-27 02:30:00"}, 0,
          "2024-10-27 02:45:00\n2024-10-28 02:45:00\n", ""},

@@ -43,5 +43,6 @@ CronExpr ParseCronExpr(const std::string& text);
 // field (day of month AND day of week). Local times skipped by a daylight
 // saving gap never match; a local time that occurs twice matches only at its
 // first occurrence. Returns -1 when nothing matches up to the end of the
-// fourth year after the year of `after`, or when a date conversion fails.
+// 400th year after the year of `after` (the calendar's whole cycle, so
+// nothing ever matches), or when a date conversion fails.
 std::time_t CronNext(const CronExpr& cex, std::time_t after);

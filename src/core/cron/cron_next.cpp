@@ -26,6 +26,24 @@ struct Masks {
     std::uint64_t seconds, minutes, hours, daysOfMonth, months, daysOfWeek;
 };
 
+// The Gregorian calendar repeats every 400 years, weekdays included, so a
+// search that finds nothing up to 400 years past its start year finds
+// nothing ever. Most matches lie within days; a date on a chosen weekday
+// within 28 years, or 40 across a century that is no leap year.
+constexpr long long kSearchYears = 400;
+
+// Whether some chosen month has some chosen day (February counts 29 days):
+// otherwise nothing can match and the long search is not worth starting.
+bool SomeDateExists(const Masks& m)
+{
+    static const int kLongest[12] = {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    for (int month = 0; month < 12; ++month) {
+        if ((m.months >> month & 1) && (m.daysOfMonth & ((std::uint64_t{1} << kLongest[month]) - 1)))
+            return true;
+    }
+    return false;
+}
+
 void StartOfMonth(CivilTime& c) {
     c.day = 1;
     c.hour = c.minute = c.second = 0;
@@ -170,9 +188,11 @@ std::time_t CronNext(const CronExpr& cex, std::time_t after) {
                       cex.hours.to_ullong(),       cex.daysOfMonth.to_ullong(),
                       cex.months.to_ullong(),      cex.daysOfWeek.to_ullong()};
 
+    if (!SomeDateExists(masks)) return -1;
+
     CivilTime start;
     if (!cron::ToCivil(after, start)) return -1;
-    const long long lastYear = start.year + 4;
+    const long long lastYear = start.year + kSearchYears;
 
     CivilTime c;
     if (!cron::ToCivil(after + 1, c)) return -1;

@@ -7,8 +7,11 @@
 // the CONDITION changes or the clock leaves the span in which it holds, so it
 // is kept: "the first match strictly after t" is the same for every t from
 // the second it was computed at up to (not including) that match, and
-// "no match" holds until the year of t changes (the search looks four years
-// ahead of the year it starts in). A clock that jumps backwards falls before
+// "no match" holds until the year of t changes (the search looks 400 years,
+// the calendar's whole cycle, ahead of the year it starts in, so a later
+// start in the same year sees a subset of the same years; in practice "no
+// match" is for ever, but a yearly recomputation costs nothing worth
+// saving). A clock that jumps backwards falls before
 // the span and recomputes.
 
 #include <cstdint>

@@ -20,6 +20,7 @@
 #include "core/datetime_text.h"
 #include "core/scheduler.h"
 #include "core/session/session_context.h"
+#include "core/triggers/trigger_description.h"
 
 namespace {
 
@@ -129,6 +130,11 @@ TriggerDlg::TriggerDlg(wxWindow* parent, const SessionContext& context, const Tr
                                 wxSize(-1, 110), wxTE_MULTILINE | wxTE_READONLY);
     m_pPreview->SetName("ID_TEXTCTRL_PREVIEW");
     previewBox->Add(m_pPreview, 1, wxEXPAND | wxALL, 3);
+    // The condition in words, as the trigger list will show it.
+    m_pDescription = new wxStaticText(previewBox->GetStaticBox(), wxID_ANY, wxString(), wxDefaultPosition,
+                                      wxDefaultSize, wxST_NO_AUTORESIZE);
+    m_pDescription->SetName("ID_STATICTEXT_DESCRIPTION");
+    previewBox->Add(m_pDescription, 0, wxEXPAND | wxALL, 3);
     top->Add(previewBox, 1, wxEXPAND | wxLEFT | wxRIGHT, 8);
 
     auto* buttons = new wxBoxSizer(wxHORIZONTAL);
@@ -379,6 +385,20 @@ void TriggerDlg::UpdatePreview()
         text << _("Condition:") << " " << texts.condition << "\n";
     text << FormatPreview(PreviewTrigger(m_context, form.kind, texts, m_context.GetClock().Now()));
     m_pPreview->ChangeValue(text);
+    // A form that gives no condition has its reason in the preview already.
+    const wxString sentence = texts.ok ? DescribeTrigger(form.kind, texts.condition) : wxString();
+    if (m_strDescription != sentence) {
+        m_strDescription = sentence;
+        m_pDescription->SetLabel(sentence);
+        const int width = m_pPreview->GetSize().GetWidth();
+        m_pDescription->Wrap(width > 100 ? width : 400);
+        Layout();
+    }
+}
+
+wxString TriggerDlg::DescriptionText() const
+{
+    return m_strDescription;
 }
 
 wxString TriggerDlg::PreviewText() const

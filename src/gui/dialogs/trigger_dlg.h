@@ -43,6 +43,8 @@ public:
     void SetForm(const TriggerForm& form);
     // The text of the live preview.
     wxString PreviewText() const;
+    // The sentence under it: the condition in words.
+    wxString DescriptionText() const;
 
 private:
     void BuildKinds(wxBoxSizer* top);
@@ -74,6 +76,8 @@ private:
     wxDatePickerCtrl* m_pEndDate = nullptr;
     wxTimePickerCtrl* m_pEndTime = nullptr;
     wxTextCtrl* m_pPreview = nullptr;
+    class wxStaticText* m_pDescription = nullptr;
+    wxString m_strDescription;  // unwrapped
     wxWindow* m_pFieldsPanel = nullptr;
     wxWindow* m_pDurationPanel = nullptr;
     wxWindow* m_pAmountPanel = nullptr;

@@ -37,6 +37,11 @@ wxString FormatListTime(const wxDateTime& moment)
     return moment.IsValid() ? moment.Format("%Y-%m-%d %H:%M:%S") : wxString();
 }
 
+wxString FormatTriggerListTime(const wxDateTime& moment, bool unset)
+{
+    return unset || !moment.IsValid() ? wxString(L"\u2014") : FormatListTime(moment);
+}
+
 namespace {
 
 wxString JoinIds(const IdList& ids)

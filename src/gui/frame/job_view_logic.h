@@ -26,6 +26,8 @@ enum JobColumn { JColJID, JColType, JColDesc, JColInfo, JColRJID, JColNextTime, 
 
 // "%Y-%m-%d %H:%M:%S", or empty for an invalid moment.
 wxString FormatListTime(const wxDateTime& moment);
+// A trigger list time: a dash when it is `unset` or invalid.
+wxString FormatTriggerListTime(const wxDateTime& moment, bool unset);
 
 // One job as the list shows it, copied under the scheduler's read lock.
 struct JobRow {

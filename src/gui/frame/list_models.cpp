@@ -1,6 +1,7 @@
 #include "gui/frame/list_models.h"
 
 #include "core/scheduler.h"
+#include "core/triggers/trigger_description.h"
 
 bool JobListModel::SetRows(std::vector<JobRow> rows, std::vector<std::size_t> order)
 {
@@ -78,15 +79,19 @@ void TriggerListModel::GetValueByRow(wxVariant& value, unsigned row, unsigned co
     case 0: value = wxString::Format("%lld", static_cast<long long>(t.GetTid())); break;
     case 1: value = wxGetTranslation(TriggerTypeName(t.GetType())); break;
     case 2: value = wxGetTranslation(TriggerStatusName(t.GetStatus())); break;
-    case 3: {
-        // A previous fire in 1999 means never fired.
-        const wxDateTime prev = t.GetPrevFire();
-        value = FormatListTime(prev.IsValid() && prev.GetYear() == 1999 ? wxDateTime() : prev);
-        break;
-    }
+    // Times that only stand for "none" (never fired, no start, no end; the
+    // data file keeps them as 1999 and 2999) show a dash.
+    case 3: value = FormatTriggerListTime(t.GetPrevFire(), IsInYear1999(t.GetPrevFire())); break;
     case 4: value = FormatListTime(t.GetNextFire()); break;
-    case 5: value = FormatListTime(t.GetStart()); break;
-    case 6: value = FormatListTime(t.GetEnd()); break;
-    default: value = t.GetCondition(); break;
+    case 5: value = FormatTriggerListTime(t.GetStart(), !IsAfter1999(t.GetStart())); break;
+    case 6: value = FormatTriggerListTime(t.GetEnd(), t.GetEnd().IsValid() && t.GetEnd().GetYear() >= 2999); break;
+    default: value = DescribeTrigger(t.GetType(), t.GetCondition()); break;
     }
+}
+
+wxString TriggerListModel::ConditionAt(unsigned row) const
+{
+    auto lock = m_scheduler.ReadLock();
+    const auto& triggers = m_scheduler.Triggers();
+    return row < triggers.size() ? triggers[row]->GetCondition() : wxString();
 }

@@ -43,6 +43,8 @@ public:
     // The row of trigger `tid`, or -1.
     int RowOf(std::int64_t tid) const;
     std::int64_t TidAt(unsigned row) const;
+    // The CONDITION of row `row` as stored (the column shows it in words).
+    wxString ConditionAt(unsigned row) const;
 
     unsigned GetColumnCount() const override { return static_cast<unsigned>(TriggerColumns().size()); }
     wxString GetColumnType(unsigned) const override { return "string"; }

@@ -64,8 +64,11 @@ TEST(TriggerDialog, PreviewFollowsThePickersAndBadFormsStayOpen)
             Tick(&dlg, "ID_CHECKLISTBOX_HOUR", h, h == 8);
         const wxArrayString lines = wxSplit(dlg.PreviewText(), '\n');
         EXPECT_EQ(std::count_if(lines.begin(), lines.end(), [](const wxString& l) { return l.Contains(" 08:"); }), 5);
+        // The sentence under the preview follows as well.
+        EXPECT_TRUE(dlg.DescriptionText().StartsWith("Every day at 08:")) << dlg.DescriptionText();
         // No hour ticked: OK refuses and the dialog stays.
         Tick(&dlg, "ID_CHECKLISTBOX_HOUR", 8, false);
+        EXPECT_EQ(dlg.DescriptionText(), "");
         wxTEST_DIALOG(PressOk(&dlg), guitest::ExpectMessage("Cron expressions format error", wxOK, true));
         EXPECT_TRUE(dlg.IsModal());
 
@@ -73,10 +76,12 @@ TEST(TriggerDialog, PreviewFollowsThePickersAndBadFormsStayOpen)
         Tick(&dlg, "ID_CHECKLISTBOX_HOUR", 8, true);
         for (unsigned d = 1; d <= 5; ++d)
             Tick(&dlg, "ID_CHECKLISTBOX_WEEK", d, true);
+        EXPECT_TRUE(dlg.DescriptionText().StartsWith("Every weekday at 08:")) << dlg.DescriptionText();
         guitest::SaveScreenshot(&dlg, "trigger-every-week");
 
         PickKind(&dlg, "ID_RADIOBUTTON_COUNTDOWN");
         Choose(&dlg, "ID_CHOICE8", 5);
+        EXPECT_TRUE(dlg.DescriptionText().EndsWith("(a count-down of 5 minutes)")) << dlg.DescriptionText();
         guitest::SaveScreenshot(&dlg, "trigger-count-down");
         PressOk(&dlg);
     });

@@ -89,3 +89,16 @@ TEST(JobViewLogic, CountersLine)
 }
 
 }  // namespace
+
+namespace {
+
+// A trigger list time is written out unless it only stands for "none".
+TEST(JobViewLogic, TriggerListTimes)
+{
+    const wxDateTime moment(24, wxDateTime::Nov, 2026, 8, 30, 5);
+    EXPECT_EQ(FormatTriggerListTime(moment, false), "2026-11-24 08:30:05");
+    EXPECT_EQ(FormatTriggerListTime(moment, true), wxString(L"\u2014"));
+    EXPECT_EQ(FormatTriggerListTime(wxDateTime(), false), wxString(L"\u2014"));
+}
+
+}  // namespace

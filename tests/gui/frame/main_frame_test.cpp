@@ -83,6 +83,27 @@ protected:
     wxWeakRef<CadrelleFrame> m_frame;
 };
 
+// The trigger list says each condition in words (its tip keeps it as written) and shows a
+// dash for the times the data file keeps as 1999 and 2999 (never fired, no start, no end).
+TEST_F(MainFrameTest, TriggerListSaysConditionsInWords)
+{
+    const TriggerListModel& model = m_frame->TriggerModel();
+    const struct { unsigned row; const char* condition; const char* sentence; } rows[] = {
+        {0, "0 0 3 * * ?", "Every day at 03:00"}, {3, "0 0 0 1 1 ?", "Every year on January 1 at 00:00"}};
+    for (const auto& r : rows) {
+        wxVariant value;
+        model.GetValueByRow(value, r.row, 7);
+        EXPECT_EQ(value.GetString(), r.sentence);
+        EXPECT_EQ(model.ConditionAt(r.row), r.condition);
+        for (unsigned col : {3u, 5u, 6u}) {
+            model.GetValueByRow(value, r.row, col);
+            EXPECT_EQ(value.GetString(), wxString(L"\u2014")) << "column " << col;
+        }
+        model.GetValueByRow(value, r.row, 4);
+        EXPECT_TRUE(value.GetString().EndsWith(r.row == 0 ? "03:00:00" : "00:00:00")) << value.GetString();
+    }
+}
+
 // Commands on "the selected job" refuse alike without one; Delete, Disable All and Enable
 // All ask first (a refusal keeps the job); the status categories and counters follow.
 TEST_F(MainFrameTest, CommandsAskFirst)
