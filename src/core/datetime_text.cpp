@@ -78,6 +78,12 @@ bool ReadDateTimeText(const wxString& text, wxDateTime& dt)
     if (tok[3] >= 1 && tok[3] <= wxDateTime::GetNumberOfDays(tm.mon, tm.year))
         tm.mday = static_cast<wxDateTime::wxDateTime_t>(tok[3]);
     dt = wxDateTime(tm.mday, tm.mon, tm.year, tm.hour, tm.min, tm.sec, 0);
+    // A wall time that the end of daylight saving repeats reads as its first
+    // occurrence: the C library resolves it by its last guess otherwise, so
+    // the same text could read an hour apart from one call to the next.
+    const wxDateTime earlier = dt - wxTimeSpan::Hour();
+    if (dt.IsValid() && earlier.GetHour() == tm.hour && earlier.GetMinute() == tm.min && earlier.GetDay() == tm.mday)
+        dt = earlier;
     return true;
 }
 

@@ -5,6 +5,7 @@
 // The firing pass is engine/trigger_checker.*, the data file
 // data/scheduler_data.*.
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <set>
@@ -79,7 +80,15 @@ public:
 
     // Held exclusively by every change of the lists, the owner map and a
     // trigger's or job's own settings; checker passes hold it shared.
-    std::unique_lock<std::shared_mutex> EditLock() const { return std::unique_lock<std::shared_mutex>(m_listMutex); }
+    // Taking it counts an edit (EditGeneration), so the checkers look at
+    // every trigger again once it is released.
+    std::unique_lock<std::shared_mutex> EditLock() const
+    {
+        std::unique_lock<std::shared_mutex> lock(m_listMutex);
+        m_editGeneration.fetch_add(1, std::memory_order_relaxed);
+        return lock;
+    }
+    std::uint64_t EditGeneration() const { return m_editGeneration.load(std::memory_order_relaxed); }
     std::shared_lock<std::shared_mutex> ReadLock() const { return std::shared_lock<std::shared_mutex>(m_listMutex); }
 
     const std::vector<JobPtr>& Jobs() const { return m_jobs; }
@@ -112,5 +121,6 @@ private:
     std::vector<std::int64_t> m_triggerTids;
     std::unordered_map<std::int64_t, JobPtr> m_triggerOwners;
     mutable std::shared_mutex m_listMutex;
+    mutable std::atomic<std::uint64_t> m_editGeneration{0};
     ChangeTracker m_changes;
 };

@@ -1,5 +1,6 @@
 #include "core/engine/scheduler_engine.h"
 
+#include <algorithm>
 #include <chrono>
 #include <system_error>
 
@@ -7,6 +8,7 @@
 #include <wx/thread.h>
 
 #include "core/core_log.h"
+#include "core/engine/checker_index.h"
 #include "core/engine/job_thread.h"
 #include "core/session/session_context.h"
 
@@ -87,11 +89,17 @@ void SchedulerEngine::StopCheckerThreads()
 void SchedulerEngine::CheckerLoop(std::size_t count, std::size_t index, const std::shared_ptr<CheckerStop>& stop)
 {
     // Every stop (pause, shutdown) goes through this set's own flag, so the
-    // pass needs no look at the shared lock.
+    // pass needs no look at the shared lock. A pass checks what is due and
+    // the thread sleeps until the next due moment, at most one period: a
+    // clock set back is seen within a period.
+    CheckerIndex share(count, index);
+    const Clock& clock = m_context->GetClock();
     for (;;) {
-        CheckTriggerShare(m_scheduler, count, index, *this);
+        const std::int64_t due = share.Pass(m_scheduler, *this);
+        const std::int64_t now = clock.ReadMs();
+        const std::int64_t sleepMs = due <= now ? kCheckPeriodMs : std::min<std::int64_t>(kCheckPeriodMs, due - now);
         std::unique_lock<std::mutex> lock(stop->mutex);
-        if (stop->wake.wait_for(lock, std::chrono::milliseconds(kCheckPeriodMs), [&stop] { return stop->stop; }))
+        if (stop->wake.wait_for(lock, std::chrono::milliseconds(sleepMs), [&stop] { return stop->stop; }))
             break;
     }
     --m_nRunningCheckers;

@@ -16,16 +16,21 @@ void CheckTriggerShare(Scheduler& scheduler, std::size_t count, std::size_t inde
         Trigger& trigger = *triggers[i];
         if (!trigger.IsEnabled() || trigger.IsFinished() || trigger.IsEditing())
             continue;
-        if (trigger.CheckAndAdvance()) {
-            const auto& owner = scheduler.GetTriggerOwner(trigger.GetTid());
-            if (owner && owner->IsEnabled() && sink.RunJob(owner))
-                scheduler.Changes().MarkChangedByFiring(clock.Now());
-        } else if (!trigger.IsNoticeGiven() && trigger.IsDue(kNoticeSeconds)) {
-            const auto& owner = scheduler.GetTriggerOwner(trigger.GetTid());
-            if (owner && owner->IsEnabled() && owner->IsWarnBeforeRun())
-                sink.AdvanceNotice(owner);
-            trigger.SetNoticeGiven(true);
-        }
+        CheckTrigger(scheduler, trigger, sink);
+    }
+}
+
+void CheckTrigger(Scheduler& scheduler, Trigger& trigger, TriggerCheckSink& sink)
+{
+    if (trigger.CheckAndAdvance()) {
+        const auto& owner = scheduler.GetTriggerOwner(trigger.GetTid());
+        if (owner && owner->IsEnabled() && sink.RunJob(owner))
+            scheduler.Changes().MarkChangedByFiring(scheduler.Context().GetClock().Now());
+    } else if (!trigger.IsNoticeGiven() && trigger.IsDue(kNoticeSeconds)) {
+        const auto& owner = scheduler.GetTriggerOwner(trigger.GetTid());
+        if (owner && owner->IsEnabled() && owner->IsWarnBeforeRun())
+            sink.AdvanceNotice(owner);
+        trigger.SetNoticeGiven(true);
     }
 }
 

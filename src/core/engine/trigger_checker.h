@@ -8,6 +8,7 @@
 
 class Job;
 class Scheduler;
+class Trigger;
 
 // A job is announced this many seconds before a trigger fires it, when the
 // job asks for a warning.
@@ -24,12 +25,17 @@ public:
     virtual void AdvanceNotice(const std::shared_ptr<Job>& job) = 0;
 };
 
-// One pass over the triggers whose TID modulo `count` is `index`: each
-// enabled, unfinished trigger that is not being edited is checked and
-// advanced; firings and advance notices go to `sink`. A firing whose job
-// was asked to run counts a change, so the advanced PREVFIRE reaches the
-// data file. Takes the list lock shared for the pass.
+// One full pass over the triggers whose TID modulo `count` is `index`: each
+// enabled, unfinished trigger that is not being edited is checked. Takes
+// the list lock shared for the pass. The engine's checkers check only what
+// is due (checker_index.h); this pass is the rule they must agree with.
 void CheckTriggerShare(Scheduler& scheduler, std::size_t count, std::size_t index, TriggerCheckSink& sink);
+
+// What a pass does with one trigger (under the read lock, inside the pass's
+// clock reading): check and advance it; a firing of an enabled job goes to
+// `sink` and counts a change, so the advanced PREVFIRE reaches the data
+// file; otherwise the advance notice, once, when its job asks for one.
+void CheckTrigger(Scheduler& scheduler, Trigger& trigger, TriggerCheckSink& sink);
 
 // Arms every With Start trigger that has not fired again, counting from
 // now; returns how many. Under the edit lock (the caller's).

@@ -1,5 +1,7 @@
 #include "core/triggers/cron_driven_trigger.h"
 
+#include <algorithm>
+
 #include "core/session/session_context.h"
 #include "core/triggers/trigger_time.h"
 
@@ -88,6 +90,31 @@ bool CronDrivenTrigger::CheckAndAdvance()
         return true;
     }
     return false;
+}
+
+std::int64_t CronDrivenTrigger::NextCheckMs(std::int64_t nowMs, int noticeSec) const
+{
+    if (m_bConditionInvalid.load(std::memory_order_relaxed))
+        return kNeverMs;
+    const std::int64_t start = m_dtStart.Ms();
+    if (!InActivePeriod(nowMs))
+        return nowMs < start ? start : kNeverMs;
+    // Just after the end the status turns to "Timeout".
+    const std::int64_t end = m_dtEnd.Ms();
+    std::int64_t due = end < kNeverMs ? end + 1 : kNeverMs;
+    const CronMoments moments = m_schedule.LastMoments();
+    if (moments.next1Ms < 0)
+        return due;
+    const std::int64_t next = moments.next1Ms;
+    // While a missed firing could still be made up (the setting may be
+    // switched on at any time), every pass looks.
+    const std::int64_t recorded = m_dtRecordedNextFire.Ms();
+    if (IsAfter1999(m_dtRecordedNextFire) && recorded < next && recorded > m_dtPrevFire.Ms())
+        return nowMs;
+    due = std::min(due, next - kFireWindowMs);
+    if (!IsNoticeGiven())
+        due = std::min(due, next - static_cast<std::int64_t>(noticeSec) * 1000);
+    return due;
 }
 
 bool CronDrivenTrigger::IsDue(int toleranceSec) const

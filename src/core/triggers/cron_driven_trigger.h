@@ -16,6 +16,7 @@ public:
     void Load(const TriggerParam& param) override;
     bool CheckAndAdvance() override;
     bool IsDue(int toleranceSec) const override;
+    std::int64_t NextCheckMs(std::int64_t nowMs, int noticeSec) const override;
 
     // Turns the cache of next moments off: the straightforward rule (tests
     // and benchmarks compare the two).

@@ -41,6 +41,8 @@ public:
     // took. A malformed one has none: the trigger never fires until its
     // condition is corrected.
     CronMoments MomentsAfter(std::int64_t nowSec);
+    // What the last MomentsAfter answered.
+    const CronMoments& LastMoments() const { return m_moments; }
 
     // Always recompute (the straightforward rule): for the equivalence test
     // and the benchmark that compares the two.

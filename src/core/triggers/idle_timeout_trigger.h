@@ -15,6 +15,8 @@ public:
     bool CheckAndAdvance() override;
     // Never due by time: it fires through the check only.
     bool IsDue(int toleranceSec) const override;
+    // Idle time is sampled at every pass: its rule counts checks.
+    std::int64_t NextCheckMs(std::int64_t nowMs, int) const override { return nowMs; }
     wxString GetCondition() const override;
 
     int GetUnit() const { return m_nUnit; }

@@ -1,5 +1,7 @@
 #include "core/triggers/trigger.h"
 
+#include <algorithm>
+
 #include "core/datetime_text.h"
 #include "core/session/session_context.h"
 #include "core/triggers/trigger_time.h"
@@ -78,6 +80,21 @@ void Trigger::MakeParam(TriggerParam& param) const
 bool Trigger::IsDue(int toleranceSec) const
 {
     return IsEnabled() && NextFireWithin(toleranceSec);
+}
+
+std::int64_t Trigger::NextCheckMs(std::int64_t nowMs, int noticeSec) const
+{
+    // The one-shot rule: nothing happens before the fire window or the
+    // notice; a moment already passed finishes the trigger at its next check.
+    if (!m_dtNextFire.IsValid())
+        return kNeverMs;
+    const std::int64_t next = m_dtNextFire.Ms();
+    if (next < nowMs)
+        return nowMs;
+    std::int64_t due = next - kFireWindowMs;
+    if (!IsNoticeGiven())
+        due = std::min(due, next - static_cast<std::int64_t>(noticeSec) * 1000);
+    return due;
 }
 
 bool Trigger::NextFireWithin(int toleranceSec) const

@@ -64,6 +64,12 @@ public:
     virtual bool CheckAndAdvance() = 0;
     // True when the next fire time lies within `toleranceSec` ahead of now.
     virtual bool IsDue(int toleranceSec) const;
+    // Called right after a check at `nowMs`: the earliest moment at which a
+    // check could change anything (fire, status, times, the advance notice
+    // `noticeSec` ahead). A value not after `nowMs` means the next pass;
+    // kNeverMs means only an edit can. The checker sleeps until then.
+    virtual std::int64_t NextCheckMs(std::int64_t nowMs, int noticeSec) const;
+    static constexpr std::int64_t kNeverMs = INT64_MAX;
     // The condition as the dialog and the data file see it.
     virtual wxString GetCondition() const { return m_strCondition; }
     // Arms a trigger that counts from the program's start (With Start) again,
