@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <system_error>
 
 #include <wx/log.h>
@@ -89,17 +90,49 @@ void SchedulerEngine::StopCheckerThreads()
 void SchedulerEngine::CheckerLoop(std::size_t count, std::size_t index, const std::shared_ptr<CheckerStop>& stop)
 {
     // Every stop (pause, shutdown) goes through this set's own flag, so the
-    // pass needs no look at the shared lock. A pass checks what is due and
-    // the thread sleeps until the next due moment, at most one period: a
-    // clock set back is seen within a period.
+    // pass needs no look at the shared lock. A pass checks what is due; the
+    // thread sleeps until its next due moment. The set's first thread is
+    // also the watcher: it passes at least every period and wakes the others
+    // when the lists were edited or the wall clock jumped, so that a thread
+    // asleep until a moment hours away still sees both within a period.
     CheckerIndex share(count, index);
     const Clock& clock = m_context->GetClock();
+    const bool watcher = index == 0;
+    std::uint64_t generation = m_scheduler.EditGeneration();
+    std::int64_t lastWall = clock.ReadMs();
+    auto lastSteady = std::chrono::steady_clock::now();
     for (;;) {
+        // Read before the pass: a wake-up meant for this pass's successor
+        // must not be lost while the pass runs.
+        std::uint64_t seen = 0;
+        {
+            std::lock_guard<std::mutex> lock(stop->mutex);
+            seen = stop->lookAgain;
+        }
         const std::int64_t due = share.Pass(m_scheduler, *this);
         const std::int64_t now = clock.ReadMs();
-        const std::int64_t sleepMs = due <= now ? kCheckPeriodMs : std::min<std::int64_t>(kCheckPeriodMs, due - now);
+        std::int64_t sleepMs = due <= now ? kCheckPeriodMs : due - now;
         std::unique_lock<std::mutex> lock(stop->mutex);
-        if (stop->wake.wait_for(lock, std::chrono::milliseconds(sleepMs), [&stop] { return stop->stop; }))
+        if (watcher) {
+            const auto steady = std::chrono::steady_clock::now();
+            const std::int64_t steadyMs =
+                std::chrono::duration_cast<std::chrono::milliseconds>(steady - lastSteady).count();
+            const bool jumped = std::abs((now - lastWall) - steadyMs) > kClockJumpMs;
+            const std::uint64_t edits = m_scheduler.EditGeneration();
+            if (jumped || edits != generation) {
+                ++stop->lookAgain;
+                stop->wake.notify_all();
+            }
+            generation = edits;
+            lastWall = now;
+            lastSteady = steady;
+            sleepMs = std::min<std::int64_t>(sleepMs, kCheckPeriodMs);
+        } else {
+            sleepMs = std::min(sleepMs, kIdleSleepMs);
+        }
+        if (stop->wake.wait_for(lock, std::chrono::milliseconds(sleepMs),
+                                [&stop, seen, watcher] { return stop->stop || (!watcher && stop->lookAgain != seen); }) &&
+            stop->stop)
             break;
     }
     --m_nRunningCheckers;

@@ -35,6 +35,11 @@ class SchedulerEngine final : public TriggerCheckSink {
 public:
     // How long a checker sleeps between passes.
     static constexpr int kCheckPeriodMs = 50;
+    // The wall clock and the steady clock may disagree by this much between
+    // two watcher passes before it counts as a jump (a step, a suspend).
+    static constexpr std::int64_t kClockJumpMs = 1000;
+    // The longest a checker with nothing due sleeps unwatched.
+    static constexpr std::int64_t kIdleSleepMs = 60000;
     // How long shutdown waits for running jobs before it leaves them behind.
     static constexpr int kJobThreadWaitMs = 5000;
 
@@ -88,6 +93,9 @@ private:
         std::mutex mutex;
         std::condition_variable wake;
         bool stop = false;
+        // Moved by the watcher (the set's first thread) when the others must
+        // look again before their next due moment: an edit, a clock jump.
+        std::uint64_t lookAgain = 0;
     };
 
     void StartCheckerThreads();
