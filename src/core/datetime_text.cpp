@@ -81,9 +81,11 @@ bool ReadDateTimeText(const wxString& text, wxDateTime& dt)
     // A wall time that the end of daylight saving repeats reads as its first
     // occurrence: the C library resolves it by its last guess otherwise, so
     // the same text could read an hour apart from one call to the next.
-    const wxDateTime earlier = dt - wxTimeSpan::Hour();
-    if (dt.IsValid() && earlier.GetHour() == tm.hour && earlier.GetMinute() == tm.min && earlier.GetDay() == tm.mday)
-        dt = earlier;
+    if (dt.IsValid()) {
+        const wxDateTime earlier = dt - wxTimeSpan::Hour();
+        if (earlier.GetHour() == tm.hour && earlier.GetMinute() == tm.min && earlier.GetDay() == tm.mday)
+            dt = earlier;
+    }
     return true;
 }
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <random>
 #include <string>
+#include <tuple>
 
 #include "core/engine/checker_index.h"
 #include "core/engine/trigger_checker.h"
@@ -16,13 +17,13 @@
 namespace {
 
 struct Recorder : TriggerCheckSink {
-    std::vector<std::pair<std::int32_t, char>> events;  // JID, 'r' run / 'n' notice
-    bool RunJob(const std::shared_ptr<Job>& job) override
+    std::vector<std::tuple<std::int32_t, char, std::int64_t>> events;  // JID, 'r' run / 'n' notice, moment
+    bool RunJob(const std::shared_ptr<Job>& job, std::int64_t dueMs) override
     {
-        events.emplace_back(job->GetId(), 'r');
+        events.emplace_back(job->GetId(), 'r', dueMs);
         return true;
     }
-    void AdvanceNotice(const std::shared_ptr<Job>& job) override { events.emplace_back(job->GetId(), 'n'); }
+    void AdvanceNotice(const std::shared_ptr<Job>& job) override { events.emplace_back(job->GetId(), 'n', 0); }
 };
 
 const char* const kCron[] = {"* * * * * ?",    "*/10 * * * * ?", "0 * * * * ?",     "30 */2 * * * ?",
@@ -153,7 +154,7 @@ TEST_F(CheckerIndexTest, DueOnlyChecksAgreeWithTheFullPass)
                           y.GetNextFire().IsValid() ? y.GetNextFire().GetValue() : -1);
             }
             for (const auto& event : a.events)
-                (event.second == 'r' ? firings : notices) += 1;
+                (std::get<1>(event) == 'r' ? firings : notices) += 1;
         }
     }
     // The sequences must exercise firing and the notice, not only rest.

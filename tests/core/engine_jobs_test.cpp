@@ -1,5 +1,6 @@
 // Job threads started by the engine: delay, silent mode, chaining and shutdown. Real threads, the real clock.
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <functional>
@@ -140,9 +141,10 @@ TEST_F(EngineJobsTest, ShutdownCutsDelaysShortAndLeavesBehindOnlyAJobThatWillNot
     Run(665);
     engine.ProcessRequests();
     ASSERT_EQ(entered.get_future().wait_for(std::chrono::seconds(5)), std::future_status::ready);
+    // 665 ran and ended; its chained 666 is waiting out its minute.
     ASSERT_TRUE(WaitUntil([&] {
         engine.ProcessRequests();
-        return log.Has("->> [JID_666,");
+        return runs.Ids().size() == 1 && engine.JobThreadCount() == 2;
     }));
     const auto start = std::chrono::steady_clock::now();
     engine.Shutdown(300);
@@ -150,7 +152,8 @@ TEST_F(EngineJobsTest, ShutdownCutsDelaysShortAndLeavesBehindOnlyAJobThatWillNot
     const std::vector<wxString> behind = log.Matching("left behind");
     ASSERT_EQ(behind.size(), 1u);
     EXPECT_TRUE(behind[0].EndsWith("left behind: JID_555")) << behind[0];
-    EXPECT_TRUE(log.Has("<<- [JID_666,"));  // the delayed job gave up its wait and ended
+    EXPECT_TRUE(log.Has("<<- [JID_666,"));   // the delayed job gave up its wait and ended
+    EXPECT_FALSE(log.Has("->> [JID_666,"));  // without starting
     open.set_value();
     EXPECT_TRUE(engine.WaitForJobThreads(5000));
     EXPECT_EQ(runs.Ids(), (std::vector<std::int32_t>{665, 555}));
@@ -203,4 +206,37 @@ TEST(EngineSideBySide, TwoSessionsKeepTheirOwnClocksAndActions)
         s->engine.Shutdown();
         EXPECT_TRUE(s->engine.WaitForJobThreads(5000));
     }
+}
+
+// A burst of runs larger than the job threads allowed: the excess waits its
+// turn, every run happens once, threads never exceed the bound, and every
+// thread is joined (none left over).
+TEST_F(EngineJobsTest, ABurstWaitsForFreeThreadsAndEveryRunHappensOnce)
+{
+    constexpr int kRuns = 3 * static_cast<int>(SchedulerEngine::kMaxJobThreads);
+    std::atomic<int> busy{0}, peak{0};
+    context->Actions().Set(NJobTypeSendUdpMsg, [&](const Job& job, SessionContext&) {
+        const int now = ++busy;
+        for (int seen = peak.load(); now > seen && !peak.compare_exchange_weak(seen, now);) {
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        --busy;
+        runs.Add(job.GetId());
+    });
+    for (int jid = 0; jid < kRuns; ++jid)
+        AddJob(jid, NJobTypeSendUdpMsg);
+    for (int jid = 0; jid < kRuns; ++jid)
+        Run(jid);
+    std::size_t mostThreads = 0;
+    ASSERT_TRUE(WaitUntil([&] {
+        engine.ProcessRequests();
+        mostThreads = std::max(mostThreads, engine.JobThreadCount());
+        return runs.Ids().size() == static_cast<std::size_t>(kRuns) && engine.JobThreadCount() == 0;
+    }, 60000));
+    EXPECT_LE(mostThreads, SchedulerEngine::kMaxJobThreads);
+    EXPECT_LE(peak.load(), static_cast<int>(SchedulerEngine::kMaxJobThreads));
+    std::vector<std::int32_t> ids = runs.Ids();
+    std::sort(ids.begin(), ids.end());
+    EXPECT_EQ(std::unique(ids.begin(), ids.end()), ids.end());
+    EXPECT_EQ(engine.WaitingRunCount(), 0u);
 }

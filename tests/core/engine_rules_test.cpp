@@ -49,9 +49,11 @@ namespace {
 struct RecordingSink : TriggerCheckSink {
     std::vector<std::int32_t> runs;
     std::vector<std::int32_t> notices;
-    bool RunJob(const std::shared_ptr<Job>& job) override
+    std::vector<std::int64_t> moments;
+    bool RunJob(const std::shared_ptr<Job>& job, std::int64_t dueMs) override
     {
         runs.push_back(job->GetId());
+        moments.push_back(dueMs);
         return true;
     }
     void AdvanceNotice(const std::shared_ptr<Job>& job) override { notices.push_back(job->GetId()); }
@@ -89,6 +91,8 @@ TEST_F(CheckerPassTest, OnlyTheThreadOfItsTidChecksATriggerAndNotWhileItIsEdited
     s.Triggers()[0]->SetEditing(false);
     CheckTriggerShare(s, 4, 1, sink);
     EXPECT_EQ(sink.runs, (std::vector<std::int32_t>{0}));
+    // Fired 100 ms ahead, the run carries the moment itself to wait for.
+    EXPECT_EQ(sink.moments, (std::vector<std::int64_t>{moment.GetValue().GetValue()}));
     EXPECT_TRUE(s.Changes().IsDataChanged());
     EXPECT_EQ(s.Changes().GetDataChangedTime(), clock.Now());
     // Finished: never looked at again.

@@ -60,8 +60,19 @@ void EngineMailbox::JobThreadEnded(std::uint64_t token)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_running.erase(token);
+    m_ended.push_back(token);
     if (m_running.empty())
         m_jobThreadsDone.notify_all();
+    if (m_ended.size() == 1 && m_wake)
+        m_wake();
+}
+
+std::vector<std::uint64_t> EngineMailbox::TakeEnded()
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    std::vector<std::uint64_t> ended;
+    ended.swap(m_ended);
+    return ended;
 }
 
 bool EngineMailbox::WaitForJobThreads(int timeoutMs)

@@ -22,6 +22,9 @@ struct EngineRequest {
     std::shared_ptr<Job> job;  // RunJob, AdvanceNotice
     std::int32_t jid = 0;      // RunJobById (chained jobs are looked up on the main thread)
     int delayMs = 0;
+    // The trigger's moment: the run waits for it (checks fire up to 200 ms
+    // ahead). 0 for a run asked for now.
+    std::int64_t dueMs = 0;
 };
 
 class EngineMailbox {
@@ -39,9 +42,12 @@ public:
     bool IsClosed() const;
 
     // Job threads count themselves in and out, so that shutdown can wait
-    // for them and name the ones that would not end.
+    // for them and name the ones that would not end. An ended thread's
+    // token waits in TakeEnded() for the main thread to join it; the end
+    // wakes the main thread.
     std::uint64_t JobThreadStarted(std::int32_t jid);
     void JobThreadEnded(std::uint64_t token);
+    std::vector<std::uint64_t> TakeEnded();
     // True when no job thread runs any more; false after `timeoutMs`.
     bool WaitForJobThreads(int timeoutMs);
     // The JIDs of the job threads still running, in start order.
@@ -68,6 +74,7 @@ private:
     std::condition_variable m_jobThreadsDone;
     std::condition_variable m_closed;
     std::map<std::uint64_t, std::int32_t> m_running;  // token -> JID
+    std::vector<std::uint64_t> m_ended;
     std::uint64_t m_nextToken = 1;
     bool m_bClosed = false;
     bool m_bAbandoned = false;

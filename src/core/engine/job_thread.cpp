@@ -1,7 +1,6 @@
 #include "core/engine/job_thread.h"
 
-#include <system_error>
-#include <thread>
+#include <algorithm>
 
 #include <wx/log.h>
 #include <wx/thread.h>
@@ -13,52 +12,48 @@
 
 namespace {
 
-void RunJob(const std::shared_ptr<Job>& job, int delayMs, const std::shared_ptr<EngineMailbox>& mailbox,
-            SessionContext& context)
+void RunJob(const JobRun& run, EngineMailbox& mailbox, SessionContext& context)
 {
-    // A closing program starts no more jobs.
-    if (!mailbox->IsClosed()) {
-        const JobKind* kind = FindJobKind(job->GetType());
-        const bool suppressed = mailbox->IsSilent() && kind && kind->heldInSilentMode;
-        // Shutdown cuts the delay short, and the job then does not run.
-        if (!suppressed && (delayMs <= 0 || mailbox->SleepUnlessClosed(delayMs)))
-            context.Actions().Run(*job, context);
+    const Job& job = *run.job;
+    // A run fired ahead of its moment waits for it, so that the job never
+    // starts before its second.
+    const std::int64_t untilDue = run.dueMs > 0 ? std::max<std::int64_t>(0, run.dueMs - context.GetClock().ReadMs()) : 0;
+    const std::int64_t waitMs = untilDue + std::max(0, run.delayMs);
+    // Shutdown cuts the wait short, and the job then does not run; a closing
+    // program starts no more jobs.
+    const bool go = !mailbox.IsClosed() && (waitMs <= 0 || mailbox.SleepUnlessClosed(static_cast<int>(waitMs)));
+    if (go) {
+        wxLogMessage("%d ->> [JID_%d, ThreadID_%zu] %s", LogMs(), job.GetId(),
+                     static_cast<std::size_t>(wxThread::GetCurrentId()), job.GetSummary());
+        const JobKind* kind = FindJobKind(job.GetType());
+        const bool held = mailbox.IsSilent() && kind && kind->heldInSilentMode;
+        if (!held)
+            context.Actions().Run(job, context);
     }
-    // Chaining runs for every thread that reaches its end, a suppressed job
+    // Chaining runs for every thread that reaches its end, a held-back job
     // included. The list is the copy's own, so edits cannot disturb it.
-    for (std::int32_t jid : job->GetAssociatedJids()) {
-        if (jid == job->GetId())
+    for (std::int32_t jid : job.GetAssociatedJids()) {
+        if (jid == job.GetId())
             continue;  // never straight back to itself
         EngineRequest request;
         request.kind = EngineRequest::Kind::RunJobById;
         request.jid = jid;
-        request.delayMs = job->GetJobInterval();
-        mailbox->Post(std::move(request));
+        request.delayMs = job.GetJobInterval();
+        mailbox.Post(std::move(request));
     }
-    mailbox->ReportUnlessAbandoned([&job] {
-        wxLogMessage("%d <<- [JID_%d, ThreadID_%zu] Exit", LogMs(), job->GetId(),
+    mailbox.ReportUnlessAbandoned([&job] {
+        wxLogMessage("%d <<- [JID_%d, ThreadID_%zu] Exit", LogMs(), job.GetId(),
                      static_cast<std::size_t>(wxThread::GetCurrentId()));
     });
 }
 
 }  // namespace
 
-std::size_t StartJobThread(std::shared_ptr<Job> job, int delayMs, std::shared_ptr<EngineMailbox> mailbox,
+std::thread StartJobThread(JobRun run, std::uint64_t token, std::shared_ptr<EngineMailbox> mailbox,
                            std::shared_ptr<SessionContext> context)
 {
-    const std::uint64_t token = mailbox->JobThreadStarted(job->GetId());
-    try {
-        std::thread thread([job, delayMs, mailbox, token, context]() {
-            RunJob(job, delayMs, mailbox, *context);
-            mailbox->JobThreadEnded(token);
-        });
-        // The native handle is the id the thread itself logs with (no
-        // waiting for the new thread to be scheduled).
-        const auto id = static_cast<std::size_t>(thread.native_handle());
-        thread.detach();
-        return id;
-    } catch (const std::system_error&) {
+    return std::thread([run = std::move(run), token, mailbox, context]() {
+        RunJob(run, *mailbox, *context);
         mailbox->JobThreadEnded(token);
-        return 0;
-    }
+    });
 }

@@ -175,20 +175,31 @@ void SchedulerEngine::Shutdown(int jobWaitMs)
     m_bShutDown = true;
     StopCheckerThreads();
     m_mailbox->Close();
-    if (m_mailbox->WaitForJobThreads(jobWaitMs))
+    if (!m_waiting.empty())
+        wxLogMessage("%d ### %zu runs waiting for a job thread were not started: the program ends", LogMs(),
+                     m_waiting.size());
+    m_waiting.clear();
+    const bool allEnded = m_mailbox->WaitForJobThreads(jobWaitMs);
+    ReapJobThreads();
+    if (allEnded)
         return;
     wxString jids;
     for (std::int32_t jid : m_mailbox->RunningJobIds())
         jids += wxString::Format(" JID_%d", jid);
     wxLogMessage("%d ### Jobs still running after %d ms, left behind:%s", LogMs(), jobWaitMs, jids);
     m_mailbox->Abandon();
+    // Still running: let go of them, the one place a job thread is detached.
+    for (auto& entry : m_jobThreads)
+        entry.second.detach();
+    m_jobThreads.clear();
 }
 
-bool SchedulerEngine::RunJob(const std::shared_ptr<Job>& job)
+bool SchedulerEngine::RunJob(const std::shared_ptr<Job>& job, std::int64_t dueMs)
 {
     EngineRequest request;
     request.kind = EngineRequest::Kind::RunJob;
     request.job = job;
+    request.dueMs = dueMs;
     return m_mailbox->Post(std::move(request));
 }
 
@@ -202,6 +213,7 @@ void SchedulerEngine::AdvanceNotice(const std::shared_ptr<Job>& job)
 
 void SchedulerEngine::ProcessRequests()
 {
+    ReapJobThreads();
     for (EngineRequest& request : m_mailbox->TakeAll()) {
         std::shared_ptr<Job> job = request.job;
         if (request.kind == EngineRequest::Kind::RunJobById) {
@@ -215,24 +227,67 @@ void SchedulerEngine::ProcessRequests()
         if (request.kind == EngineRequest::Kind::AdvanceNotice)
             m_host.AdvanceNotice(*job);
         else
-            StartJob(job, request.delayMs);
+            Launch(job, request.delayMs, request.dueMs);
     }
 }
 
-void SchedulerEngine::StartJob(const std::shared_ptr<Job>& job, int delayMs)
+void SchedulerEngine::Launch(const std::shared_ptr<Job>& job, int delayMs, std::int64_t dueMs)
 {
-    std::shared_ptr<Job> snapshot;
+    if (m_bShutDown)
+        return;
+    if (m_jobThreads.size() < kMaxJobThreads && m_waiting.empty()) {
+        StartJob(job, delayMs, dueMs);
+        return;
+    }
+    // A burst larger than the threads we allow: the excess waits its turn.
+    if (m_waiting.size() >= kMaxWaitingRuns) {
+        wxLogMessage("%d ### [JID_%d] not run: %zu runs already wait for a job thread", LogMs(), job->GetId(),
+                     m_waiting.size());
+        return;
+    }
+    if (!m_bToldWaiting) {
+        m_bToldWaiting = true;
+        wxLogMessage("%d ### %zu job threads run: further runs wait for one to end", LogMs(), m_jobThreads.size());
+    }
+    m_waiting.push_back({job, delayMs, dueMs});
+}
+
+void SchedulerEngine::ReapJobThreads()
+{
+    for (std::uint64_t token : m_mailbox->TakeEnded()) {
+        auto it = m_jobThreads.find(token);
+        if (it == m_jobThreads.end())
+            continue;
+        if (it->second.joinable())
+            it->second.join();
+        m_jobThreads.erase(it);
+    }
+    while (!m_bShutDown && !m_waiting.empty() && m_jobThreads.size() < kMaxJobThreads) {
+        WaitingRun run = std::move(m_waiting.front());
+        m_waiting.pop_front();
+        StartJob(run.job, run.delayMs, run.dueMs);
+    }
+    if (m_waiting.empty())
+        m_bToldWaiting = false;
+}
+
+void SchedulerEngine::StartJob(const std::shared_ptr<Job>& job, int delayMs, std::int64_t dueMs)
+{
+    JobRun run;
     {
         auto lock = m_scheduler.ReadLock();
-        snapshot = CopyJob(*job);
+        run.job = CopyJob(*job);
     }
-    if (!snapshot)
-        return;
-    const std::size_t threadId = StartJobThread(snapshot, delayMs, m_mailbox, m_context);
-    if (threadId == 0) {
+    run.delayMs = delayMs;
+    run.dueMs = dueMs;
+    const std::uint64_t token = m_mailbox->JobThreadStarted(job->GetId());
+    try {
+        m_jobThreads.emplace(token, StartJobThread(std::move(run), token, m_mailbox, m_context));
+    } catch (const std::system_error&) {
+        m_mailbox->JobThreadEnded(token);
+        m_mailbox->TakeEnded();
         wxLogMessage("%d *** Can't create thread!", LogMs());
         return;
     }
-    wxLogMessage("%d ->> [JID_%d, ThreadID_%zu] %s", LogMs(), snapshot->GetId(), threadId, snapshot->GetSummary());
     m_host.JobStarted(*job);
 }

@@ -7,6 +7,8 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstddef>
+#include <deque>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -42,6 +44,11 @@ public:
     static constexpr std::int64_t kIdleSleepMs = 60000;
     // How long shutdown waits for running jobs before it leaves them behind.
     static constexpr int kJobThreadWaitMs = 5000;
+    // At most this many job threads run at once; further runs wait, in the
+    // order they were asked for, and at most kMaxWaitingRuns of them (more
+    // are not run, and the log says so).
+    static constexpr std::size_t kMaxJobThreads = 256;
+    static constexpr std::size_t kMaxWaitingRuns = 100000;
 
     // Job threads keep `context` alive (one may outlive the engine).
     SchedulerEngine(Scheduler& scheduler, std::shared_ptr<SessionContext> context, EngineHost& host);
@@ -71,6 +78,9 @@ public:
     // Waits up to `timeoutMs` for running job threads to end; true when none
     // runs any more.
     bool WaitForJobThreads(int timeoutMs) { return m_mailbox->WaitForJobThreads(timeoutMs); }
+    // Main thread: job threads started and not yet joined; runs waiting for one.
+    std::size_t JobThreadCount() const { return m_jobThreads.size(); }
+    std::size_t WaitingRunCount() const { return m_waiting.size(); }
 
     void SetSilentMode(bool silent) { m_mailbox->SetSilent(silent); }
     bool IsSilentMode() const { return m_mailbox->IsSilent(); }
@@ -83,7 +93,7 @@ public:
     void ProcessRequests();
 
     // TriggerCheckSink (checker threads)
-    bool RunJob(const std::shared_ptr<Job>& job) override;
+    bool RunJob(const std::shared_ptr<Job>& job, std::int64_t dueMs = 0) override;
     void AdvanceNotice(const std::shared_ptr<Job>& job) override;
 
 private:
@@ -101,12 +111,24 @@ private:
     void StartCheckerThreads();
     void StopCheckerThreads();
     void CheckerLoop(std::size_t count, std::size_t index, const std::shared_ptr<CheckerStop>& stop);
-    void StartJob(const std::shared_ptr<Job>& job, int delayMs);
+    void Launch(const std::shared_ptr<Job>& job, int delayMs, std::int64_t dueMs);
+    void StartJob(const std::shared_ptr<Job>& job, int delayMs, std::int64_t dueMs);
+    // Joins the job threads that ended; starts waiting runs in their place.
+    void ReapJobThreads();
+
+    struct WaitingRun {
+        std::shared_ptr<Job> job;
+        int delayMs;
+        std::int64_t dueMs;
+    };
 
     Scheduler& m_scheduler;
     std::shared_ptr<SessionContext> m_context;
     EngineHost& m_host;
     std::shared_ptr<EngineMailbox> m_mailbox;
+    std::map<std::uint64_t, std::thread> m_jobThreads;  // token -> thread, main thread only
+    std::deque<WaitingRun> m_waiting;
+    bool m_bToldWaiting = false;
     std::vector<std::thread> m_checkers;
     std::shared_ptr<CheckerStop> m_checkerStop;
     std::atomic<std::size_t> m_nRunningCheckers{0};

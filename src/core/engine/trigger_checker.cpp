@@ -24,7 +24,9 @@ void CheckTrigger(Scheduler& scheduler, Trigger& trigger, TriggerCheckSink& sink
 {
     if (trigger.CheckAndAdvance()) {
         const auto& owner = scheduler.GetTriggerOwner(trigger.GetTid());
-        if (owner && owner->IsEnabled() && sink.RunJob(owner))
+        // The moment it fired for: PREVFIRE now holds it (or now, for a
+        // firing made up).
+        if (owner && owner->IsEnabled() && sink.RunJob(owner, trigger.GetPrevFire().GetValue().GetValue()))
             scheduler.Changes().MarkChangedByFiring(scheduler.Context().GetClock().Now());
     } else if (!trigger.IsNoticeGiven() && trigger.IsDue(kNoticeSeconds)) {
         const auto& owner = scheduler.GetTriggerOwner(trigger.GetTid());

@@ -4,6 +4,7 @@
 // first pass.
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 
 class Job;
@@ -19,8 +20,9 @@ constexpr int kNoticeSeconds = 300;
 class TriggerCheckSink {
 public:
     virtual ~TriggerCheckSink() = default;
-    // A firing trigger's enabled job; true when the request was queued.
-    virtual bool RunJob(const std::shared_ptr<Job>& job) = 0;
+    // A firing trigger's enabled job, to start at `dueMs` (the trigger's
+    // moment; 0: now); true when the request was queued.
+    virtual bool RunJob(const std::shared_ptr<Job>& job, std::int64_t dueMs) = 0;
     // The job of a trigger due within the notice period (warn-before-run set).
     virtual void AdvanceNotice(const std::shared_ptr<Job>& job) = 0;
 };
