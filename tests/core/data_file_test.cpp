@@ -1,6 +1,7 @@
 // The data file: byte-exact layout, round trips, the fallback copy, what
 // loading drops (kept and told), and saving through links and failures.
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -322,4 +323,28 @@ TEST(DataFileSave, FailureIsToldKeepsTheFlagAndSucceedsOnceTheCauseIsGone)
     EXPECT_EQ(SaveSchedulerData(s, false), DataSaveResult::Saved);
     EXPECT_FALSE(s.Changes().IsDataChanged());
     EXPECT_EQ(ReadFileBytes(s.Paths().working), Golden());
+}
+
+// A disk that stays full fails every attempt through a temporary file of
+// another name: told once all the same. (A file size limit stands in for the
+// full disk: the write of the temporary file fails in the same place.)
+TEST(DataFileSave, AFailureThatRepeatsWithAnotherTemporaryFileIsToldOnce)
+{
+    TempDir dir;
+    ChildProcess child;
+    ASSERT_TRUE(child.StartCall([&] {
+        RecordedMessages messages;
+        Scheduler s(HarnessContext(), dir.Path());
+        FillGoldenContent(s);
+        ::signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{200, 200};
+        if (::setrlimit(RLIMIT_FSIZE, &limit) != 0)
+            return 100;
+        for (int attempt = 0; attempt < 3; ++attempt)
+            if (SaveSchedulerData(s, false) != DataSaveResult::Failed)
+                return 101;
+        const std::vector<std::string> boxes = messages.Boxes();
+        return boxes.size() == 1 && boxes[0].find(".tmp-") != std::string::npos ? 0 : 102 + int(boxes.size());
+    }));
+    EXPECT_EQ(child.Stop(0, 20000), 0);
 }
