@@ -113,8 +113,8 @@ CadrelleFrame::CadrelleFrame(const wxString& appDir)
         // first one when none): never larger than the screen or off it.
         const Preference::Geometry stored{PrefNumber("mainFrmX", 16), PrefNumber("mainFrmY", 16),
                                           PrefNumber("mainFrmW", 1024), PrefNumber("mainFrmH", 512)};
-        auto clampInt = [](long v) { return static_cast<int>(std::max<long>(INT_MIN / 2, std::min<long>(v, INT_MAX / 2))); };
-        const int display = wxDisplay::GetFromPoint(wxPoint(clampInt(stored.x), clampInt(stored.y)));
+        auto toInt = [](long v) { return static_cast<int>(std::max<long>(INT_MIN / 2, std::min<long>(v, INT_MAX / 2))); };
+        const int display = wxDisplay::GetFromPoint(wxPoint(toInt(stored.x), toInt(stored.y)));
         const wxRect area = wxDisplay(display == wxNOT_FOUND ? 0u : static_cast<unsigned>(display)).GetClientArea();
         wxString note;
         const Preference::Geometry fitted =

@@ -7,14 +7,14 @@
 #include <mutex>
 #include <system_error>
 
-#include <wx/arrstr.h>
 #include <wx/fileconf.h>
+#include <wx/filename.h>
 #include <wx/log.h>
 #include <wx/mstream.h>
-#include <wx/filename.h>
 #include <wx/utils.h>
 
 #include "core/clock.h"
+#include "core/core_log.h"
 #include "core/data/atomic_file.h"
 #include "core/prefs/password_hash.h"
 #include "core/prefs/vtx_codec.h"
@@ -88,7 +88,8 @@ wxString FileProblem(const wxString& path)
     const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     if (!in.good() && !in.eof())
         return "it cannot be read";
-    if (bytes.find('\0') != std::string::npos || wxConvUTF8.ToWChar(nullptr, 0, bytes.data(), bytes.size()) == wxCONV_FAILED)
+    if (bytes.find('\0') != std::string::npos ||
+        wxConvUTF8.ToWChar(nullptr, 0, bytes.data(), bytes.size()) == wxCONV_FAILED)
         return "it is not UTF-8 text";
     return wxString();
 }
@@ -102,7 +103,7 @@ wxString KeepCopy(const wxString& path, const Clock& clock)
         kept = wxString::Format("%s.bad-%s-%d", path, stamp, n);
     wxString error;
     if (!CopyFilePrivately(path, kept, &error)) {
-        wxLogMessage("### the preferences file %s could not be kept: %s", path, error);
+        wxLogMessage("%d ### the preferences file %s could not be kept: %s", LogMs(), path, error);
         return wxString();
     }
     return kept;
@@ -129,7 +130,7 @@ std::unique_ptr<Preference> Preference::OpenFile(const wxString& path, const Clo
         wxString error;
         readOnly = kept.empty() || !WriteFileAtomically(path, LockedFileContent(clock), &error);
         if (!kept.empty() && readOnly)
-            wxLogMessage("### the preferences file %s could not be replaced: %s", path, error);
+            wxLogMessage("%d ### the preferences file %s could not be replaced: %s", LogMs(), path, error);
     }
     std::unique_ptr<wxFileConfig> config;
     if (readOnly) {
@@ -172,11 +173,11 @@ std::unique_ptr<Preference> Preference::OpenFile(const wxString& path, const Clo
     preference->m_problem = problem;
     preference->m_keptCopy = kept;
     if (!problem.empty())
-        wxLogMessage("### the preferences file %s was not read as written: %s; %s", path, problem,
+        wxLogMessage("%d ### the preferences file %s was not read as written: %s; %s", LogMs(), path, problem,
                      kept.empty() ? wxString("no copy could be kept, so it is left as it is")
                                   : "the original is kept as " + kept);
     if (preference->IsPasswordUnreadable())
-        wxLogMessage("### the stored unlock password cannot be read; no password can unlock the window");
+        wxLogMessage("%d ### the stored unlock password cannot be read; no password can unlock the window", LogMs());
     return preference;
 }
 
