@@ -16,6 +16,23 @@ std::string FormatMoment(const wxDateTime& dt)
     return dt.IsValid() ? Utf8(dt.Format("%Y-%m-%d %H:%M:%S")) : std::string("-");
 }
 
+// A text as one cell of a tab-separated row: a tab, line break or backslash
+// of its own cannot start a cell or a row of its own.
+std::string Cell(const wxString& text)
+{
+    std::string cell;
+    for (const char c : Utf8(text)) {
+        switch (c) {
+        case '\t': cell += "\\t"; break;
+        case '\n': cell += "\\n"; break;
+        case '\r': cell += "\\r"; break;
+        case '\\': cell += "\\\\"; break;
+        default: cell += c;
+        }
+    }
+    return cell;
+}
+
 }  // namespace
 
 int RunListCommand(const wxString& appDir, std::ostream& out, std::ostream& err)
@@ -39,17 +56,17 @@ int RunListCommand(const wxString& appDir, std::ostream& out, std::ostream& err)
     out << "Jobs: " << scheduler.Jobs().size() << "\n";
     out << "JID\tKIND\tENABLED\tDESCRIPTION\tPARAMETERS\tTRIGGERS\tASSOCIATED\n";
     for (const Scheduler::JobPtr& job : scheduler.Jobs()) {
-        out << job->GetId() << '\t' << Utf8(job->GetTypeName()) << '\t' << (job->IsEnabled() ? "yes" : "no") << '\t'
-            << Utf8(job->GetDescription()) << '\t' << Utf8(job->GetParamText()) << '\t'
+        out << job->GetId() << '\t' << Cell(job->GetTypeName()) << '\t' << (job->IsEnabled() ? "yes" : "no") << '\t'
+            << Cell(job->GetDescription()) << '\t' << Cell(job->GetParamText()) << '\t'
             << Utf8(JoinIdList(job->GetTriggerIds())) << '\t' << Utf8(JoinIdList(job->GetAssociatedJids())) << "\n";
     }
     out << "Triggers: " << scheduler.Triggers().size() << "\n";
     out << "TID\tKIND\tSTATUS\tCONDITION\tPREVIOUS\tNEXT\tDESCRIPTION\n";
     for (const Scheduler::TriggerPtr& trigger : scheduler.Triggers()) {
-        out << trigger->GetTid() << '\t' << Utf8(TriggerTypeName(trigger->GetType())) << '\t'
-            << Utf8(TriggerStatusName(trigger->GetStatus())) << '\t' << Utf8(trigger->GetCondition()) << '\t'
+        out << trigger->GetTid() << '\t' << Cell(TriggerTypeName(trigger->GetType())) << '\t'
+            << Cell(TriggerStatusName(trigger->GetStatus())) << '\t' << Cell(trigger->GetCondition()) << '\t'
             << FormatMoment(trigger->GetPrevFire()) << '\t' << FormatMoment(trigger->GetNextFire()) << '\t'
-            << Utf8(DescribeTrigger(trigger->GetType(), trigger->GetCondition())) << "\n";
+            << Cell(DescribeTrigger(trigger->GetType(), trigger->GetCondition())) << "\n";
     }
     return 0;
 }

@@ -1,5 +1,7 @@
 #include "gui/main_frame.h"
 
+#include <algorithm>
+#include <climits>
 #include <cstdio>
 
 #include <unistd.h>
@@ -7,6 +9,7 @@
 #include <wx/aboutdlg.h>
 #include <wx/artprov.h>
 #include <wx/aui/auibar.h>
+#include <wx/display.h>
 #include <wx/log.h>
 #include <wx/menu.h>
 #include <wx/modalhook.h>
@@ -106,8 +109,22 @@ CadrelleFrame::CadrelleFrame(const wxString& appDir)
     m_nSortDir = PrefNumber(Prefs(), "colSortDir");
 
     SetIcons(AppIcons(appDir));
-    SetSize(static_cast<int>(PrefNumber(Prefs(), "mainFrmX")), static_cast<int>(PrefNumber(Prefs(), "mainFrmY")),
-            static_cast<int>(PrefNumber(Prefs(), "mainFrmW")), static_cast<int>(PrefNumber(Prefs(), "mainFrmH")));
+    {
+        // The stored place and size, fitted to the display it falls on (the
+        // first one when none): never larger than the screen or off it.
+        const Preference::Geometry stored{PrefNumber(Prefs(), "mainFrmX"), PrefNumber(Prefs(), "mainFrmY"),
+                                          PrefNumber(Prefs(), "mainFrmW"), PrefNumber(Prefs(), "mainFrmH")};
+        auto toInt = [](long v) { return static_cast<int>(std::max<long>(INT_MIN / 2, std::min<long>(v, INT_MAX / 2))); };
+        const int display = wxDisplay::GetFromPoint(wxPoint(toInt(stored.x), toInt(stored.y)));
+        const wxRect area = wxDisplay(display == wxNOT_FOUND ? 0u : static_cast<unsigned>(display)).GetClientArea();
+        wxString note;
+        const Preference::Geometry fitted =
+            Preference::FitToScreen(stored, {area.x, area.y, area.width, area.height}, note);
+        if (!note.empty())
+            wxLogMessage("%d ### Window geometry from the preferences: %s", LogMs(), note);
+        SetSize(static_cast<int>(fitted.x), static_cast<int>(fitted.y), static_cast<int>(fitted.width),
+                static_cast<int>(fitted.height));
+    }
     m_mgr.SetManagedWindow(this);
     BuildMenus();
     BuildToolBar();

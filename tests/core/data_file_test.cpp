@@ -1,6 +1,7 @@
 // The data file: byte-exact layout, round trips, the fallback copy, what
 // loading drops (kept and told), and saving through links and failures.
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,7 +22,7 @@ namespace {
 void FillGoldenContent(Scheduler& s)
 {
     s.AddJob(TestJob(0, NJobTypeReminder, {1, 2}, {}, 0, true, "Tea <time> & \"biscuits\"", {"Drink tea", "1"}));
-    s.AddJob(TestJob(3, NJobTypeSendUdpMsg, {}, {0}, 500, false, "Ping &amp; pong",
+    s.AddJob(TestJob(3, NJobTypeSendUdpMsg, {}, {0}, 500, false, "Ping & pong",
                      {"hi", "0", "1", "127.0.0.1", "7788"}));
     s.AddTrigger(LoadedTrigger(HarnessContext(), 1, NTriggerTypeSpecTime, "0 0 8 23 11 ? 2026", "0 0 0 1 1 * 1999", "0 0 8 23 11 * 2026"));
     s.AddTrigger(LoadedTrigger(HarnessContext(), 2, NTriggerTypeCountDown, "0 0 9 24 11 2026 0 1 0 0", "0 0 9 20 11 * 2026",
@@ -51,8 +52,6 @@ TEST(DataFileLayout, GoldenFileLoadsAndSavesBackUnchanged)
     ASSERT_EQ(s.Jobs().size(), 2u);
     ASSERT_EQ(s.Triggers().size(), 2u);
     EXPECT_EQ(s.Jobs()[0]->GetDescription(), "Tea <time> & \"biscuits\"");
-    // "&amp;" was written as it stood, so it reads back as a plain "&":
-    // the deliberate exception loses the text's own "&amp;".
     EXPECT_EQ(s.Jobs()[1]->GetDescription(), "Ping & pong");
     EXPECT_FALSE(s.Jobs()[1]->IsEnabled());
     EXPECT_EQ(s.Jobs()[1]->GetAssociatedJids(), (IdList{0}));
@@ -73,15 +72,62 @@ TEST(DataFileLayout, EscapingKeepsTheFileWellFormedWhateverTheText)
     s.AddJob(TestJob(0, NJobTypeReminder, {}, {}, 0, true, nasty, {"<x>", "&"}));
     ASSERT_EQ(SaveSchedulerData(s, true), DataSaveResult::Saved);
     const std::string bytes = ReadFileBytes(s.Paths().working);
-    EXPECT_NE(bytes.find("<DESC>a&lt;b&gt;c&amp;d&amp;e  tab\there \xC3\xBC \xE2\x82\xAC</DESC>"), std::string::npos)
+    EXPECT_NE(bytes.find("<DESC>a&lt;b&gt;c&amp;d&amp;amp;e  tab\there \xC3\xBC \xE2\x82\xAC</DESC>"), std::string::npos)
         << bytes;
     EXPECT_NE(bytes.find("<INFO>&lt;x&gt; $ &amp;</INFO>"), std::string::npos);
 
     Scheduler back(HarnessContext(), dir.Path());
     LoadSchedulerData(back);
     ASSERT_EQ(back.Jobs().size(), 1u);
-    EXPECT_EQ(back.Jobs()[0]->GetDescription(), wxString::FromUTF8("a<b>c&d&e  tab\there ü €"));
+    EXPECT_EQ(back.Jobs()[0]->GetDescription(), wxString::FromUTF8("a<b>c&d&amp;e  tab\there ü €"));
     EXPECT_EQ(back.Jobs()[0]->GetParams(), (ParamList{"<x>", "&"}));
+}
+
+// Whatever a job's texts hold reads back identical and saves to the same
+// bytes again, also where the file is read in pieces: each text is placed
+// once so that a 1 KiB piece of the reader ends right after its first byte.
+TEST(DataFileRoundTrip, NastyTextsReadBackIdenticalAndSaveByteForByte)
+{
+    const struct { const char* description; std::vector<const char*> params; } cases[] = {
+        {"&amp;amp; stays &amp;amp;", {"curl 'http://h/?a=1&amp;b=2'", "&lt;"}},
+        {"crlf\r\nand cr\ronly\n", {"a\r\nb", "c\rd"}},
+        {" one leading blank", {"x"}},
+        {"\n\nleading line feeds", {"y"}},
+        {"\tleading tab\t", {"z"}},
+        {"   ", {}},
+        {"\r", {"1\r\r2"}},
+        {" \r\n mixed start", {"<![CDATA[x]]>", "]]>"}},
+        {"&#13; &#32; &lt; written as text", {"&#10;"}},
+        {"trailing blanks \t \n", {"\"q\" 'a'"}},
+        {"\xE6\x97\xA5\xE6\x9C\xAC \xF0\x9F\x98\x80 &", {"\xE2\x82\xAC"}},
+    };
+    for (const auto& c : cases) {
+        const wxString text = wxString::FromUTF8(c.description);
+        ParamList params;
+        for (const char* p : c.params)
+            params.push_back(wxString::FromUTF8(p));
+        SCOPED_TRACE(c.description);
+        TempDir dir;
+        auto save = [&](std::size_t pad) {
+            Scheduler s(HarnessContext(), dir.Path());
+            s.AddJob(TestJob(0, NJobTypeReminder, {}, {}, 0, true, wxString(pad, 'x'), {"1"}));
+            s.AddJob(TestJob(1, NJobTypeExecDosCommand, {}, {}, 0, true, text, params));
+            EXPECT_EQ(SaveSchedulerData(s, true), DataSaveResult::Saved);
+            return ReadFileBytes(s.Paths().working);
+        };
+        const std::size_t at = save(0).find("<DESC>", save(0).find("<ID>1</ID>")) + 6;
+        const std::string first = save(1023 - at % 1024);
+        ASSERT_EQ((first.find("<DESC>", first.find("<ID>1</ID>")) + 6) % 1024, 1023u);
+
+        Scheduler back(HarnessContext(), dir.Path());
+        EXPECT_TRUE(LoadSchedulerData(back).dropped.empty());
+        ASSERT_EQ(back.Jobs().size(), 2u);
+        EXPECT_EQ(back.Jobs()[1]->GetDescription(), text);
+        EXPECT_EQ(back.Jobs()[1]->GetParams(), params);
+        back.Changes().MarkChanged();
+        ASSERT_EQ(SaveSchedulerData(back, true), DataSaveResult::Saved);
+        EXPECT_EQ(ReadFileBytes(back.Paths().working), first);
+    }
 }
 
 TEST(DataFileRoundTrip, AllJobKindsAndTriggerKindsSurviveSaveAndLoad)
@@ -277,4 +323,28 @@ TEST(DataFileSave, FailureIsToldKeepsTheFlagAndSucceedsOnceTheCauseIsGone)
     EXPECT_EQ(SaveSchedulerData(s, false), DataSaveResult::Saved);
     EXPECT_FALSE(s.Changes().IsDataChanged());
     EXPECT_EQ(ReadFileBytes(s.Paths().working), Golden());
+}
+
+// A disk that stays full fails every attempt through a temporary file of
+// another name: told once all the same. (A file size limit stands in for the
+// full disk: the write of the temporary file fails in the same place.)
+TEST(DataFileSave, AFailureThatRepeatsWithAnotherTemporaryFileIsToldOnce)
+{
+    TempDir dir;
+    ChildProcess child;
+    ASSERT_TRUE(child.StartCall([&] {
+        RecordedMessages messages;
+        Scheduler s(HarnessContext(), dir.Path());
+        FillGoldenContent(s);
+        ::signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{200, 200};
+        if (::setrlimit(RLIMIT_FSIZE, &limit) != 0)
+            return 100;
+        for (int attempt = 0; attempt < 3; ++attempt)
+            if (SaveSchedulerData(s, false) != DataSaveResult::Failed)
+                return 101;
+        const std::vector<std::string> boxes = messages.Boxes();
+        return boxes.size() == 1 && boxes[0].find(".tmp-") != std::string::npos ? 0 : 102 + int(boxes.size());
+    }));
+    EXPECT_EQ(child.Stop(0, 20000), 0);
 }

@@ -1,9 +1,17 @@
 // `cadrelle --list` and `--cron-next` as a user runs them: the real program,
 // no display.
 
+#include <map>
+#include <sstream>
+
 #include <gtest/gtest.h>
 
+#include <wx/datetime.h>
+
+#include "core/data/scheduler_data.h"
+#include "core/scheduler.h"
 #include "harness.h"
+#include "trigger_builders.h"
 
 namespace {
 
@@ -26,6 +34,39 @@ TEST(ListCommand, PrintsJobsAndTriggersOfTheDataFile)
                              "1\tSpecical Time\tWaiting\t0 0 8 23 11 ? 2026\t1999-01-01 00:00:00\t2026-11-23 08:00:00\t"
                              "Once, on 2026-11-23 at 08:00\n"})
         EXPECT_NE(run.out.find(line), std::string::npos) << line << " in\n" << run.out;
+}
+
+// Texts cannot forge cells or rows; NEXT is the moment of firing, to the
+// second; a malformed condition is named on standard error.
+TEST(ListCommand, EscapesTextsShowsTheSecondOfFiringAndNamesABadCondition)
+{
+    TempDir dir;
+    {
+        Scheduler s(HarnessContext(), dir.Path());
+        s.AddJob(TestJob(4, NJobTypeReminder, {7, 8, 9}, {}, 0, true, "a\tb\nc\\d\r", {"x\ty", "1"}));
+        s.AddTrigger(LoadedTrigger(HarnessContext(), 7, NTriggerTypeCron, "37 * * * * ?"));
+        s.AddTrigger(LoadedTrigger(HarnessContext(), 8, NTriggerTypeEveryMinute, "* * * * * ?"));
+        s.AddTrigger(LoadedTrigger(HarnessContext(), 9, NTriggerTypeCron, "0 0 25 * * ?"));
+        ASSERT_EQ(SaveSchedulerData(s, true), DataSaveResult::Saved);
+    }
+    const std::string before = wxDateTime::Now().Format("%Y-%m-%d %H:%M:%S").utf8_string();
+    const ProcessResult run = Cadrelle({"--list", "--app-dir", dir.Path().utf8_string()});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find("\n4\tReminder\tyes\ta\\tb\\nc\\\\d\\r\tx\\ty $ 1\t7,8,9\t\n"), std::string::npos) << run.out;
+    EXPECT_NE(run.err.find("TID_9, condition \"0 0 25 * * ?\": Specified range exceeds maximum"), std::string::npos)
+        << run.err;
+    std::map<std::string, std::string> next;  // TID -> NEXT
+    std::istringstream rows(run.out.substr(run.out.find("Triggers:")));
+    for (std::string row; std::getline(rows, row);) {
+        // NEXT is the column before the last (DESCRIPTION).
+        const std::size_t last = row.rfind('\t');
+        const std::size_t cut = last == std::string::npos || last == 0 ? std::string::npos : row.rfind('\t', last - 1);
+        if (cut != std::string::npos)
+            next[row.substr(0, row.find('\t'))] = row.substr(cut + 1, last - cut - 1);
+    }
+    EXPECT_EQ(next["7"].substr(17), "37") << next["7"];
+    EXPECT_GT(next["8"], before);
+    EXPECT_EQ(next["9"], "-");
 }
 
 TEST(CommandLine, CronNextAndUsageErrors)

@@ -85,3 +85,27 @@ TEST(Headless, FiresOnTimeChainsAndSavesTheAdvancedTimesOnSigterm)
     EXPECT_EQ(prev.GetSecond() % 2, 0);
     EXPECT_LT((wxDateTime::Now() - prev).GetSeconds().ToLong(), 10);
 }
+
+// Preferences that cannot be read are kept aside before the run writes any,
+// and standard error says so.
+TEST(Headless, UnreadablePreferencesAreKeptAndTold)
+{
+    TempDir dir;
+    const std::string home = dir.File("home").utf8_string();
+    const wxString conf = dir.File("home/.config/Cadrelle/Cadrelle.conf");
+    const std::string original = "\xFF\xFE" "ui_language=en\n";
+    WriteFileBytes(conf, original);
+    ChildProcess program;
+    ASSERT_TRUE(program.Start({CADRELLE_BINARY, "--headless", "--app-dir", dir.File("app").utf8_string()},
+                              home + "/out.txt", ProgramEnvironment(home)));
+    WaitUntil([&] { return ReadFileBytes(wxString::FromUTF8(home + "/out.txt")).find("preferences") != std::string::npos; },
+              5000);
+    EXPECT_EQ(program.Stop(SIGTERM), 0);
+    const std::string out = ReadFileBytes(wxString::FromUTF8(home + "/out.txt"));
+    EXPECT_NE(out.find("could not read its preferences file " + conf.utf8_string() + " as written (it is not UTF-8 text)"),
+              std::string::npos) << out;
+    wxArrayString kept;
+    wxDir::GetAllFiles(dir.File("home/.config/Cadrelle"), &kept, "Cadrelle.conf.bad-*", wxDIR_FILES);
+    ASSERT_EQ(kept.size(), 1u);
+    EXPECT_EQ(ReadFileBytes(kept[0]), original);
+}

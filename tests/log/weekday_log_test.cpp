@@ -3,6 +3,9 @@
 
 #include <thread>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <wx/filename.h>
 #include <wx/log.h>
 
@@ -107,4 +110,31 @@ TEST_F(LogTest, LoggingResumesAtTheNextSuccessfulSwitch)
     }
     EXPECT_EQ(Lines(4).size(), 5u);
     EXPECT_NE(Lines(6).at(0).find(">>> Log file changed to ==>> " + dir.File("log_6.txt")), std::string::npos);
+}
+
+// A log on a full disk (Wednesday's file leads to /dev/full) stops writing
+// and says so once on standard error; Thursday's file takes the lines again.
+TEST_F(LogTest, AFullDiskStopsTheLogOnceUntilTheNextFile)
+{
+    ASSERT_EQ(::symlink("/dev/full", dir.File("log_3.txt").fn_str()), 0);
+    const wxString errPath = dir.File("stderr.txt");
+    const int saved = ::dup(2);
+    const int err = ::open(errPath.fn_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    ASSERT_TRUE(saved >= 0 && err >= 0);
+    ::dup2(err, 2);
+    clock.Set(Local(2026, 11, 25, 12, 0, 0));
+    log.Open();
+    const bool stopped = !log.HasFile();
+    for (int i = 0; i < 50; ++i)
+        wxLogMessage("line %d", i);
+    clock.Set(Local(2026, 11, 26, 0, 1, 0));
+    log.OnLoggingTimer(4, 1);
+    ::dup2(saved, 2);
+    ::close(saved);
+    ::close(err);
+    EXPECT_TRUE(stopped);
+    EXPECT_TRUE(log.HasFile());
+    EXPECT_EQ(ReadFileBytes(errPath), "Cadrelle: the disk holding the log file " + dir.File("log_3.txt").utf8_string() +
+                                          " is full; log lines are dropped until the next weekday's file opens\n");
+    EXPECT_NE(Lines(4).at(0).find(">>> Log file changed to ==>> "), std::string::npos);
 }

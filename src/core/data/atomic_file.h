@@ -13,6 +13,11 @@
 
 bool WriteFileAtomically(const wxString& path, const std::string& content, wxString* error);
 
+// An `error` of WriteFileAtomically with the temporary file's random name
+// replaced by its pattern (<file>.tmp-XXXXXX): two failures that differ only
+// in that name are the same failure.
+wxString WithoutTemporaryName(const wxString& error);
+
 // Creates the folder (and its parents) readable by the user only, if missing.
 bool EnsurePrivateDir(const wxString& dir, wxString* error);
 

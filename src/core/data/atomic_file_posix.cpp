@@ -74,6 +74,8 @@ std::string FollowLinks(std::string path)
     return path;
 }
 
+constexpr std::size_t kTemporarySuffix = 6;
+
 // Temporary files are named <file>.tmp-XXXXXX. Any left by a save that was
 // killed are removed; so is the single <file>.tmp of earlier versions. Links
 // are removed as links, never followed.
@@ -86,7 +88,8 @@ void RemoveStaleTemporaries(const std::string& dir, const std::string& base)
     const std::string prefix = fixed + "-";
     while (const dirent* entry = ::readdir(d)) {
         const std::string name = entry->d_name;
-        const bool ours = name == fixed || (name.size() == prefix.size() + 6 && name.compare(0, prefix.size(), prefix) == 0);
+        const bool ours = name == fixed || (name.size() == prefix.size() + kTemporarySuffix &&
+                                            name.compare(0, prefix.size(), prefix) == 0);
         if (!ours)
             continue;
         const std::string path = dir + "/" + name;
@@ -118,7 +121,7 @@ int CreateTemporary(const std::string& dir, const std::string& base, std::string
     std::random_device device;
     std::uniform_int_distribution<int> pick(0, static_cast<int>(sizeof kLetters) - 2);
     for (int attempt = 0; attempt < 100; ++attempt) {
-        std::string suffix(6, 'x');
+        std::string suffix(kTemporarySuffix, 'x');
         for (char& c : suffix)
             c = kLetters[pick(device)];
         tmp = dir + "/" + base + ".tmp-" + suffix;
@@ -128,6 +131,11 @@ int CreateTemporary(const std::string& dir, const std::string& base, std::string
     }
     errno = EEXIST;
     return -1;
+}
+
+bool IsSuffixLetter(wxUniChar c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
 }
 
 bool WriteAndClose(int fd, const std::string& path, const char* data, std::size_t size, wxString* error)
@@ -143,6 +151,21 @@ bool WriteAndClose(int fd, const std::string& path, const char* data, std::size_
 }
 
 }  // namespace
+
+wxString WithoutTemporaryName(const wxString& error)
+{
+    wxString text = error;
+    const wxString marker = ".tmp-";
+    for (std::size_t at = text.find(marker); at != wxString::npos; at = text.find(marker, at + 1)) {
+        const std::size_t from = at + marker.length();
+        std::size_t n = 0;
+        while (n < kTemporarySuffix && from + n < text.length() && IsSuffixLetter(text[from + n]))
+            ++n;
+        if (n == kTemporarySuffix)
+            text.replace(from, n, wxString(kTemporarySuffix, 'X'));
+    }
+    return text;
+}
 
 bool EnsurePrivateDir(const wxString& dir, wxString* error)
 {

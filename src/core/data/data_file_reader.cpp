@@ -152,7 +152,8 @@ private:
     enum class Walk { BeforeRoot, Records, Ended, ForeignRoot };
     enum class Record { None, Job, Trigger };
     // A field's value is its first run of text (or CDATA section); text made
-    // of blanks alone does not start a run.
+    // of blanks alone does not start a run, unless a character reference
+    // wrote the blank.
     enum class Run { None, Open, Closed };
 
     static void XMLCALL OnStart(void* self, const XML_Char* name, const XML_Char**)
@@ -261,11 +262,22 @@ private:
             bool blank = true;
             for (std::size_t i = 0; i < len && blank; ++i)
                 blank = IsBlank(s[i]);
-            if (blank)
+            // A blank written as a character reference is the text's own:
+            // that is how a text that starts with a blank is saved.
+            if (blank && !AtCharacterReference())
                 return;
             m_run = Run::Open;
         }
         m_texts[m_field].append(s, len);
+    }
+
+    // The text being delivered comes from "&#...;" ("&" followed by a blank
+    // can only be that: the named entities stand for other characters).
+    bool AtCharacterReference() const
+    {
+        int offset = 0, size = 0;
+        const char* context = XML_GetInputContext(m_parser, &offset, &size);
+        return context && offset >= 0 && offset < size && context[offset] == '&';
     }
 
     // "job 4 "Backup"", or its place in the file when the ID is unusable.

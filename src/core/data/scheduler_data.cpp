@@ -143,7 +143,8 @@ DataLoadReport LoadSchedulerData(Scheduler& scheduler, bool keepUnreadableCopies
 
 namespace {
 
-std::string BuildDocument(const std::vector<Scheduler::JobPtr>& jobs, const std::vector<Scheduler::TriggerPtr>& triggers)
+std::string BuildDocument(const std::vector<Scheduler::JobPtr>& jobs, const std::vector<Scheduler::TriggerPtr>& triggers,
+                          std::size_t& dropped)
 {
     std::string out;
     out.reserve(256 + jobs.size() * 256 + triggers.size() * 256);
@@ -178,6 +179,7 @@ std::string BuildDocument(const std::vector<Scheduler::JobPtr>& jobs, const std:
         writer.Close("TRIGGER", 1);
     }
     writer.Close("SCHEDULER", 0);
+    dropped = writer.Dropped();
     return out;
 }
 
@@ -190,12 +192,16 @@ DataSaveResult SaveSchedulerData(Scheduler& scheduler, bool workingOnly)
         return DataSaveResult::NothingToSave;
     const std::uint64_t count = changes.ChangeCount();
     std::string content;
+    std::size_t dropped = 0;
     {
         // Checker threads keep running: they only change trigger times,
         // which are read atomically. The writing below happens unlocked.
         auto lock = scheduler.ReadLock();
-        content = BuildDocument(scheduler.Jobs(), scheduler.Triggers());
+        content = BuildDocument(scheduler.Jobs(), scheduler.Triggers(), dropped);
     }
+    if (dropped > 0)
+        wxLogMessage("%d ### %zu control character(s) in job texts cannot be held by the data file and were left out",
+                     LogMs(), dropped);
     const DataFilePaths& paths = scheduler.Paths();
     wxString error;
     const bool saved = WriteFileAtomically(paths.working, content, &error) &&

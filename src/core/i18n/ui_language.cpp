@@ -1,5 +1,8 @@
 #include "core/i18n/ui_language.h"
 
+#include <filesystem>
+#include <system_error>
+
 #include <wx/filename.h>
 #include <wx/fileconf.h>
 #include <wx/log.h>
@@ -86,6 +89,12 @@ wxString ReadUiLanguageSetting()
 {
     const wxString path = Preference::UserConfigPath();
     if (!wxFileName::FileExists(path))
+        return kUiLanguageDefault;
+    // A file too large to be ours is not parsed (the preferences keep and
+    // report it).
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(std::filesystem::path(path.fn_str().data()), error);
+    if (error || size > Preference::kMaxFileSize)
         return kUiLanguageDefault;
     wxLogNull quiet;  // an unreadable file means the default, not a dialog
     wxFileConfig config(kCatalogue, "Vantrel", path, wxEmptyString, wxCONFIG_USE_LOCAL_FILE);

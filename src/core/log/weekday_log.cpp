@@ -1,6 +1,7 @@
 #include "core/log/weekday_log.h"
 
 #include <atomic>
+#include <cerrno>
 #include <filesystem>
 #include <iostream>
 #include <system_error>
@@ -81,11 +82,18 @@ private:
 class WeekdayLogTarget final : public wxLog {
 public:
     explicit WeekdayLogTarget(const Clock& clock) { SetFormatter(new CoreClockFormatter(clock)); }
-    void SetFile(std::FILE* file) { m_pFile = file; }
+    void SetFile(std::FILE* file, const wxString& path = wxString())
+    {
+        m_pFile = file;
+        m_path = path;
+        m_bFull = false;
+    }
+    // The disk is full: lines are dropped until another file is set.
+    bool IsFull() const { return m_bFull; }
 
     void Flush() override
     {
-        if (m_pFile && wxThread::IsMain())
+        if (m_pFile && !m_bFull && wxThread::IsMain())
             std::fflush(m_pFile);
         wxLog::Flush();
     }
@@ -95,17 +103,28 @@ protected:
     {
         // Without a file (a failed open) the line is lost, as intended; a
         // thread-specific use of this target by a worker is refused.
-        if (!m_pFile || !wxThread::IsMain())
+        if (!m_pFile || m_bFull || !wxThread::IsMain())
             return;
         const wxString line = msg + "\n";
         const wxScopedCharBuffer text = line.utf8_str();  // may point into `line`
-        std::fwrite(text.data(), 1, text.length(), m_pFile);
+        errno = 0;
         // Line by line, so that a crash loses nothing already logged.
-        std::fflush(m_pFile);
+        if (std::fwrite(text.data(), 1, text.length(), m_pFile) == text.length() && std::fflush(m_pFile) == 0)
+            return;
+        if (errno != ENOSPC && errno != EDQUOT)
+            return;
+        // The log must not take the space the data file's next save needs:
+        // nothing more is written to this disk until the next file opens.
+        m_bFull = true;
+        std::clearerr(m_pFile);
+        std::cerr << "Cadrelle: the disk holding the log file " << m_path.utf8_str().data()
+                  << " is full; log lines are dropped until the next weekday's file opens" << std::endl;
     }
 
 private:
     std::FILE* m_pFile = nullptr;
+    wxString m_path;
+    bool m_bFull = false;
 };
 
 WeekdayLog::WeekdayLog(const wxString& appDir, const Clock& clock) : m_appDir(appDir), m_clock(clock) {}
@@ -113,6 +132,11 @@ WeekdayLog::WeekdayLog(const wxString& appDir, const Clock& clock) : m_appDir(ap
 WeekdayLog::~WeekdayLog()
 {
     Close();
+}
+
+bool WeekdayLog::HasFile() const
+{
+    return m_pFile != nullptr && m_pTarget && !m_pTarget->IsFull();
 }
 
 wxString WeekdayLog::FileName(int weekday)
@@ -136,7 +160,7 @@ bool WeekdayLog::Rebind(const wxString& path, const char* mode)
     }
     // Log lines carry job parameters: the file is the user's alone.
     m_pFile = OpenPrivateFile(path, mode);
-    m_pTarget->SetFile(m_pFile);
+    m_pTarget->SetFile(m_pFile, path);
     wxLog::SetTimestamp(kTimestampFormat);
     if (!m_pFile) {
         // The log itself cannot carry this news.

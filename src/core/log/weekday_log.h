@@ -60,8 +60,9 @@ public:
     // gives the previous wxLog target back and closes the file.
     void Close();
 
-    // A file is open and receives the lines.
-    bool HasFile() const { return m_pFile != nullptr; }
+    // A file is open and receives the lines (not when its disk filled up:
+    // the lines are then dropped until the next file opens).
+    bool HasFile() const;
     // The target is installed (between Open() and Close()).
     bool IsOpen() const { return m_pTarget != nullptr; }
     // Weekday of the current file, 0 = Sunday; -1 before Open().

@@ -49,6 +49,19 @@ bool IsPasswordHash(const wxString& stored)
     return stored.StartsWith(kSchemePrefix);
 }
 
+bool IsCheckablePassword(const wxString& stored)
+{
+    if (stored.empty())
+        return false;
+    if (!IsPasswordHash(stored))
+        return true;
+    const std::string hash = stored.utf8_string();
+    // needs_rehash reads the whole text (costs, salt, hash) and says -1 when
+    // it is not a hash at all.
+    return SodiumReady() && hash.size() < crypto_pwhash_STRBYTES &&
+           crypto_pwhash_str_needs_rehash(hash.c_str(), kOpsLimit, kMemLimit) != -1;
+}
+
 PasswordCheck CheckPassword(const wxString& typed, const wxString& stored)
 {
     if (stored.empty() || !SodiumReady())

@@ -15,6 +15,11 @@ wxString HashPassword(const wxString& password);
 // True when `stored` is a hash this program wrote, not an old plain value.
 bool IsPasswordHash(const wxString& stored);
 
+// True when a typed password can be checked against `stored`: an old plain
+// value or a hash that libsodium can read. An empty value, or a damaged hash
+// (one that no password could ever match), cannot.
+bool IsCheckablePassword(const wxString& stored);
+
 enum class PasswordCheck {
     Wrong,
     Match,

@@ -1,5 +1,7 @@
 #include "core/store/change_tracker.h"
 
+#include "core/data/atomic_file.h"
+
 void ChangeTracker::MarkChangedByFiring(const wxDateTime& now)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
@@ -25,7 +27,10 @@ bool ChangeTracker::SaveFailed(const wxString& error, const wxDateTime& now)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_dtDataChanged = now;
-    const bool isNew = error != m_strLastSaveError;
-    m_strLastSaveError = error;
+    // Each attempt writes through a temporary file of another name: a disk
+    // that stays full must not read as a new failure every minute.
+    const wxString failure = WithoutTemporaryName(error);
+    const bool isNew = failure != m_strLastSaveError;
+    m_strLastSaveError = failure;
     return isNew;
 }

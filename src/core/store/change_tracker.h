@@ -27,7 +27,8 @@ public:
     // Takes every change as saved (nothing to write).
     void ClearChanged() { m_nSavedChanges.store(m_nChanges.load()); }
     // A save failed: the flag stays up and the next attempt comes a full
-    // delay after `now`. True when `error` differs from the last failure's.
+    // delay after `now`. True when `error` differs from the last failure's
+    // (the temporary file's name aside).
     bool SaveFailed(const wxString& error, const wxDateTime& now);
 
 private:

@@ -18,11 +18,9 @@ void CronDrivenTrigger::Load(const TriggerParam& param)
 {
     LoadCommon(param);
     m_bConditionInvalid = !m_schedule.IsConditionValid(m_strCondition, ConditionVersion(), GetTid(), Context().Messages());
-    const CronMoments moments = m_schedule.MomentsAfter(FloorSeconds(NowMs()));
-    wxDateTime shown = MomentOrInvalid(moments.next1Ms);
-    if (shown.IsValid())
-        shown.SetSecond(0).SetMillisecond(0);
-    m_dtNextFire = shown;
+    // The moment the first check will aim at, to the second: the list (and
+    // a save before that check) shows when it fires, not the minute it falls in.
+    m_dtNextFire = MomentOrInvalid(m_schedule.MomentsAfter(FloorSeconds(NowMs())).next1Ms);
 }
 
 bool CronDrivenTrigger::InActivePeriod(std::int64_t nowMs) const

@@ -11,8 +11,8 @@ public:
     // `type` is one of the recurring kinds (IsCronDrivenType).
     CronDrivenTrigger(std::uint32_t type, const SessionContext& context) : Trigger(type, context) {}
 
-    // The next fire time from now, rounded down to the minute: the value
-    // shown right after loading; the first check replaces it.
+    // The next fire time after now (whole seconds): the value shown right
+    // after loading, the one the first check aims at.
     void Load(const TriggerParam& param) override;
     bool CheckAndAdvance() override;
     bool IsDue(int toleranceSec) const override;

@@ -53,10 +53,18 @@ void CronSchedule::Parse(const wxString& condition, UserMessages* report, std::i
         if (report) {
             wxLogMessage("%d ### [TID_%lld] cron condition \"%s\": %s", LogMs(), static_cast<long long>(tid),
                          condition, wxString(e.what()));
-            if (!report->EchoesToStderr())
-                std::cerr << e.what() << std::endl;
+            // Standard error names the trigger, as the log does: the parser's
+            // text alone does not say which of many triggers is wrong.
+            const wxString named = wxString::Format("trigger TID_%lld, condition \"%s\": %s",
+                                                    static_cast<long long>(tid), condition,
+                                                    TranslateFromAnyThread(e.what()));
             // The toolkit's default message-box caption.
-            report->ShowMessage(TranslateFromAnyThread(e.what()), "Message");
+            if (report->EchoesToStderr()) {
+                report->ShowMessage(named, "Message");
+            } else {
+                std::cerr << "Cadrelle: " << named.utf8_string() << std::endl;
+                report->ShowMessage(TranslateFromAnyThread(e.what()), "Message");
+            }
         }
     }
 }

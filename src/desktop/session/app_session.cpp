@@ -41,6 +41,14 @@ void AppSession::Start(EngineHost& host, UserMessages* messages)
     if (!m_pLog->Open())
         std::cerr << "cadrelle: cannot open the log file in " << m_appDir << "; running without a log" << std::endl;
     m_context->SetSettings(m_pPrefs.get());
+    // Preferences that could not be read were kept aside: the user is told,
+    // in the window and on standard error alike.
+    const wxString prefsProblem = m_pPrefs->ProblemMessage();
+    if (!prefsProblem.empty()) {
+        if (!m_context->Messages().EchoesToStderr())
+            std::cerr << "cadrelle: " << prefsProblem.utf8_string() << std::endl;
+        m_context->Messages().ShowMessage(prefsProblem, "Cadrelle");
+    }
     m_pIdleTime = CreatePlatformIdleTimeSource();
     m_context->SetIdleTimeSource(m_pIdleTime.get());
     m_loadReport = LoadSchedulerData(*m_pScheduler);

@@ -9,7 +9,12 @@
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
 
+#include <iostream>
+
+#include <wx/log.h>
+
 #include "core/app_dir.h"
+#include "core/core_log.h"
 #include "core/prefs/password_hash.h"
 #include "core/prefs/preference.h"
 
@@ -42,6 +47,15 @@ wxBitmapBundle LockKeyImage()
 
 bool AskUnlockPassword(wxWindow* parent, Preference& prefs)
 {
+    // A stored password that cannot be read matches nothing: asking for one
+    // would only answer "Invalid password." for ever. Say so, and how to reset.
+    if (prefs.IsPasswordUnreadable()) {
+        const wxString text = prefs.PasswordUnreadableMessage();
+        wxLogMessage("%d ### %s", LogMs(), text);
+        std::cerr << "cadrelle: " << text.utf8_string() << std::endl;
+        wxMessageBox(text, "Cadrelle", wxOK | wxICON_ERROR, parent);
+        return false;
+    }
     AuthDlg dlg(parent, prefs);
     return dlg.ShowModal() == wxID_OK;
 }

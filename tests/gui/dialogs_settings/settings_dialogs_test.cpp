@@ -115,6 +115,26 @@ TEST(AuthDlg, RefusesThenWaitsThenUpgradesAnOldPassword)
     EXPECT_EQ(CheckPassword("secret", prefs.GetValue("password")), PasswordCheck::Match);
 }
 
+// A stored password that no password can match: no dialog asks for one; a
+// message says why and how to reset it, and the lock holds.
+TEST(AuthDlg, AStoredPasswordThatCannotBeReadIsToldNotAskedFor)
+{
+    const auto storedPrefs = Preference::OpenUserPreferences();
+    Preference& prefs = *storedPrefs;
+    for (const char* stored : {"", "$argon2id$v=19$m=65536,t=2,p=1$broken"}) {
+        SCOPED_TRACE(stored);
+        prefs.SetValue("usePassword", "1");
+        prefs.SetValue("password", stored);
+        bool ok = true;
+        wxTEST_DIALOG(ok = AskUnlockPassword(nullptr, prefs),
+                      Message("the window stays locked. To reset it, quit Cadrelle and delete " +
+                                  Preference::UserConfigPath(), wxOK, true));
+        EXPECT_FALSE(ok);
+    }
+    prefs.SetValue("usePassword", "0");
+    prefs.SetValue("password", "");
+}
+
 TEST(LanguageChooser, StoresTheCodeAndKeepsItAcrossSaves)
 {
     const auto prefs = Preference::OpenUserPreferences();

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 #include <wx/app.h>
 #include <wx/dataview.h>
+#include <wx/display.h>
 #include <wx/log.h>
 #include <wx/srchctrl.h>
 #include <wx/uiaction.h>
@@ -166,6 +167,23 @@ TEST_F(MainFrameTest, SortOrderSurvivesARestart)
     ASSERT_NE(list, nullptr);
     for (unsigned i = 0; i < list->GetColumnCount(); ++i)
         EXPECT_EQ(list->GetColumn(i)->IsSortKey() && !list->GetColumn(i)->IsSortOrderAscending(), i == JColDesc) << i;
+}
+
+// A stored size far beyond the screen is fitted to it, and the log says so.
+TEST_F(MainFrameTest, StoredGeometryIsFittedToTheScreen)
+{
+    m_frame->CloseForGood();
+    ASSERT_TRUE(guitest::WaitFor([&] { return !m_frame; }));
+    {
+        const auto prefs = Preference::OpenUserPreferences();
+        prefs->SetValue("mainFrmH", "99999999");
+        prefs->SaveSettingParam();
+    }
+    Open();
+    const wxRect area = wxDisplay(0u).GetClientArea();
+    EXPECT_LE(m_frame->GetSize().GetHeight(), area.GetHeight());
+    EXPECT_TRUE(guitest::LogText(m_appDir).Contains("mainFrmH 99999999 does not fit the screen"));
+    m_frame->Prefs().SetValue("mainFrmH", "512");
 }
 
 // With the hide setting the close button only hides (ending for good, by
