@@ -62,3 +62,45 @@ TEST_F(RecurringTest, MalformedConditionNeverFiresShowsInvalidAndIsReportedOnce)
         EXPECT_EQ(trigger->GetNextFire(), Local(2026, 11, 23, 12, 0, 0));
     }
 }
+
+// After the wall clock steps, firing resumes at the first occurrence after
+// the new time: a step back must not leave the last firing (now in the
+// future) blocking every firing until the clock catches up with it; a step
+// forward skips what it jumped over. Daylight-saving changes are no steps:
+// the clock runs on and the occurrences follow local time.
+TEST_F(RecurringTest, AfterAClockStepFiringResumesAtTheFirstOccurrenceAfterIt)
+{
+    const struct {
+        int line;
+        const char* condition;
+        wxDateTime before;      // a firing here, then the clock steps...
+        std::int64_t stepMs;    // ...by this much (0: it runs on)
+        wxDateTime firstAfter;  // the first firing after the step
+    } cases[] = {
+        {__LINE__, "*/10 * * * * ?", Local(2026, 11, 23, 10, 3, 0), -180000, Local(2026, 11, 23, 10, 0, 10)},
+        {__LINE__, "*/10 * * * * ?", Local(2026, 11, 23, 10, 3, 0), -3600000, Local(2026, 11, 23, 9, 3, 10)},
+        {__LINE__, "0 */5 * * * ?", Local(2026, 11, 23, 10, 5, 0), -3600000, Local(2026, 11, 23, 9, 10, 0)},
+        {__LINE__, "*/10 * * * * ?", Local(2026, 11, 23, 10, 3, 0), 3600000, Local(2026, 11, 23, 11, 3, 10)},
+        // Daylight saving begins (02:00 -> 03:00) and ends (03:00 -> 02:00).
+        {__LINE__, "0 */30 * * * ?", Local(2026, 3, 29, 1, 30, 0), 0, Local(2026, 3, 29, 3, 0, 0)},
+        {__LINE__, "0 0 * * * ?", Local(2026, 10, 25, 1, 0, 0), 0, Local(2026, 10, 25, 2, 0, 0)},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.line);
+        At(c.before, -100);
+        auto trigger = Make(NTriggerTypeCron, c.condition);
+        ASSERT_TRUE(trigger->CheckAndAdvance());
+        ASSERT_EQ(trigger->GetPrevFire(), c.before);
+        clock.Advance(100 + c.stepMs);
+        std::vector<wxDateTime> fired;
+        for (int i = 0; i < 3 * 3600 * 20 && fired.empty(); ++i, clock.Advance(50)) {
+            if (trigger->CheckAndAdvance())
+                fired.push_back(trigger->GetPrevFire());
+        }
+        ASSERT_EQ(fired.size(), 1u);
+        EXPECT_EQ(fired[0], c.firstAfter) << fired[0].FormatISOCombined();
+        // The same occurrence never twice: the next firing is a later one.
+        clock.Advance(300);
+        EXPECT_FALSE(trigger->CheckAndAdvance());
+    }
+}

@@ -63,9 +63,10 @@ bool CronDrivenTrigger::CheckAndAdvance()
     const std::int64_t next = moments.next1Ms;
     m_dtNextFire.SetMs(next);
 
-    // Never twice for one match.
+    // Never twice for one match. A last firing that lies ahead (the clock
+    // was set back) blocks nothing: the first match after the new time fires.
     const std::int64_t prev = m_dtPrevFire.Ms();
-    if (prev != AtomicMoment::kInvalid && next - prev < kDoubleFireGuardMs)
+    if (prev != AtomicMoment::kInvalid && next - prev < kDoubleFireGuardMs && prev - next < kDoubleFireGuardMs)
         return false;
 
     // A firing missed while the program was not running is made up once,
