@@ -8,9 +8,13 @@ public:
     virtual ~IdleTimeSource() = default;
     // May be called from checker threads; 0 when the query fails.
     virtual long IdleSeconds() = 0;
+    // False when this session cannot tell idle time at all (no display):
+    // Idle Timeout triggers then say so instead of waiting for ever.
+    virtual bool IsAvailable() const { return true; }
 };
 
 class NoIdleTime final : public IdleTimeSource {
 public:
     long IdleSeconds() override { return 0; }
+    bool IsAvailable() const override { return false; }
 };

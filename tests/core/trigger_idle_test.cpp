@@ -61,3 +61,20 @@ TEST_F(IdleTest, ConditionUnitsAndTheirThresholds)
     EXPECT_FALSE(none->CheckAndAdvance());
     EXPECT_EQ(Make(NTriggerTypeIdleTimeout, "- 10 - - - -")->GetCondition(), "- 10 - - - -");
 }
+
+// Without a source of idle time (a session without a display) the trigger
+// says so instead of waiting for ever, and waits again once there is one.
+TEST_F(IdleTest, WithoutIdleTimeTheStatusSaysWhy)
+{
+    At(Local(2026, 11, 23, 10, 0, 0));
+    auto trigger = Make(NTriggerTypeIdleTimeout, "45 - - - - -");
+    context.SetIdleTimeSource(nullptr);
+    EXPECT_FALSE(trigger->CheckAndAdvance());
+    EXPECT_EQ(trigger->GetStatus(), NTriggerStatusNoIdleTime);
+    EXPECT_EQ(TriggerStatusName(trigger->GetStatus()), "No idle time");
+    context.SetIdleTimeSource(&idle);
+    idle.seconds = 45;
+    clock.Advance(50);
+    EXPECT_TRUE(trigger->CheckAndAdvance());
+    EXPECT_EQ(trigger->GetStatus(), NTriggerStatusWaiting);
+}

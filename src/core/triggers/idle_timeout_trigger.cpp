@@ -39,6 +39,12 @@ bool IdleTimeoutTrigger::CheckAndAdvance()
     }
     if (m_nAmount <= 0)
         return false;
+    if (!Context().IdleTime().IsAvailable()) {
+        SetStatus(NTriggerStatusNoIdleTime);
+        return false;
+    }
+    if (GetStatus() == NTriggerStatusNoIdleTime)
+        SetStatus(NTriggerStatusWaiting);
     if (m_nAfterFire == 0)
         m_nIdleSeconds = Context().IdleTime().IdleSeconds();
     if (m_nAfterFire > kQuietChecks - 1) {

@@ -11,6 +11,7 @@ namespace {
 const char* const kStatusNames[NTriggerStatusCount] = {
     wxTRANSLATE("Wait Start"), wxTRANSLATE("Waiting"), wxTRANSLATE("Fired"),   wxTRANSLATE("Timeout"),
     wxTRANSLATE("Disable"),    wxTRANSLATE("Editing"), wxTRANSLATE("Invalid"),
+    wxTRANSLATE("No idle time"),
 };
 
 }  // namespace

@@ -23,10 +23,11 @@ enum TriggerStatus : std::uint32_t {
     NTriggerStatusDisable = 4,
     NTriggerStatusEditing = 5,
     NTriggerStatusInvalid = 6,  // a recurring kind whose CONDITION does not parse
-    NTriggerStatusCount = 7
+    NTriggerStatusNoIdleTime = 7,  // Idle Timeout where the session tells no idle time (no display)
+    NTriggerStatusCount = 8
 };
 
-// Display name of a status; empty above 6.
+// Display name of a status; empty above 7.
 wxString TriggerStatusName(std::uint32_t status);
 
 // The flat form of a trigger, through which it is loaded, saved and copied.

@@ -28,6 +28,8 @@ public:
             XCloseDisplay(m_display);
     }
 
+    bool IsAvailable() const override { return m_hasExtension && m_info; }
+
     long IdleSeconds() override
     {
         std::lock_guard<std::mutex> lock(m_mutex);
