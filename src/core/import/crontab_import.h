@@ -1,0 +1,41 @@
+#pragma once
+// A crontab, line by line, as Cadrelle jobs: each schedule line becomes an
+// Exec DOS Command job with Cron triggers (or With Start for @reboot), each
+// other line says what it does or why it cannot be brought over. Pure: no
+// file is read or written here (see docs/IMPORT.md).
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <wx/string.h>
+
+#include "core/scheduler.h"
+
+struct CrontabLine {
+    enum class Fate {
+        Job,          // becomes a job
+        Environment,  // sets a variable for the lines below it
+        Ignored,      // blank or comment
+        Refused       // cannot be brought over exactly: `reason` says why
+    };
+    int number = 0;   // 1-based
+    wxString text;    // as written
+    Fate fate = Fate::Ignored;
+    wxString reason;  // Refused: why; Environment: what it does
+    // Job:
+    std::vector<wxString> conditions;  // six-field expressions; empty with atStart
+    bool atStart = false;              // @reboot: With Start, no delay
+    wxString command;                  // what the job runs
+    wxString description;              // the job's description
+};
+
+// Every line of `text` (UTF-8) with its fate.
+std::vector<CrontabLine> TranslateCrontab(const std::string& text);
+
+// The job edits (new JIDs and TIDs not used in `scheduler`) for the lines
+// that become jobs.
+std::vector<JobEdit> CrontabJobEdits(const std::vector<CrontabLine>& lines, const Scheduler& scheduler);
+
+// One line of the preview: "line N: <fate>" in the user's language.
+wxString DescribeCrontabLine(const CrontabLine& line);
