@@ -240,7 +240,10 @@ Agenda BuildAgenda(const Scheduler& scheduler, const AgendaOptions& options)
         agenda.runs.insert(agenda.runs.end(), skipped.begin(), skipped.end());
         std::inplace_merge(agenda.runs.begin(), agenda.runs.begin() + static_cast<std::ptrdiff_t>(middle),
                            agenda.runs.end(),
-                           [](const AgendaRun& a, const AgendaRun& b) { return a.atMs < b.atMs; });
+                           [&agenda](const AgendaRun& a, const AgendaRun& b) {
+                               return a.atMs != b.atMs ? a.atMs < b.atMs
+                                                       : agenda.sources[a.source].jid < agenda.sources[b.source].jid;
+                           });
     }
 
     // Power and session jobs are marked; two power runs close together both.

@@ -65,6 +65,33 @@ std::string WeekdaySevenAsZero(const std::string& field)
     return out;
 }
 
+// Month and weekday names (any case, three letters) as numbers, as cron
+// reads them.
+std::string NamesAsNumbers(const std::string& field, const char* const* names, std::size_t count, int first)
+{
+    std::string out;
+    for (std::size_t i = 0; i < field.size();) {
+        if (std::isalpha(static_cast<unsigned char>(field[i])) && i + 3 <= field.size()) {
+            std::string word = field.substr(i, 3);
+            for (char& c : word)
+                c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+            const auto* found = std::find(names, names + count, word);
+            const bool alone = i + 3 == field.size() || !std::isalpha(static_cast<unsigned char>(field[i + 3]));
+            if (found != names + count && alone) {
+                out += std::to_string(first + (found - names));
+                i += 3;
+                continue;
+            }
+        }
+        out += field[i++];
+    }
+    return out;
+}
+
+const char* const kMonthNames[] = {"jan", "feb", "mar", "apr", "may", "jun",
+                                   "jul", "aug", "sep", "oct", "nov", "dec"};
+const char* const kWeekdayNames[] = {"sun", "mon", "tue", "wed", "thu", "fri", "sat"};
+
 struct Nickname {
     const char* word;
     const char* condition;  // empty: @reboot
@@ -98,8 +125,11 @@ struct Environment {
 
 // The schedule fields as the engine's conditions (one, or two when cron's
 // "day of month or weekday" rule needs both); the reason when not possible.
-std::vector<std::string> Conditions(const std::vector<std::string>& f, wxString& reason)
+std::vector<std::string> Conditions(std::vector<std::string> f, wxString& reason)
 {
+    const std::string written = f[0] + " " + f[1] + " " + f[2] + " " + f[3] + " " + f[4];
+    f[3] = NamesAsNumbers(f[3], kMonthNames, 12, 1);
+    f[4] = NamesAsNumbers(f[4], kWeekdayNames, 7, 0);
     for (std::size_t i = 0; i < 5; ++i) {
         if (f[i].find_first_not_of("0123456789*,-/abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ") !=
             std::string::npos) {
@@ -126,7 +156,7 @@ std::vector<std::string> Conditions(const std::vector<std::string>& f, wxString&
             ParseCronExpr(condition);
         } catch (const cron::bad_cronexpr& e) {
             reason = wxString::Format(_("the schedule \"%s\" is not valid: %s"),
-                                      FromUtf8(f[0] + " " + f[1] + " " + f[2] + " " + f[3] + " " + f[4]),
+                                      FromUtf8(written),
                                       TranslateFromAnyThread(e.what()));
             return {};
         }
