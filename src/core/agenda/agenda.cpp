@@ -95,6 +95,8 @@ struct CronSource {
 
 struct Pending {
     std::int64_t ms;
+    std::int64_t tid;  // the order among runs of the same moment: JID, then TID
+    std::int32_t jid;
     std::uint32_t source;
     std::int32_t cron;  // index into the cron sources, -1 for a one-shot run
 };
@@ -163,7 +165,7 @@ Agenda BuildAgenda(const Scheduler& scheduler, const AgendaOptions& options)
                     const std::int64_t ms = ToMs(next);
                     if (ms <= options.fromMs || ms > options.untilMs)
                         continue;
-                    oneShots.push_back({ms, index, -1});
+                    oneShots.push_back({ms, tid, job->GetId(), index, -1});
                 } else {
                     continue;  // Idle Timeout fires by idle time, not by the clock
                 }
@@ -174,19 +176,18 @@ Agenda BuildAgenda(const Scheduler& scheduler, const AgendaOptions& options)
 
     // One ordered walk over all triggers at once (a k-way merge), so the
     // list can stop at maxRuns with exactly the earliest runs in it.
-    const auto later = [&agenda](const Pending& a, const Pending& b) {
+    const auto later = [](const Pending& a, const Pending& b) {
         if (a.ms != b.ms)
             return a.ms > b.ms;
-        const AgendaSource& sa = agenda.sources[a.source];
-        const AgendaSource& sb = agenda.sources[b.source];
-        return sa.jid != sb.jid ? sa.jid > sb.jid : sa.tid > sb.tid;
+        return a.jid != b.jid ? a.jid > b.jid : a.tid > b.tid;
     };
     std::vector<Pending> heap = oneShots;
     heap.reserve(heap.size() + crons.size());
     for (std::size_t i = 0; i < crons.size(); ++i) {
         const std::time_t next = CronNext(crons[i].expr, static_cast<std::time_t>(crons[i].firstAfterSec));
         if (next != static_cast<std::time_t>(-1) && next <= crons[i].lastSec)
-            heap.push_back({static_cast<std::int64_t>(next) * 1000, crons[i].source, static_cast<std::int32_t>(i)});
+            heap.push_back({static_cast<std::int64_t>(next) * 1000, agenda.sources[crons[i].source].tid,
+                            agenda.sources[crons[i].source].jid, crons[i].source, static_cast<std::int32_t>(i)});
     }
     std::make_heap(heap.begin(), heap.end(), later);
     while (!heap.empty()) {
@@ -202,7 +203,8 @@ Agenda BuildAgenda(const Scheduler& scheduler, const AgendaOptions& options)
             const CronSource& cron = crons[static_cast<std::size_t>(run.cron)];
             const std::time_t next = CronNext(cron.expr, static_cast<std::time_t>(run.ms / 1000));
             if (next != static_cast<std::time_t>(-1) && next <= cron.lastSec) {
-                heap.push_back({static_cast<std::int64_t>(next) * 1000, run.source, run.cron});
+                run.ms = static_cast<std::int64_t>(next) * 1000;
+                heap.push_back(run);
                 std::push_heap(heap.begin(), heap.end(), later);
             }
         }
