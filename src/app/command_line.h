@@ -1,13 +1,14 @@
 #pragma once
 // What the user asked for on the command line.
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
 #include "desktop/control/control_protocol.h"
 
 struct CommandLine {
-    enum class Mode { Gui, List, CronNext, Describe, Agenda, ImportCrontab, Headless, Control, Help, Version, Error };
+    enum class Mode { Gui, List, CronNext, Describe, Agenda, ImportCrontab, Export, ImportJobs, Headless, Control, Help, Version, Error };
     Mode mode = Mode::Gui;
     std::string appDir;                  // --app-dir DIR
     std::vector<std::string> cronArgs;   // everything after --cron-next or --describe
@@ -17,6 +18,8 @@ struct CommandLine {
     int agendaDays = 1;                  // --agenda --days N
     std::string importFile;              // --import-crontab FILE; "-" standard input, empty: `crontab -l`
     bool dryRun = false;                 // --import-crontab --dry-run
+    std::string transferFile;            // --export FILE, --import FILE
+    std::vector<std::int32_t> exportJids;  // --export FILE JID...; empty: all
 };
 
 CommandLine ParseCommandLine(int argc, char** argv);

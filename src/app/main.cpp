@@ -18,7 +18,7 @@
 #include "core/i18n/ui_language.h"
 #include "core/list_command.h"
 #include "desktop/control/control_client.h"
-#include "app/import_crontab_command.h"
+#include "app/import_commands.h"
 #include "desktop/platform/display_threads.h"
 #include "gui/cadrelle_app.h"
 
@@ -99,6 +99,16 @@ int main(int argc, char** argv)
         return RunConsole(argc, argv, [&] {
             return RunImportCrontabCommand(ChooseAppDir(wxString::FromUTF8(cl.appDir), ExecutableDir()),
                                            cl.importFile, cl.dryRun, std::cin, std::cout, std::cerr);
+        });
+    case CommandLine::Mode::Export:
+        return RunConsole(argc, argv, [&] {
+            return RunExportCommand(ChooseAppDir(wxString::FromUTF8(cl.appDir), ExecutableDir()), cl.transferFile,
+                                    cl.exportJids, std::cout, std::cerr);
+        });
+    case CommandLine::Mode::ImportJobs:
+        return RunConsole(argc, argv, [&] {
+            return RunImportJobsCommand(ChooseAppDir(wxString::FromUTF8(cl.appDir), ExecutableDir()),
+                                        cl.transferFile, std::cout, std::cerr);
         });
     case CommandLine::Mode::List:
         return RunConsole(argc, argv, [&] {

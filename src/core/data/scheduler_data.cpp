@@ -141,9 +141,8 @@ DataLoadReport LoadSchedulerData(Scheduler& scheduler, bool keepUnreadableCopies
     return report;
 }
 
-namespace {
-
-std::string BuildDocument(const std::vector<Scheduler::JobPtr>& jobs, const std::vector<Scheduler::TriggerPtr>& triggers)
+std::string BuildDataDocument(const std::vector<Scheduler::JobPtr>& jobs,
+                              const std::vector<Scheduler::TriggerPtr>& triggers)
 {
     std::string out;
     out.reserve(256 + jobs.size() * 256 + triggers.size() * 256);
@@ -181,8 +180,6 @@ std::string BuildDocument(const std::vector<Scheduler::JobPtr>& jobs, const std:
     return out;
 }
 
-}  // namespace
-
 DataSaveResult SaveSchedulerData(Scheduler& scheduler, bool workingOnly)
 {
     ChangeTracker& changes = scheduler.Changes();
@@ -194,7 +191,7 @@ DataSaveResult SaveSchedulerData(Scheduler& scheduler, bool workingOnly)
         // Checker threads keep running: they only change trigger times,
         // which are read atomically. The writing below happens unlocked.
         auto lock = scheduler.ReadLock();
-        content = BuildDocument(scheduler.Jobs(), scheduler.Triggers());
+        content = BuildDataDocument(scheduler.Jobs(), scheduler.Triggers());
     }
     const DataFilePaths& paths = scheduler.Paths();
     wxString error;
