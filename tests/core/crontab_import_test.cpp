@@ -126,6 +126,10 @@ TEST(CrontabImport, EnvironmentLinesApplyToTheLinesBelowThem)
         EXPECT_EQ(lines[i].number, static_cast<int>(i + 1));
         EXPECT_EQ(Summary(lines[i]), expected[i]);
     }
+    // Commented out: only the lines that became jobs, the rest byte for byte.
+    const std::string again = "@daily a\r\nPATH=/x\n\n@often b\n1 2 3 4 5 c";
+    EXPECT_EQ(CommentOutImported(again, TranslateCrontab(again)),
+              "#cadrelle: @daily a\r\nPATH=/x\n\n@often b\n#cadrelle: 1 2 3 4 5 c");
     EXPECT_EQ(DescribeCrontabLine(lines[2]).utf8_string(),
               "line 3: job \"env PATH='/opt/bin:/usr/bin' /bin/sh -c 'b'\", Every day at 00:00");
     EXPECT_EQ(DescribeCrontabLine(lines[7]).utf8_string(),

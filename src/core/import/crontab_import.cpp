@@ -386,3 +386,23 @@ wxString DescribeCrontabLine(const CrontabLine& line)
     }
     return wxString::Format(_("line %d: not imported: %s"), line.number, line.reason);
 }
+
+std::string CommentOutImported(const std::string& text, const std::vector<CrontabLine>& lines)
+{
+    std::set<int> imported;
+    for (const CrontabLine& line : lines)
+        if (line.fate == CrontabLine::Fate::Job)
+            imported.insert(line.number);
+    std::string out;
+    std::size_t start = 0;
+    for (int number = 1; start < text.size(); ++number) {
+        const std::size_t end = std::min(text.find('\n', start), text.size());
+        if (imported.count(number))
+            out += "#cadrelle: ";
+        out += text.substr(start, end - start);
+        if (end < text.size())
+            out += '\n';
+        start = end + 1;
+    }
+    return out;
+}

@@ -37,5 +37,10 @@ std::vector<CrontabLine> TranslateCrontab(const std::string& text);
 // that become jobs.
 std::vector<JobEdit> CrontabJobEdits(const std::vector<CrontabLine>& lines, const Scheduler& scheduler);
 
+// The crontab with the lines that became jobs commented out ("#cadrelle: "
+// in front), everything else as it was; what the user may install after an
+// import, never without asking.
+std::string CommentOutImported(const std::string& text, const std::vector<CrontabLine>& lines);
+
 // One line of the preview: "line N: <fate>" in the user's language.
 wxString DescribeCrontabLine(const CrontabLine& line);
