@@ -103,8 +103,8 @@ AgendaPane::AgendaPane(wxWindow* parent, const Scheduler& scheduler, std::functi
     const struct {
         const char* title;
         int width;
-    } columns[] = {{wxTRANSLATE("Day"), 150}, {wxTRANSLATE("Time"), 80}, {wxTRANSLATE("Job"), 220},
-                   {wxTRANSLATE("Trigger"), 260}, {wxTRANSLATE("Marks"), 200}};
+    } columns[] = {{wxTRANSLATE("Day"), 180}, {wxTRANSLATE("Time"), 80}, {wxTRANSLATE("Job"), 260},
+                   {wxTRANSLATE("Trigger"), 300}, {wxTRANSLATE("Marks"), 260}};
     for (unsigned i = 0; i < ColCount; ++i)
         m_pList->AppendTextColumn(wxGetTranslation(columns[i].title), i, wxDATAVIEW_CELL_INERT, columns[i].width,
                                   wxALIGN_LEFT, wxDATAVIEW_COL_RESIZABLE);
