@@ -284,3 +284,14 @@ wxString AgendaMarkText(unsigned marks)
         add(_("hour skipped by the clock change: does not run"));
     return text;
 }
+
+wxString AgendaDayTitle(std::int64_t ms)
+{
+    // The C library's names follow the locale, which the program does not
+    // set; the catalogue's do.
+    static const char* const kWeekdays[] = {wxTRANSLATE("Sunday"),   wxTRANSLATE("Monday"), wxTRANSLATE("Tuesday"),
+                                            wxTRANSLATE("Wednesday"), wxTRANSLATE("Thursday"), wxTRANSLATE("Friday"),
+                                            wxTRANSLATE("Saturday")};
+    const wxDateTime day = FromMs(ms);
+    return day.Format("%Y-%m-%d ") + wxGetTranslation(kWeekdays[day.GetWeekDay()]);
+}

@@ -75,6 +75,9 @@ Agenda BuildAgenda(const Scheduler& scheduler, const AgendaOptions& options);
 // time, so a day with a daylight saving change is 23 or 25 hours long).
 AgendaOptions AgendaWindow(std::int64_t nowMs, int days);
 
+// The heading of a day: "2026-11-25 Wednesday", the weekday translated.
+wxString AgendaDayTitle(std::int64_t ms);
+
 // The marks as short words ("power", "session", "power twice in 10 min",
 // "repeated hour", "skipped hour"), translated, joined with ", ".
 wxString AgendaMarkText(unsigned marks);

@@ -28,7 +28,7 @@ void PrintAgenda(const Agenda& agenda, std::int64_t fromMs, std::int64_t untilMs
     wxString day;
     for (const AgendaRun& run : agenda.runs) {
         const wxDateTime at = FromMs(run.atMs);
-        const wxString thisDay = at.Format("%Y-%m-%d ") + wxDateTime::GetWeekDayName(at.GetWeekDay());
+        const wxString thisDay = AgendaDayTitle(run.atMs);
         if (thisDay != day) {
             day = thisDay;
             out << Utf8(day) << "\n";

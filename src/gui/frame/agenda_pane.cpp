@@ -35,7 +35,7 @@ public:
         switch (col) {
         case ColDay: {
             const bool first = row == 0 || FromMs(m_agenda.runs[row - 1].atMs).GetDateOnly() != at.GetDateOnly();
-            value = first ? at.Format("%Y-%m-%d ") + wxDateTime::GetWeekDayName(at.GetWeekDay()) : wxString();
+            value = first ? AgendaDayTitle(run.atMs) : wxString();
             break;
         }
         case ColTime:
@@ -103,8 +103,8 @@ AgendaPane::AgendaPane(wxWindow* parent, const Scheduler& scheduler, std::functi
     const struct {
         const char* title;
         int width;
-    } columns[] = {{wxTRANSLATE("Day"), 180}, {wxTRANSLATE("Time"), 80}, {wxTRANSLATE("Job"), 260},
-                   {wxTRANSLATE("Trigger"), 300}, {wxTRANSLATE("Marks"), 260}};
+    } columns[] = {{wxTRANSLATE("Day"), 160}, {wxTRANSLATE("Time"), 70}, {wxTRANSLATE("Job"), 220},
+                   {wxTRANSLATE("Trigger"), 240}, {wxTRANSLATE("Marks"), 220}};
     for (unsigned i = 0; i < ColCount; ++i)
         m_pList->AppendTextColumn(wxGetTranslation(columns[i].title), i, wxDATAVIEW_CELL_INERT, columns[i].width,
                                   wxALIGN_LEFT, wxDATAVIEW_COL_RESIZABLE);

@@ -177,6 +177,6 @@ void CadrelleFrame::BuildAgendaPane()
 {
     m_pAgenda = new AgendaPane(this, m_pSession->GetScheduler(),
                                [this](std::int32_t jid) { OpenJobDialog(JobDlgMode::EditJob, jid, "Edit Job"); });
-    m_mgr.AddPane(m_pAgenda, wxAuiPaneInfo().Name("Agenda").Caption(_("Agenda")).Bottom().Layer(1).BestSize(-1, 220)
+    m_mgr.AddPane(m_pAgenda, wxAuiPaneInfo().Name("Agenda").Caption(_("Agenda")).Bottom().Position(1).BestSize(520, 200)
                                  .MinSize(-1, 120).Hide());
 }
