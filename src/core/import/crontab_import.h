@@ -2,7 +2,7 @@
 // A crontab, line by line, as Cadrelle jobs: each schedule line becomes an
 // Exec DOS Command job with Cron triggers (or With Start for @reboot), each
 // other line says what it does or why it cannot be brought over. Pure: no
-// file is read or written here (see docs/IMPORT.md).
+// file is read or written here (see docs/AGENDA_AND_IMPORT.md).
 
 #include <cstdint>
 #include <string>

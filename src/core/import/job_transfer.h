@@ -2,7 +2,7 @@
 // Jobs carried between schedulers: an export file has the data file's own
 // layout (the jobs, their triggers and chains); importing gives every job and
 // trigger a JID and TID free in the receiving scheduler and keeps the chains
-// between the imported jobs. See docs/IMPORT.md.
+// between the imported jobs. See docs/AGENDA_AND_IMPORT.md.
 
 #include <cstdint>
 #include <string>
