@@ -13,6 +13,7 @@
 #include "core/data/atomic_file.h"
 #include "core/import/crontab_import.h"
 #include "core/import/job_transfer.h"
+#include "core/import/systemd_timer_import.h"
 #include "core/scheduler.h"
 #include "core/session/session_context.h"
 #include "core/text_number.h"
@@ -106,7 +107,12 @@ int RunImportCrontabCommand(const wxString& appDir, const std::string& file, boo
     std::string text;
     if (!ReadCrontab(file, in, text, err))
         return 1;
-    const std::vector<CrontabLine> lines = TranslateCrontab(text);
+    std::vector<CrontabLine> lines = TranslateCrontab(text);
+    // The user's own crontab comes with the user's systemd timers.
+    if (file.empty()) {
+        const std::vector<CrontabLine> timers = ReadSystemdTimers(UserSystemdTimerFolder());
+        lines.insert(lines.end(), timers.begin(), timers.end());
+    }
     int jobs = 0, refused = 0;
     for (const CrontabLine& line : lines) {
         out << Utf8(DescribeCrontabLine(line)) << "\n";

@@ -128,8 +128,8 @@ struct Environment {
 std::vector<std::string> Conditions(std::vector<std::string> f, wxString& reason)
 {
     const std::string written = f[0] + " " + f[1] + " " + f[2] + " " + f[3] + " " + f[4];
-    f[3] = NamesAsNumbers(f[3], kMonthNames, 12, 1);
-    f[4] = NamesAsNumbers(f[4], kWeekdayNames, 7, 0);
+    f[3] = CronNamesAsNumbers(f[3], false);
+    f[4] = CronNamesAsNumbers(f[4], true);
     for (std::size_t i = 0; i < 5; ++i) {
         if (f[i].find_first_not_of("0123456789*,-/abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ") !=
             std::string::npos) {
@@ -246,6 +246,11 @@ wxString Shortened(const std::string& text)
 
 }  // namespace
 
+std::string CronNamesAsNumbers(const std::string& field, bool weekday)
+{
+    return weekday ? NamesAsNumbers(field, kWeekdayNames, 7, 0) : NamesAsNumbers(field, kMonthNames, 12, 1);
+}
+
 std::vector<CrontabLine> TranslateCrontab(const std::string& text)
 {
     std::vector<CrontabLine> lines;
@@ -347,7 +352,7 @@ std::vector<JobEdit> CrontabJobEdits(const std::vector<CrontabLine>& lines, cons
         edit.job.params = {line.command};
         std::vector<std::pair<std::uint32_t, wxString>> triggers;
         if (line.atStart)
-            triggers.emplace_back(NTriggerTypeWithStart, "0 0 0 0 - -");
+            triggers.emplace_back(NTriggerTypeWithStart, line.startDelay + " - -");
         for (const wxString& condition : line.conditions)
             triggers.emplace_back(NTriggerTypeCron, condition);
         for (const auto& [type, condition] : triggers) {
@@ -372,9 +377,11 @@ wxString DescribeCrontabLine(const CrontabLine& line)
     case CrontabLine::Fate::Job: {
         wxString when;
         if (line.atStart)
-            when = DescribeTrigger(NTriggerTypeWithStart, "0 0 0 0 - -");
+            when = DescribeTrigger(NTriggerTypeWithStart, line.startDelay + " - -");
         for (const wxString& condition : line.conditions)
             when += (when.empty() ? "" : _(", or ")) + DescribeCron(condition);
+        if (!line.source.empty())
+            return wxString::Format(_("%s: job \"%s\", %s"), line.source, line.command, when);
         return wxString::Format(_("line %d: job \"%s\", %s"), line.number, line.command, when);
     }
     case CrontabLine::Fate::Environment:
@@ -384,6 +391,8 @@ wxString DescribeCrontabLine(const CrontabLine& line)
     case CrontabLine::Fate::Refused:
         break;
     }
+    if (!line.source.empty())
+        return wxString::Format(_("%s: not imported: %s"), line.source, line.reason);
     return wxString::Format(_("line %d: not imported: %s"), line.number, line.reason);
 }
 

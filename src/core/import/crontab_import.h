@@ -21,14 +21,20 @@ struct CrontabLine {
     };
     int number = 0;   // 1-based
     wxString text;    // as written
+    wxString source;  // empty for a crontab line; the unit's name for a systemd timer
     Fate fate = Fate::Ignored;
     wxString reason;  // Refused: why; Environment: what it does
     // Job:
     std::vector<wxString> conditions;  // six-field expressions; empty with atStart
-    bool atStart = false;              // @reboot: With Start, no delay
+    bool atStart = false;              // @reboot: With Start
+    wxString startDelay = "0 0 0 0";   // With Start: days hours minutes seconds
     wxString command;                  // what the job runs
     wxString description;              // the job's description
 };
+
+// Month (1..12) and weekday (0..6, Sunday 0) names, three letters in any
+// case, as numbers; every other character as it was.
+std::string CronNamesAsNumbers(const std::string& field, bool weekday);
 
 // Every line of `text` (UTF-8) with its fate.
 std::vector<CrontabLine> TranslateCrontab(const std::string& text);

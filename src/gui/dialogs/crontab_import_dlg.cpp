@@ -25,10 +25,10 @@ CrontabImportChoice ShowCrontabImportDlg(wxWindow* parent, const wxString& sourc
     list->AppendTextColumn(_("Becomes"), wxDATAVIEW_CELL_INERT, 500, wxALIGN_LEFT, wxDATAVIEW_COL_RESIZABLE);
     for (const CrontabLine& line : lines) {
         wxString fate = DescribeCrontabLine(line);
-        // The line number has its own column.
+        // The line number (or the timer's name) has its own column.
         fate = fate.AfterFirst(':').Trim(false);
         wxVector<wxVariant> row;
-        row.push_back(wxVariant(wxString::Format("%d", line.number)));
+        row.push_back(wxVariant(line.source.empty() ? wxString::Format("%d", line.number) : line.source));
         row.push_back(wxVariant(line.text));
         row.push_back(wxVariant(fate));
         list->AppendItem(row);

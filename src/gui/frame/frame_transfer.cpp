@@ -13,6 +13,7 @@
 #include "core/data/atomic_file.h"
 #include "core/import/crontab_import.h"
 #include "core/import/job_transfer.h"
+#include "core/import/systemd_timer_import.h"
 #include "core/scheduler.h"
 #include "desktop/session/app_session.h"
 #include "gui/dialogs/crontab_import_dlg.h"
@@ -85,7 +86,10 @@ void CadrelleFrame::OnImportCrontab(wxCommandEvent&)
             return;
         }
     }
-    const std::vector<CrontabLine> lines = TranslateCrontab(text);
+    std::vector<CrontabLine> lines = TranslateCrontab(text);
+    // The user's systemd timers are offered in the same preview.
+    const std::vector<CrontabLine> timers = ReadSystemdTimers(UserSystemdTimerFolder());
+    lines.insert(lines.end(), timers.begin(), timers.end());
     const CrontabImportChoice choice = ShowCrontabImportDlg(this, source, lines, own);
     if (!choice.confirmed)
         return;
