@@ -105,7 +105,9 @@ int RunImportCrontabCommand(const wxString& appDir, const std::string& file, boo
                             std::ostream& out, std::ostream& err)
 {
     std::string text;
-    if (!ReadCrontab(file, in, text, err))
+    // Without a crontab of their own, the user's systemd timers may still
+    // come over: the reason is said and the preview goes on.
+    if (!ReadCrontab(file, in, text, err) && !file.empty())
         return 1;
     std::vector<CrontabLine> lines = TranslateCrontab(text);
     // The user's own crontab comes with the user's systemd timers.

@@ -97,3 +97,32 @@ TEST(ImportCrontab, PreviewThenImportThenAgendaAndNothingWhileAnInstanceRuns)
     EXPECT_EQ(ReadFileBytes(data), before);
     EXPECT_EQ(program.Stop(SIGTERM), 0);
 }
+
+// Without a FILE the user's crontab comes with the user's systemd timers; with
+// no crontab at all (here: no crontab program) the timers still come over.
+TEST(ImportCrontab, UserTimersJoinThePreview)
+{
+    TempDir dir;
+    const std::string home = dir.File("home").utf8_string();
+    const std::string app = dir.File("app").utf8_string();
+    WriteFileBytes(dir.File("home/.config/systemd/user/tidy.timer"),
+                   "[Unit]\nDescription=Tidy\n[Timer]\nOnCalendar=Mon..Fri 18:00\nOnBootSec=5min\n");
+    WriteFileBytes(dir.File("home/.config/systemd/user/tidy.service"), "[Service]\nExecStart=tidy --old\n");
+    WriteFileBytes(dir.File("home/.config/systemd/user/poll.timer"), "[Timer]\nOnUnitActiveSec=1h\n");
+    WriteFileBytes(dir.File("home/.config/systemd/user/poll.service"), "[Service]\nExecStart=poll\n");
+    ChildEnvironment environment = ProgramEnvironment(home, {{"PATH", "/nonexistent"}});
+    const ProcessResult preview =
+        RunProcess({CADRELLE_BINARY, "--import-crontab", "--dry-run", "--app-dir", app}, environment, 30000);
+    EXPECT_EQ(preview.status, 0) << preview.err;
+    EXPECT_EQ(preview.out,
+              "poll.timer: not imported: line 2: OnUnitActiveSec=1h: no Cadrelle trigger does this\n"
+              "tidy.timer: job \"tidy --old\", 5 minutes after Cadrelle starts, or Every weekday at 18:00\n"
+              "2 lines: 1 become jobs, 1 cannot be imported.\n");
+    EXPECT_NE(preview.err.find("\"crontab -l\" did not give a crontab"), std::string::npos) << preview.err;
+
+    const ProcessResult imported = RunProcess({CADRELLE_BINARY, "--import-crontab", "--app-dir", app}, environment, 30000);
+    EXPECT_EQ(imported.status, 0) << imported.err;
+    const ProcessResult list = RunProcess({CADRELLE_BINARY, "--list", "--app-dir", app}, environment, 30000);
+    EXPECT_NE(list.out.find("0\tExec DOS Command\tyes\tTidy\ttidy --old\t1,2\t\n"), std::string::npos) << list.out;
+    EXPECT_NE(list.out.find("\tWith Start\t"), std::string::npos) << list.out;
+}

@@ -301,6 +301,8 @@ std::vector<CrontabLine> ReadSystemdTimers(const wxString& folder)
     wxDir::GetAllFiles(folder, &files, "*.timer", wxDIR_FILES);
     files.Sort();
     const auto read = [](const wxString& path, std::string& text) {
+        if (!wxFileExists(path))
+            return false;
         wxFFile file(path, "rb");
         wxString content;
         if (!file.IsOpened() || !file.ReadAll(&content, wxConvUTF8))

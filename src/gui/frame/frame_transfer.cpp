@@ -72,8 +72,10 @@ void CadrelleFrame::OnImportCrontab(wxCommandEvent&)
     std::string text;
     wxString reason;
     wxString source = _("Your crontab");
-    bool own = ReadOwnCrontab(text, reason);
-    if (!own) {
+    const bool own = ReadOwnCrontab(text, reason);
+    // The user's systemd timers are offered in the same preview.
+    const std::vector<CrontabLine> timers = ReadSystemdTimers(UserSystemdTimerFolder());
+    if (!own && timers.empty()) {
         Tell(this, wxString::Format(_("\"crontab -l\" did not give a crontab (%s). Choose a crontab file instead."),
                                     reason));
         wxFileDialog choose(this, _("Choose a crontab file"), wxString(), wxString(), "*", wxFD_OPEN |
@@ -87,8 +89,6 @@ void CadrelleFrame::OnImportCrontab(wxCommandEvent&)
         }
     }
     std::vector<CrontabLine> lines = TranslateCrontab(text);
-    // The user's systemd timers are offered in the same preview.
-    const std::vector<CrontabLine> timers = ReadSystemdTimers(UserSystemdTimerFolder());
     lines.insert(lines.end(), timers.begin(), timers.end());
     const CrontabImportChoice choice = ShowCrontabImportDlg(this, source, lines, own);
     if (!choice.confirmed)
