@@ -249,8 +249,9 @@ Agenda BuildAgenda(const Scheduler& scheduler, const AgendaOptions& options)
     }
 
     // Power and session jobs are marked; two power runs close together both.
-    const AgendaRun* lastPower = nullptr;
-    for (AgendaRun& run : agenda.runs) {
+    std::size_t lastPower = agenda.runs.size();  // none yet
+    for (std::size_t i = 0; i < agenda.runs.size(); ++i) {
+        AgendaRun& run = agenda.runs[i];
         const std::uint32_t type = agenda.sources[run.source].jobType;
         if (IsSessionJob(type))
             run.marks |= AgendaMarkSession;
@@ -259,11 +260,11 @@ Agenda BuildAgenda(const Scheduler& scheduler, const AgendaOptions& options)
         run.marks |= AgendaMarkPower;
         if (run.marks & AgendaMarkSkipped)
             continue;
-        if (lastPower && run.atMs - lastPower->atMs <= kAgendaPowerCloseMs) {
-            const_cast<AgendaRun*>(lastPower)->marks |= AgendaMarkPowerClose;
+        if (lastPower < agenda.runs.size() && run.atMs - agenda.runs[lastPower].atMs <= kAgendaPowerCloseMs) {
+            agenda.runs[lastPower].marks |= AgendaMarkPowerClose;
             run.marks |= AgendaMarkPowerClose;
         }
-        lastPower = &run;
+        lastPower = i;
     }
     return agenda;
 }
