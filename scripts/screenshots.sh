@@ -2,7 +2,7 @@
 # Screenshots of the main window and the dialogs in one language, on a private
 # X server with a window manager, to look at the layout in each language:
 #
-#   scripts/screenshots.sh LANGUAGE OUTPUT_DIR [CADRELLE]
+#   [DATA=data1.xml] scripts/screenshots.sh LANGUAGE OUTPUT_DIR [CADRELLE]
 #
 # LANGUAGE is a ui_language code (en, zh_CN, ja); CADRELLE defaults to
 # build/src/app/cadrelle. The program runs on a copy of the test data file
@@ -15,7 +15,7 @@ exe="$(realpath "${3:-$root/build/src/app/cadrelle}")"
 work="$(mktemp -d)"
 trap 'rm -rf "$work"' EXIT
 mkdir -p "$work/app/data" "$work/home/.config/Cadrelle" "$work/run"
-cp "$root/tests/data/golden_data1.xml" "$work/app/data/data1.xml"
+cp "${DATA:-$root/tests/data/golden_data1.xml}" "$work/app/data/data1.xml"
 printf 'ui_language=%s\n' "$lang" > "$work/home/.config/Cadrelle/Cadrelle.conf"
 
 export HOME="$work/home" XDG_CONFIG_HOME="$work/home/.config" XDG_DATA_HOME="$work/home/.local/share" \
@@ -30,6 +30,8 @@ xvfb-run -a -s "-screen 0 1280x860x24" dbus-run-session -- bash -euo pipefail -c
   main=$(xdotool search --sync --onlyvisible --name "Cadrelle" | head -1)
   xdotool windowactivate --sync "$main"
   shot main-window
+  # View > Agenda (Ctrl+G) on, shot, off.
+  xdotool key ctrl+g; shot agenda; xdotool key ctrl+g; sleep 0.5
   dialog new-job alt+n
   # Alt+S opens the Setting menu (its mnemonic), so the dialogs are taken from it.
   dialog settings alt+s Return

@@ -1,5 +1,10 @@
 #include "app/command_line.h"
 
+#include <cstdint>
+#include <cstdlib>
+
+#include "core/agenda/agenda_command.h"
+
 CommandLine ParseCommandLine(int argc, char** argv)
 {
     CommandLine cl;
@@ -25,6 +30,48 @@ CommandLine ParseCommandLine(int argc, char** argv)
             cl.mode = CommandLine::Mode::Describe;
             cl.cronArgs.assign(argv + i + 1, argv + argc);
             return cl;
+        } else if (arg == "--agenda") {
+            cl.mode = CommandLine::Mode::Agenda;
+        } else if (arg == "--days" && cl.mode == CommandLine::Mode::Agenda) {
+            // No clamping: a number out of range is refused.
+            const std::string value = i + 1 < argc ? argv[++i] : "";
+            char* end = nullptr;
+            const long days = value.empty() ? 0 : std::strtol(value.c_str(), &end, 10);
+            if (value.empty() || *end != '\0' || days < 1 || days > kAgendaMaxDays) {
+                cl.mode = CommandLine::Mode::Error;
+                cl.error = wxTRANSLATE("--days needs a number of days from 1 to 366, not \"%s\"");
+                cl.errorArg = value;
+                return cl;
+            }
+            cl.agendaDays = static_cast<int>(days);
+        } else if (arg == "--import-crontab") {
+            cl.mode = CommandLine::Mode::ImportCrontab;
+            if (i + 1 < argc && (argv[i + 1][0] != '-' || std::string(argv[i + 1]) == "-"))
+                cl.importFile = argv[++i];
+        } else if (arg == "--dry-run" && cl.mode == CommandLine::Mode::ImportCrontab) {
+            cl.dryRun = true;
+        } else if (arg == "--export" || arg == "--import") {
+            if (i + 1 >= argc) {
+                cl.mode = CommandLine::Mode::Error;
+                cl.error = wxTRANSLATE("%s needs a file");
+                cl.errorArg = arg;
+                return cl;
+            }
+            cl.mode = arg == "--export" ? CommandLine::Mode::Export : CommandLine::Mode::ImportJobs;
+            cl.transferFile = argv[++i];
+            // --export takes the JIDs that follow.
+            while (arg == "--export" && i + 1 < argc && argv[i + 1][0] != '-') {
+                const std::string value = argv[++i];
+                char* end = nullptr;
+                const long jid = std::strtol(value.c_str(), &end, 10);
+                if (value.empty() || *end != '\0' || jid < 0 || jid > INT32_MAX) {
+                    cl.mode = CommandLine::Mode::Error;
+                    cl.error = wxTRANSLATE("not a job id (JID): %s");
+                    cl.errorArg = value;
+                    return cl;
+                }
+                cl.exportJids.push_back(static_cast<std::int32_t>(jid));
+            }
         } else if (arg == "--status" || arg == "--pause" || arg == "--resume" || arg == "--show") {
             cl.mode = CommandLine::Mode::Control;
             cl.request.kind = arg == "--status"  ? ControlRequest::Kind::Status
@@ -81,4 +128,13 @@ const char* UsageText()
 const char* DescribeUsageLine()
 {
     return wxTRANSLATE("       cadrelle --describe \"EXPR\"          say in words when a cron expression fires\n");
+}
+
+const char* AgendaUsageLines()
+{
+    return wxTRANSLATE("       cadrelle --agenda [--days N]        print the runs of the next N days (default 1), by day\n"
+                       "       cadrelle --import-crontab [FILE|-] [--dry-run]\n"
+                       "                                           make jobs of a crontab (default: crontab -l)\n"
+                       "       cadrelle --export FILE [JID...]     write jobs (default: all) with their triggers to FILE\n"
+                       "       cadrelle --import FILE              add the jobs of an exported FILE under new ids\n");
 }

@@ -11,12 +11,14 @@
 #include "app/command_line.h"
 #include "app/headless_runner.h"
 #include "core/app_dir.h"
+#include "core/agenda/agenda_command.h"
 #include "core/clock.h"
 #include "core/cron/cron_next_command.h"
 #include "core/describe_command.h"
 #include "core/i18n/ui_language.h"
 #include "core/list_command.h"
 #include "desktop/control/control_client.h"
+#include "app/import_commands.h"
 #include "desktop/platform/display_threads.h"
 #include "gui/cadrelle_app.h"
 
@@ -55,7 +57,7 @@ std::string Usage()
 {
     std::string usage = Tr(UsageText());
     const std::size_t status = usage.find("       cadrelle --status");
-    usage.insert(status == std::string::npos ? usage.size() : status, Tr(DescribeUsageLine()));
+    usage.insert(status == std::string::npos ? usage.size() : status, Tr(DescribeUsageLine()) + Tr(AgendaUsageLines()));
     return usage;
 }
 
@@ -88,6 +90,26 @@ int main(int argc, char** argv)
         });
     case CommandLine::Mode::Describe:
         return RunConsole(argc, argv, [&] { return RunDescribeCommand(cl.cronArgs, std::cout, std::cerr); });
+    case CommandLine::Mode::Agenda:
+        return RunConsole(argc, argv, [&] {
+            return RunAgendaCommand(ChooseAppDir(wxString::FromUTF8(cl.appDir), ExecutableDir()), cl.agendaDays,
+                                    TheSystemClock().NowMs(), std::cout, std::cerr);
+        });
+    case CommandLine::Mode::ImportCrontab:
+        return RunConsole(argc, argv, [&] {
+            return RunImportCrontabCommand(ChooseAppDir(wxString::FromUTF8(cl.appDir), ExecutableDir()),
+                                           cl.importFile, cl.dryRun, std::cin, std::cout, std::cerr);
+        });
+    case CommandLine::Mode::Export:
+        return RunConsole(argc, argv, [&] {
+            return RunExportCommand(ChooseAppDir(wxString::FromUTF8(cl.appDir), ExecutableDir()), cl.transferFile,
+                                    cl.exportJids, std::cout, std::cerr);
+        });
+    case CommandLine::Mode::ImportJobs:
+        return RunConsole(argc, argv, [&] {
+            return RunImportJobsCommand(ChooseAppDir(wxString::FromUTF8(cl.appDir), ExecutableDir()),
+                                        cl.transferFile, std::cout, std::cerr);
+        });
     case CommandLine::Mode::List:
         return RunConsole(argc, argv, [&] {
             return RunListCommand(ChooseAppDir(wxString::FromUTF8(cl.appDir), ExecutableDir()), std::cout, std::cerr);

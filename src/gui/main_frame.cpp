@@ -34,6 +34,7 @@
 #include "gui/dialogs/language_dlg.h"
 #include "gui/dialogs/setting_dlg.h"
 #include "gui/dialogs/trigger_dlg.h"
+#include "gui/frame/agenda_pane.h"
 #include "gui/frame/frame_icons.h"
 #include "gui/frame/frame_shared.h"
 #include "gui/frame/row_tooltips.h"
@@ -145,6 +146,7 @@ CadrelleFrame::CadrelleFrame(const wxString& appDir)
     m_mgr.AddPane(jobPanel, wxAuiPaneInfo().Name("JobList").Caption(_("Job List")).Center().CloseButton(false));
     m_mgr.AddPane(triggerPanel, wxAuiPaneInfo().Name("TriggerList").Caption(_("Trigger List")).Bottom()
                                     .BestSize(-1, 200).MinSize(-1, 100).CloseButton(false));
+    BuildAgendaPane();
     m_mgr.Update();
 
     wxStatusBar* statusBar = CreateStatusBar(3);
@@ -178,6 +180,16 @@ CadrelleFrame::CadrelleFrame(const wxString& appDir)
     Bind(wxEVT_MENU, &CadrelleFrame::OnAbout, this, wxID_ABOUT);
     Bind(wxEVT_MENU, &CadrelleFrame::Onm_pTbiSettingClick, this, wxID_PREFERENCES);
     Bind(wxEVT_MENU, [this](wxCommandEvent&) { m_pFilter->SetFocus(); }, ID_FIND_JOB);
+    Bind(wxEVT_MENU, [this](wxCommandEvent& event) { ShowAgenda(event.IsChecked()); }, ID_MNU_AGENDA);
+    Bind(wxEVT_MENU, &CadrelleFrame::OnImportCrontab, this, ID_MNU_IMPORT_CRONTAB);
+    Bind(wxEVT_MENU, &CadrelleFrame::OnImportJobs, this, ID_MNU_IMPORT_JOBS);
+    Bind(wxEVT_MENU, &CadrelleFrame::OnExportJobs, this, ID_MNU_EXPORT_JOBS);
+    // Closing the pane by its button unticks the menu item.
+    m_mgr.Bind(wxEVT_AUI_PANE_CLOSE, [this](wxAuiManagerEvent& event) {
+        if (event.GetPane()->name == "Agenda" && GetMenuBar())
+            GetMenuBar()->Check(ID_MNU_AGENDA, false);
+        event.Skip();
+    });
 
     // Keys that work wherever the focus is; Enter and Delete belong to the
     // job list (OnCharHook).
@@ -226,6 +238,11 @@ void CadrelleFrame::BuildMenus()
 {
     auto* file = new wxMenu;
     file->Append(ID_MNU_NEWJOB, _("&New Job...\tAlt-N"));
+    file->AppendSeparator();
+    file->Append(ID_MNU_IMPORT_CRONTAB, _("Import &crontab..."), _("Make jobs of the lines of a crontab"));
+    file->Append(ID_MNU_IMPORT_JOBS, _("&Import jobs..."), _("Add the jobs of an exported file under new ids"));
+    file->Append(ID_MNU_EXPORT_JOBS, _("&Export jobs..."), _("Write the jobs the list shows to a file"));
+    file->AppendSeparator();
     file->Append(wxID_EXIT, _("E&xit\tAlt-F4"), _("Exit the application"));
     auto* setting = new wxMenu;
     setting->Append(wxID_PREFERENCES, _("&Setting...\tAlt-S"), _("Setting the application"));
@@ -233,7 +250,10 @@ void CadrelleFrame::BuildMenus()
     auto* help = new wxMenu;
     help->Append(wxID_ABOUT, _("&About...\tF1"), _("Show info about this application"));
     auto* bar = new wxMenuBar;
+    auto* view = new wxMenu;
+    view->AppendCheckItem(ID_MNU_AGENDA, _("&Agenda\tCtrl-G"), _("Every run of the next day, week or month"));
     bar->Append(file, _("&File"));
+    bar->Append(view, _("&View"));
     bar->Append(setting, _("&Setting"));
     bar->Append(help, _("Help"));
     SetMenuBar(bar);
@@ -377,6 +397,8 @@ void CadrelleFrame::RefreshViews()
     m_pLcTrigger->Refresh();
     ApplyOrder(BuildJobRows(m_pSession->GetScheduler()));
     UpdateStatusBar();
+    if (m_pAgenda && IsAgendaShown())
+        m_pAgenda->RefreshIfStale();
 }
 
 void CadrelleFrame::ApplyOrder(std::optional<std::vector<JobRow>> rows)
@@ -610,10 +632,13 @@ void CadrelleFrame::OnSessionTick(wxTimerEvent&)
     // Firings change next times and statuses: at most one repaint a second.
     if (!tick.housekeepingRan)
         return;
-    if (m_bViewsDirty)
+    if (m_bViewsDirty) {
         RefreshViews();
-    else
+    } else {
         UpdateStatusBar();
+        if (m_pAgenda && IsAgendaShown())
+            m_pAgenda->RefreshIfStale();
+    }
 }
 
 void CadrelleFrame::WakeMainThread()

@@ -21,6 +21,7 @@
 
 #include "gui/gui_user_messages.h"
 
+class AgendaPane;
 class AppSession;
 class Preference;
 enum class JobDlgMode;
@@ -98,6 +99,14 @@ public:
     void SetFilterText(const wxString& text);
     // Rebuilds the rows from the scheduler and repaints.
     void RefreshViews();
+    // The Agenda pane (View > Agenda).
+    void ShowAgenda(bool show);
+    bool IsAgendaShown();
+    AgendaPane& Agenda() { return *m_pAgenda; }
+    // File > Import crontab..., Export jobs..., Import jobs....
+    void OnImportCrontab(wxCommandEvent& event);
+    void OnExportJobs(wxCommandEvent& event);
+    void OnImportJobs(wxCommandEvent& event);
 
 private:
     void BuildMenus();
@@ -105,6 +114,7 @@ private:
     void BuildCategoryTree(wxWindow* parent);
     void BuildJobList(wxWindow* parent);
     void BuildTriggerList(wxWindow* parent);
+    void BuildAgendaPane();
     // Orders the job list anew and keeps the selection: over `rows` (all
     // jobs, just read) when given, else over the rows it holds.
     void ApplyOrder(std::optional<std::vector<JobRow>> rows = std::nullopt);
@@ -142,6 +152,7 @@ private:
     wxDataViewCtrl* m_pLcJob = nullptr;
     wxDataViewCtrl* m_pLcTrigger = nullptr;
     wxSearchCtrl* m_pFilter = nullptr;
+    AgendaPane* m_pAgenda = nullptr;
     std::unique_ptr<wxMenu> m_pPopupMenu;
     wxObjectDataPtr<JobListModel> m_jobModel;
     wxObjectDataPtr<TriggerListModel> m_triggerModel;

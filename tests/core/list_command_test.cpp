@@ -87,7 +87,11 @@ TEST(CommandLine, CronNextAndUsageErrors)
         {{"--describe", "0 30 8 ? * MON-FRI"}, 0, "Every weekday at 08:30\n", ""},
         {{"--describe", "0 0 0 5-3 * ?"}, 2, "", "Malformed condition: Specified range start exceeds range end\n"},
         {{"--describe"}, 2, "", "cadrelle --describe: usage: cadrelle --describe \"EXPR\"\n"},
-        {{"--help"}, 0, "~--describe \"EXPR\"          say in words when a cron expression fires\n       cadrelle --status", ""},
+        {{"--help"}, 0, "~--describe \"EXPR\"          say in words when a cron expression fires\n       cadrelle --agenda", ""},
+        {{"--help"}, 0, "~add the jobs of an exported FILE under new ids\n       cadrelle --status", ""},
+        {{"--agenda", "--days", "367"}, 2, "", "~--days needs a number of days from 1 to 366, not \"367\""},
+        {{"--export"}, 2, "", "~--export needs a file"},
+        {{"--export", "x.xml", "3", "z"}, 2, "", "~not a job id (JID): z"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.args[0] + (c.args.size() > 1 ? " " + c.args[1] : ""));

@@ -141,10 +141,8 @@ DataLoadReport LoadSchedulerData(Scheduler& scheduler, bool keepUnreadableCopies
     return report;
 }
 
-namespace {
-
-std::string BuildDocument(const std::vector<Scheduler::JobPtr>& jobs, const std::vector<Scheduler::TriggerPtr>& triggers,
-                          std::size_t& dropped)
+std::string BuildDataDocument(const std::vector<Scheduler::JobPtr>& jobs,
+                              const std::vector<Scheduler::TriggerPtr>& triggers, std::size_t* dropped)
 {
     std::string out;
     out.reserve(256 + jobs.size() * 256 + triggers.size() * 256);
@@ -179,11 +177,10 @@ std::string BuildDocument(const std::vector<Scheduler::JobPtr>& jobs, const std:
         writer.Close("TRIGGER", 1);
     }
     writer.Close("SCHEDULER", 0);
-    dropped = writer.Dropped();
+    if (dropped)
+        *dropped = writer.Dropped();
     return out;
 }
-
-}  // namespace
 
 DataSaveResult SaveSchedulerData(Scheduler& scheduler, bool workingOnly)
 {
@@ -197,7 +194,7 @@ DataSaveResult SaveSchedulerData(Scheduler& scheduler, bool workingOnly)
         // Checker threads keep running: they only change trigger times,
         // which are read atomically. The writing below happens unlocked.
         auto lock = scheduler.ReadLock();
-        content = BuildDocument(scheduler.Jobs(), scheduler.Triggers(), dropped);
+        content = BuildDataDocument(scheduler.Jobs(), scheduler.Triggers(), &dropped);
     }
     if (dropped > 0)
         wxLogMessage("%d ### %zu control character(s) in job texts cannot be held by the data file and were left out",

@@ -2,10 +2,16 @@
 // Loading and saving the scheduler's data file (data/data1.xml with the
 // fallback copy data/data2.xml).
 
+#include <memory>
+#include <string>
+#include <vector>
+
 #include <wx/arrstr.h>
 #include <wx/string.h>
 
 class Scheduler;
+class Job;
+class Trigger;
 
 // What loading the data file found, for the log and the caller.
 struct DataLoadReport {
@@ -38,6 +44,12 @@ DataLoadReport LoadSchedulerData(Scheduler& scheduler, bool keepUnreadableCopies
 // failure is shown to the user (once per distinct failure, always when
 // `workingOnly`, the save at exit) and leaves the data marked changed.
 DataSaveResult SaveSchedulerData(Scheduler& scheduler, bool workingOnly);
+
+// The data file's text for these jobs and triggers (the caller holds the
+// read lock); also the layout of an export file. `dropped` counts the
+// characters an XML file cannot hold, left out.
+std::string BuildDataDocument(const std::vector<std::shared_ptr<Job>>& jobs,
+                              const std::vector<std::shared_ptr<Trigger>>& triggers, std::size_t* dropped = nullptr);
 
 // The delayed save waits this long after a firing changed the data.
 constexpr long kDelayedSaveMs = 55000;

@@ -20,12 +20,34 @@
 #include "core/log/weekday_log.h"
 #include "core/prefs/preference.h"
 #include "core/scheduler.h"
+#include <wx/checkbox.h>
+#include <wx/choice.h>
+#include <wx/stattext.h>
+
+#include "core/import/crontab_import.h"
+#include "gui/dialogs/crontab_import_dlg.h"
+#include "gui/dialogs/job_detail_dlg.h"
+#include "gui/frame/agenda_pane.h"
+#include "gui/frame/frame_shared.h"
 #include "gui/main_frame.h"
 #include "gui_test_support.h"
 
 namespace {
 
 using guitest::ExpectMessage;
+
+// A dialog of class T, answered by `answer` (which may look at it first).
+template <class T>
+class ExpectDialog : public wxExpectModalBase<T> {
+public:
+    explicit ExpectDialog(std::function<int(T*)> answer) : m_answer(std::move(answer)) {}
+
+protected:
+    int OnInvoked(T* dlg) const override { return m_answer(dlg); }
+
+private:
+    std::function<int(T*)> m_answer;
+};
 
 // Five jobs of three kinds, one disabled; Interval and Cron triggers that do
 // not fire during a test (03:00, 1 January).
@@ -262,3 +284,82 @@ INSTANTIATE_TEST_SUITE_P(Ways, ProgramEndTest, testing::Values(false, true),
                          });
 
 }  // namespace
+
+// View > Agenda: the runs of the next day (the disabled job's are not there), the next week
+// at a choice, the day written once per group; a double click opens the job.
+TEST_F(MainFrameTest, AgendaPaneListsTheComingRunsAndOpensTheJob)
+{
+    wxCommandEvent show(wxEVT_MENU, frame::ID_MNU_AGENDA);
+    show.SetInt(1);
+    m_frame->ProcessWindowEvent(show);
+    ASSERT_TRUE(m_frame->IsAgendaShown());
+    EXPECT_TRUE(m_frame->GetMenuBar()->IsChecked(frame::ID_MNU_AGENDA));
+    AgendaPane& pane = m_frame->Agenda();
+    const auto cells = [&](unsigned row) {
+        std::vector<wxString> texts;
+        for (unsigned col = 0; col < 5; ++col) {
+            wxVariant value;
+            pane.List()->GetModel()->GetValue(value, pane.List()->GetModel()->IsVirtualListModel()
+                                                         ? static_cast<wxDataViewVirtualListModel*>(
+                                                               pane.List()->GetModel())->GetItem(row)
+                                                         : wxDataViewItem(),
+                                              col);
+            texts.push_back(value.GetString());
+        }
+        return texts;
+    };
+    ASSERT_EQ(pane.Current().runs.size(), 2u);
+    std::vector<wxString> first = cells(0), second = cells(1);
+    EXPECT_FALSE(first[0].empty());  // the day heads its group
+    EXPECT_EQ(first[1], "03:00:00");
+    EXPECT_EQ(first[2], "0  Reminder: Morning coffee");
+    EXPECT_EQ(first[3], "0  Every day at 03:00");
+    EXPECT_EQ(second[0], "");
+    EXPECT_EQ(second[2], "1  Send UDP MSG: Ping backup box");
+
+    auto* window = guitest::Find<wxChoice>(&pane, "ID_CHOICE_AGENDA_WINDOW");
+    ASSERT_TRUE(window);
+    window->SetSelection(1);
+    guitest::Fire(window, wxEVT_CHOICE, 1);
+    EXPECT_EQ(pane.Current().runs.size(), 14u);
+    EXPECT_EQ(guitest::Find<wxStaticText>(&pane, "ID_STATIC_AGENDA_SUMMARY")->GetLabel(), "14 runs");
+    guitest::SaveScreenshot(m_frame, "agenda-pane");
+
+    wxDataViewEvent open(wxEVT_DATAVIEW_ITEM_ACTIVATED, pane.List(),
+                         static_cast<wxDataViewVirtualListModel*>(pane.List()->GetModel())->GetItem(1));
+    wxTEST_DIALOG(pane.List()->ProcessWindowEvent(open),
+                  ExpectDialog<JobDetailDlg>([](JobDetailDlg*) { return wxID_CANCEL; }));
+
+    m_frame->ShowAgenda(false);
+    EXPECT_FALSE(m_frame->GetMenuBar()->IsChecked(frame::ID_MNU_AGENDA));
+}
+
+// The crontab preview lists every line's fate and imports only on OK.
+TEST_F(MainFrameTest, CrontabPreviewShowsEveryLineBeforeAnythingChanges)
+{
+    const std::vector<CrontabLine> lines = TranslateCrontab("# chores\n@daily tidy\n@often x\n30 8 * * 1-5 standup\n");
+    const auto preview = [](int answer) {
+        return ExpectDialog<wxDialog>([answer](wxDialog* dlg) {
+            auto* list = guitest::Find<wxDataViewListCtrl>(dlg, "ID_LISTCTRL_CRONTAB_LINES");
+            EXPECT_TRUE(list);
+            if (list) {
+                EXPECT_EQ(list->GetItemCount(), 4);
+                EXPECT_EQ(list->GetTextValue(2, 2), "not imported: \"@often\" is not a schedule cron knows");
+                EXPECT_EQ(list->GetTextValue(3, 2), "job \"standup\", Every weekday at 08:30");
+            }
+            EXPECT_EQ(dlg->FindWindow(wxID_OK)->GetLabel(), "Import 2 jobs");
+            EXPECT_TRUE(guitest::Find<wxCheckBox>(dlg, "ID_CHECK_COMMENT_OUT"));
+            dlg->Show();
+            guitest::Settle();
+            guitest::SaveScreenshot(dlg, "crontab-preview");
+            dlg->Hide();
+            return answer;
+        });
+    };
+    CrontabImportChoice choice;
+    wxTEST_DIALOG(choice = ShowCrontabImportDlg(m_frame, "Your crontab", lines, true), preview(wxID_CANCEL));
+    EXPECT_FALSE(choice.confirmed);
+    wxTEST_DIALOG(choice = ShowCrontabImportDlg(m_frame, "Your crontab", lines, true), preview(wxID_OK));
+    EXPECT_TRUE(choice.confirmed);
+    EXPECT_FALSE(choice.commentOut);  // never unless ticked
+}
