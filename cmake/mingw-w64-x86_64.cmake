@@ -41,7 +41,8 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -static-libgcc -static-libstdc++")
 
 # Test programs run under Wine (ctest, gtest_discover_tests).
-find_program(CADRELLE_WINE64 NAMES wine64 wine)
+# Debian's wine64 package keeps its loader out of PATH.
+find_program(CADRELLE_WINE64 NAMES wine64 wine PATHS /usr/lib/wine)
 if(CADRELLE_WINE64)
   set(CMAKE_CROSSCOMPILING_EMULATOR ${CADRELLE_WINE64})
 endif()

@@ -8,6 +8,7 @@
 
 #include <expat.h>
 #include <wx/filename.h>
+#include <wx/wxcrtvararg.h>
 
 namespace {
 
@@ -475,7 +476,7 @@ void ReadDataFile(const wxString& path, DataFileContent& out, bool* exists)
         out.problem = "the file does not exist";
         return;
     }
-    std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.fn_str(), "rb"), &std::fclose);
+    std::unique_ptr<FILE, int (*)(FILE*)> file(wxFopen(path, "rb"), &std::fclose);
     if (!file) {
         out.problem = "the file cannot be opened";
         return;

@@ -1,11 +1,11 @@
 #include "core/log/weekday_log.h"
 
 #include <atomic>
-#include <filesystem>
 #include <iostream>
 #include <system_error>
 
 #include <wx/datetime.h>
+#include <wx/filename.h>
 #include <wx/log.h>
 #include <wx/thread.h>
 #include <wx/time.h>
@@ -172,12 +172,10 @@ namespace {
 // Size of the file at `path`; 0 when it is missing or not a regular file.
 std::size_t ExistingFileSize(const wxString& path)
 {
-    std::error_code error;
-    const std::filesystem::path file(path.fn_str().data());
-    if (!std::filesystem::is_regular_file(file, error))
+    if (!wxFileName::FileExists(path))
         return 0;
-    const std::uintmax_t size = std::filesystem::file_size(file, error);
-    return error ? 0 : static_cast<std::size_t>(size);
+    const wxULongLong size = wxFileName::GetSize(path);
+    return size == wxInvalidSize ? 0 : static_cast<std::size_t>(size.GetValue());
 }
 
 }  // namespace
