@@ -26,7 +26,7 @@ TempDir::TempDir()
         std::error_code error;
         if (std::filesystem::create_directory(path, error)) {
             std::filesystem::permissions(path, std::filesystem::perms::owner_all, error);
-            m_path = wxString(path.generic_wstring());
+            m_path = wxString(path.wstring());
             return;
         }
         if (error)
@@ -42,7 +42,9 @@ TempDir::~TempDir()
 
 wxString TempDir::File(const wxString& relative) const
 {
-    return m_path + "/" + relative;
+    // In the platform's own spelling ("\\" on Windows), as the code under
+    // test makes its paths.
+    return wxFileName(m_path + "/" + relative).GetFullPath();
 }
 
 std::string ReadFileBytes(const wxString& path)

@@ -8,11 +8,14 @@
 
 namespace {
 
-const bool g_systemZone = [] {
-    _putenv_s("TZ", "");
-    _tzset();
-    return true;
-}();
+// Before any other static object is made: test files keep local moments in
+// constants.
+struct SystemZone {
+    SystemZone() {
+        _putenv_s("TZ", "");
+        _tzset();
+    }
+} g_systemZone __attribute__((init_priority(101)));
 
 }  // namespace
 
@@ -24,7 +27,7 @@ long long LocalWithOffset(std::time_t t, std::tm& tm) {
 
 ScopedZone::ScopedZone(const char* zone) {
     const char* run = std::getenv("CADRELLE_TEST_ZONE");
-    m_inZone = g_systemZone && run && std::string(run) == zone;
+    m_inZone = run && std::string(run) == zone;
 }
 
 ScopedZone::~ScopedZone() = default;

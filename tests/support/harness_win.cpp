@@ -17,12 +17,15 @@ namespace {
 // Wine hands the TZ it was started with (an IANA name) to its programs; the
 // C runtime would read it as a POSIX rule with United States change dates.
 // Without it the runtime follows the system's zone, which Wine derives from
-// that same TZ.
-[[maybe_unused]] const bool g_systemZone = [] {
-    ::_putenv_s("TZ", "");
-    ::_tzset();
-    return true;
-}();
+// that same TZ. Before any other static object is made: test files keep
+// local moments in constants.
+struct SystemZone {
+    SystemZone()
+    {
+        ::_putenv_s("TZ", "");
+        ::_tzset();
+    }
+} g_systemZone __attribute__((init_priority(101)));
 
 std::wstring Wide(const std::string& utf8)
 {
