@@ -28,7 +28,7 @@ if(CADRELLE_WIN_PREFIX)
   list(PREPEND CMAKE_FIND_ROOT_PATH "${CADRELLE_WIN_PREFIX}")
   # wx-config and pkg-config must answer for the prefix, never for the
   # host's GTK build.
-  set(WX_CONFIG_EXECUTABLE "${CADRELLE_WIN_PREFIX}/bin/wx-config" CACHE FILEPATH "wx-config of wxMSW")
+  set(WX_CONFIG_EXECUTABLE "${CADRELLE_WIN_PREFIX}/bin/wx-config" CACHE FILEPATH "wx-config of wxMSW" FORCE)
   set(ENV{PKG_CONFIG_LIBDIR} "${CADRELLE_WIN_PREFIX}/lib/pkgconfig")
   set(ENV{PKG_CONFIG_PATH} "")
   set(ENV{PKG_CONFIG_SYSROOT_DIR} "")

@@ -98,7 +98,6 @@ TEST_F(PreferenceTest, FirstStartGivesTheDefaultTableAndSavingWritesItEncoded)
     const std::string file = ReadFileBytes(path);
     EXPECT_EQ(file.find("hotkey"), std::string::npos);  // no name is stored in plain text
     EXPECT_EQ(StoredText(path, "mainFrmW"), "1700000000" "1024");
-    EXPECT_TRUE(IsPrivateFile(path));
 }
 
 TEST_F(PreferenceTest, GeometryAndPasswordRulesAtLoad)

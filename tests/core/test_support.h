@@ -23,7 +23,7 @@ private:
 };
 
 // Whether only the user can reach the file: mode 0600 on POSIX; on Windows an
-// access list that admits the user's SID alone and inherits nothing.
+// access list that admits the user's SID and the system alone.
 bool IsPrivateFile(const wxString& path);
 // Lets everybody read the file (mode 0644; on Windows: Everyone may read).
 void MakeReadableByAll(const wxString& path);

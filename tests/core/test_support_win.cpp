@@ -30,6 +30,11 @@ std::string UserSid()
 
 }  // namespace
 
+// Every access the list allows goes to the user or to the system itself
+// (LocalSystem, which can read every file, as root can on POSIX). Wine keeps
+// no access lists of its own: it shows the file's POSIX mode as one (SYSTEM
+// and the owner always, Everyone for "others"), and drops the "protected"
+// mark, so that mark is not asked for.
 bool IsPrivateFile(const wxString& path)
 {
     PACL dacl = nullptr;
@@ -37,20 +42,24 @@ bool IsPrivateFile(const wxString& path)
     if (::GetNamedSecurityInfoW(path.wc_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr, &dacl,
                                 nullptr, &descriptor) != ERROR_SUCCESS)
         return false;
-    SECURITY_DESCRIPTOR_CONTROL control = 0;
-    DWORD revision = 0;
-    bool ok = dacl && ::GetSecurityDescriptorControl(descriptor, &control, &revision) && (control & SE_DACL_PROTECTED);
     const std::string user = UserSid();
+    bool ok = dacl && dacl->AceCount > 0, userAllowed = false;
     for (DWORD i = 0; ok && i < dacl->AceCount; ++i) {
         void* ace = nullptr;
-        ok = ::GetAce(dacl, i, &ace) && static_cast<ACE_HEADER*>(ace)->AceType == ACCESS_ALLOWED_ACE_TYPE;
+        if (!::GetAce(dacl, i, &ace)) {
+            ok = false;
+            break;
+        }
+        if (static_cast<ACE_HEADER*>(ace)->AceType != ACCESS_ALLOWED_ACE_TYPE)
+            continue;  // a denial narrows access
         char* sid = nullptr;
-        ok = ok && ::ConvertSidToStringSidA(&static_cast<ACCESS_ALLOWED_ACE*>(ace)->SidStart, &sid) && user == sid;
+        ok = ::ConvertSidToStringSidA(&static_cast<ACCESS_ALLOWED_ACE*>(ace)->SidStart, &sid) &&
+             (user == sid || std::string(sid) == "S-1-5-18");
+        userAllowed = userAllowed || (sid && user == sid);
         ::LocalFree(sid);
     }
-    ok = ok && dacl->AceCount > 0;
     ::LocalFree(descriptor);
-    return ok;
+    return ok && userAllowed;
 }
 
 void MakeReadableByAll(const wxString& path)

@@ -1,0 +1,27 @@
+// The preferences file is the user's alone (POSIX: the file store's umask).
+// On Windows the preferences are to live in the registry (wxRegConfig),
+// whose per-user branch is the user's by its own access rules.
+
+#include <gtest/gtest.h>
+#include <wx/fileconf.h>
+
+#include "core/clock.h"
+#include "core/prefs/preference.h"
+#include "test_support.h"
+
+TEST(PreferenceFile, SavingLeavesTheFileReadableByTheUserAlone)
+{
+    TempDir dir;
+    const wxString path = dir.File("Cadrelle.conf");
+    WriteFileBytes(path, "");
+    MakeReadableByAll(path);
+    wxFileConfig config("Cadrelle", "Vantrel", path, wxEmptyString, wxCONFIG_USE_LOCAL_FILE);
+    config.SetUmask(0077);
+    ManualClock clock;
+    clock.Set(1700000000000);
+    SetClock(&clock);
+    Preference prefs(&config);
+    prefs.SaveSettingParam();
+    SetClock(nullptr);
+    EXPECT_TRUE(IsPrivateFile(path));
+}
