@@ -5,9 +5,11 @@
 #
 #   ${CADRELLE_WIN_CACHE:-/var/cache/cadrelle-win}/<key>/prefix
 #
-# <key> hashes the source package versions, the mingw-w64 g++ version and this
-# script's text, so a second run with nothing changed is a quick no-op, and a
-# change of any of them builds a fresh prefix beside the old one.
+# <key> hashes the source package versions, the mingw-w64 g++ version, the
+# build recipe (this script from its "recipe" line on) and the toolchain
+# file, so a second run with nothing changed is a quick no-op, and a change of
+# any of them builds a fresh prefix beside the old one. Runs for one cache
+# wait for each other (flock).
 #
 # Stages (all idempotent): Debian packages (mingw-w64, wine64, nsis, ...), a
 # deb-src entry beside the existing Debian sources, the sources
@@ -103,6 +105,9 @@ if [ "$added_sources" = 1 ] || [ -z "$(apt-cache showsrc --only-source wxwidgets
 fi
 $SUDO mkdir -p "$SOURCES"
 [ -z "$SUDO" ] || $SUDO chown "$(id -u):$(id -g)" "$CACHE_ROOT" "$SOURCES"
+# One run at a time per cache: a second one waits, then finds the prefix built.
+exec 9>"$CACHE_ROOT/.lock"
+flock 9
 
 declare -A DSC
 for src in "${SOURCE_PACKAGES[@]}"; do
@@ -125,7 +130,7 @@ done
 
 # ---------------------------------------------------------------- key
 TOOLCHAIN=$(dirname "$SCRIPT")/../cmake/mingw-w64-x86_64.cmake
-key_text="recipe $(cat "$SCRIPT" "$TOOLCHAIN" | sha256sum | cut -d' ' -f1)"$'\n'
+key_text="recipe $( (sed -n '/^# -* recipe$/,$p' "$SCRIPT"; cat "$TOOLCHAIN") | sha256sum | cut -d' ' -f1)"$'\n'
 key_text+="g++ $($CXX -dumpfullversion) $(dpkg-query -W -f='${Version}' g++-mingw-w64-x86-64-posix)"$'\n'
 key_text+="mingw-w64-dev $(dpkg-query -W -f='${Version}' mingw-w64-x86-64-dev)"$'\n'
 key_text+="googletest $(dpkg-query -W -f='${Version}' googletest)"$'\n'
@@ -150,7 +155,10 @@ printf '%s' "$key_text" > "$DIR/key.txt"
 rm -rf "$DIR/src" "$DIR/build" "$PREFIX"
 mkdir -p "$DIR/src" "$DIR/build" "$PREFIX"
 
-# ---------------------------------------------------------------- unpack
+# ---------------------------------------------------------------- recipe
+# Everything from here on is the build recipe the key hashes.
+
+# Unpacked sources.
 for src in "${SOURCE_PACKAGES[@]}"; do
   mkdir -p "$DIR/src/$src"
   dpkg-source --no-check -x "$SOURCES/${DSC[$src]}" "$DIR/src/$src/tree" >"$DIR/src/$src.log" 2>&1 \
