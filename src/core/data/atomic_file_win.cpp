@@ -169,6 +169,25 @@ bool WriteFlushClose(HANDLE file, const std::wstring& path, const char* data, st
     return true;
 }
 
+// Moves `tmp` over `target`. A program that has the target open without
+// sharing deletion (a virus scanner, an indexer, an editor) makes the move
+// fail for as long as it holds it: a few tries over half a second.
+bool ReplaceWith(const std::wstring& tmp, const std::wstring& target)
+{
+    for (int attempt = 0;; ++attempt) {
+        if (::MoveFileExW(tmp.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+            return true;
+        const DWORD code = ::GetLastError();
+        const DWORD attributes = ::GetFileAttributesW(target.c_str());
+        const bool folder = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
+        if (attempt == 9 || folder || (code != ERROR_ACCESS_DENIED && code != ERROR_SHARING_VIOLATION)) {
+            ::SetLastError(code);
+            return false;
+        }
+        ::Sleep(50);
+    }
+}
+
 }  // namespace
 
 bool EnsurePrivateDir(const wxString& dir, wxString* error)
@@ -202,7 +221,7 @@ bool WriteFileAtomically(const wxString& path, const std::string& content, wxStr
         ::DeleteFileW(tmp.c_str());
         return false;
     }
-    if (!::MoveFileExW(tmp.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+    if (!ReplaceWith(tmp, target)) {
         const DWORD code = ::GetLastError();
         ::DeleteFileW(tmp.c_str());
         return Fail(error, "cannot replace", wxString(target), code);
