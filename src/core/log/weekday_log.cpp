@@ -119,9 +119,9 @@ wxString WeekdayLog::FileName(int weekday)
 
 wxString WeekdayLog::FilePathFor(int weekday) const
 {
-    if (m_appDir.empty() || m_appDir.EndsWith("/"))
-        return m_appDir + FileName(weekday);
-    return m_appDir + "/" + FileName(weekday);
+    if (m_appDir.empty())
+        return FileName(weekday);
+    return wxFileName(m_appDir, FileName(weekday)).GetFullPath();  // the platform's own separator
 }
 
 bool WeekdayLog::Rebind(const wxString& path, const char* mode)
