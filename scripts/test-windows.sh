@@ -44,6 +44,7 @@ run() {
   # Failures with their messages, then gtest's summary.
   grep -E '^\[  FAILED  \]|Failure$|^\[==========\]|^\[  PASSED  \]|^\[  SKIPPED \]' "$log" | sed 's/^/   /' || true
   if [ "$status" -ne 0 ] || ! grep -q '^\[  PASSED  \]' "$log"; then
+    grep -q '^\[==========\]' "$log" || tail -n 3 "$log" | sed 's/^/   (no summary) /'
     echo "   exit status $status; full output: $log"
     failed+=("$name")
   fi
