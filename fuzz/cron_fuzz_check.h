@@ -11,6 +11,7 @@
 #include <string>
 
 #include "core/cron/cron_expr.h"
+#include "core/cron/cron_local_time.h"
 
 namespace cron_check {
 
@@ -28,7 +29,7 @@ inline bool KnownMessage(const std::string& m) {
     return false;
 }
 
-inline bool LocalFields(std::time_t t, std::tm& tm) { return localtime_r(&t, &tm) != nullptr; }
+inline bool LocalFields(std::time_t t, std::tm& tm) { return cron::LocalTm(t, tm); }
 
 inline bool Matches(const CronExpr& cex, const std::tm& tm) {
     return tm.tm_sec < 60 && cex.seconds[tm.tm_sec] && cex.minutes[tm.tm_min] &&
@@ -36,10 +37,18 @@ inline bool Matches(const CronExpr& cex, const std::tm& tm) {
            cex.daysOfWeek[tm.tm_wday];
 }
 
+// The UTC offset at `t`: its local fields read as if they were UTC, minus
+// `t` (days from the civil date worked out here, not by the search's code).
 inline long long OffsetOf(std::time_t t) {
     std::tm tm{};
     if (!LocalFields(t, tm)) return 0;
-    return tm.tm_gmtoff;
+    const int m = tm.tm_mon + 1;
+    const long long y = tm.tm_year + 1900LL - (m <= 2);
+    const long long era = (y >= 0 ? y : y - 399) / 400;
+    const long long yoe = y - era * 400;
+    const long long doy = (153 * (m > 2 ? m - 3 : m + 9) + 2) / 5 + tm.tm_mday - 1;
+    const long long days = era * 146097 + yoe * 365 + yoe / 4 - yoe / 100 + doy - 719468;
+    return days * 86400 + tm.tm_hour * 3600 + tm.tm_min * 60 + tm.tm_sec - static_cast<long long>(t);
 }
 
 // Empty when every check passes, else what went wrong.

@@ -1,5 +1,8 @@
 #include "core/text_number.h"
 
+#include <algorithm>
+#include <climits>
+
 long LeadingLong(const wxString& text)
 {
     auto it = text.begin();
@@ -10,10 +13,12 @@ long LeadingLong(const wxString& text)
         negative = *it == '-';
         ++it;
     }
-    long value = 0;
-    for (; it != text.end() && *it >= '0' && *it <= '9' && value < 100000000000L; ++it)
-        value = value * 10 + static_cast<long>((*it).GetValue() - '0');
-    return negative ? -value : value;
+    // Counted in 64 bits and clamped: `long` has 32 on Windows.
+    long long value = 0;
+    for (; it != text.end() && *it >= '0' && *it <= '9' && value < 100000000000LL; ++it)
+        value = value * 10 + static_cast<long long>((*it).GetValue() - '0');
+    value = negative ? -value : value;
+    return static_cast<long>(std::clamp<long long>(value, LONG_MIN, LONG_MAX));
 }
 
 wxString Trimmed(const wxString& text)

@@ -1,10 +1,8 @@
 // A save killed at any moment never leaves a working copy that fails to load.
 
-#include <csignal>
+#include <chrono>
 #include <random>
-
-#include <sys/wait.h>
-#include <unistd.h>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -12,19 +10,17 @@
 #include "core/data/data_file_reader.h"
 #include "core/data/scheduler_data.h"
 #include "core/scheduler.h"
+#include "harness.h"
 #include "test_support.h"
 
 namespace {
 
-pid_t StartSaveLoop(const wxString& appDir, const char* extra)
+bool StartSaveLoop(ChildProcess& child, const wxString& appDir, bool once)
 {
-    const pid_t pid = ::fork();
-    if (pid == 0) {
-        const wxCharBuffer dir = appDir.fn_str();
-        ::execl(CADRELLE_SAVE_LOOP, CADRELLE_SAVE_LOOP, dir.data(), "3000", extra, static_cast<char*>(nullptr));
-        ::_exit(127);
-    }
-    return pid;
+    std::vector<std::string> argv{CADRELLE_SAVE_LOOP, appDir.utf8_string(), "3000"};
+    if (once)
+        argv.push_back("--once");
+    return child.Start(argv);
 }
 
 }  // namespace
@@ -32,23 +28,20 @@ pid_t StartSaveLoop(const wxString& appDir, const char* extra)
 TEST(DataFileCrashSafety, KilledSaveLoopAlwaysLeavesALoadableWorkingCopy)
 {
     TempDir dir;
-    int status = 0;
-    const pid_t first = StartSaveLoop(dir.Path(), "--once");
-    ASSERT_GT(first, 0);
-    ASSERT_EQ(::waitpid(first, &status, 0), first);
-    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    {
+        ChildProcess first;
+        ASSERT_TRUE(StartSaveLoop(first, dir.Path(), true));
+        ASSERT_EQ(first.Stop(0, 120000), 0);
+    }
 
     std::mt19937 random(20261122);
     std::uniform_int_distribution<int> delayUs(1000, 80000);
     for (int round = 0; round < 40; ++round) {
         SCOPED_TRACE(round);
-        const pid_t pid = StartSaveLoop(dir.Path(), nullptr);
-        ASSERT_GT(pid, 0);
-        ::usleep(static_cast<useconds_t>(delayUs(random)));
-        ASSERT_EQ(::kill(pid, SIGKILL), 0);
-        ASSERT_EQ(::waitpid(pid, &status, 0), pid);
-        ASSERT_TRUE(WIFSIGNALED(status));
-
+        ChildProcess child;
+        ASSERT_TRUE(StartSaveLoop(child, dir.Path(), false));
+        std::this_thread::sleep_for(std::chrono::microseconds(delayUs(random)));
+        ASSERT_EQ(child.Stop(kSignalKill, 10000), -1);  // killed, not ended by itself
         DataFileContent check;
         ReadDataFile(dir.File("data/data1.xml"), check, HarnessContext());
         ASSERT_TRUE(check.wellFormed) << check.problem;

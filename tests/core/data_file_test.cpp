@@ -1,5 +1,6 @@
 // The data file: byte-exact layout, round trips, the fallback copy, what
-// loading drops (kept and told), and saving through links and failures.
+// loading drops (kept and told), and failed saves (saving through links:
+// data_file_links_test_posix.cpp).
 
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -12,35 +13,10 @@
 #include "core/data/data_file_reader.h"
 #include "core/data/scheduler_data.h"
 #include "core/scheduler.h"
+#include "golden_content.h"
 #include "harness.h"
 #include "test_support.h"
 #include "trigger_builders.h"
-
-namespace {
-
-// The content of tests/data/golden_data1.xml, built through the API.
-void FillGoldenContent(Scheduler& s)
-{
-    s.AddJob(TestJob(0, NJobTypeReminder, {1, 2}, {}, 0, true, "Tea <time> & \"biscuits\"", {"Drink tea", "1"}));
-    s.AddJob(TestJob(3, NJobTypeSendUdpMsg, {}, {0}, 500, false, "Ping & pong",
-                     {"hi", "0", "1", "127.0.0.1", "7788"}));
-    s.AddTrigger(LoadedTrigger(HarnessContext(), 1, NTriggerTypeSpecTime, "0 0 8 23 11 ? 2026", "0 0 0 1 1 * 1999", "0 0 8 23 11 * 2026"));
-    s.AddTrigger(LoadedTrigger(HarnessContext(), 2, NTriggerTypeCountDown, "0 0 9 24 11 2026 0 1 0 0", "0 0 9 20 11 * 2026",
-                             "0 0 9 24 11 * 2026", "0 0 0 1 11 * 2026", "59 59 23 31 12 * 2027"));
-}
-
-std::string Golden()
-{
-    return ReadFileBytes(CADRELLE_TEST_DATA_DIR "/golden_data1.xml");
-}
-
-unsigned Mode(const wxString& path)
-{
-    struct stat st {};
-    return ::lstat(path.fn_str(), &st) == 0 ? st.st_mode & 07777 : 0;
-}
-
-}  // namespace
 
 TEST(DataFileLayout, GoldenFileLoadsAndSavesBackUnchanged)
 {
@@ -202,7 +178,7 @@ TEST_P(DataFileUnreadable, LoadsTheFallbackAndKeepsTheUnreadableCopy)
     if (GetParam() == 1)
         damaged = "<SCHEDULER>" + open + close + "</SCHEDULER>";
     WriteFileBytes(working, damaged);
-    ::chmod(working.fn_str(), 0644);
+    MakeReadableByAll(working);
     if (GetParam() == 2)
         WriteFileBytes(dir.File("data/data2.xml"), damaged);
 
@@ -214,7 +190,7 @@ TEST_P(DataFileUnreadable, LoadsTheFallbackAndKeepsTheUnreadableCopy)
     ASSERT_EQ(report.keptCopies.size(), both ? 2u : 1u);
     EXPECT_TRUE(report.keptCopies[0].StartsWith(working + ".bad-"));
     EXPECT_EQ(ReadFileBytes(report.keptCopies[0]), damaged);
-    EXPECT_EQ(Mode(report.keptCopies[0]), 0600u);
+    EXPECT_TRUE(IsPrivateFile(report.keptCopies[0]));
     EXPECT_TRUE(report.Describe().Contains(GetParam() == 1 ? "nested more than" : "could not be read")) << report.Describe();
     EXPECT_TRUE(report.Describe().Contains(report.keptCopies[0]));
 }
@@ -246,7 +222,7 @@ TEST_P(DataFileDamaged, LoadsWhatItCanKeepsTheOriginalAndSaysWhatWasDropped)
         EXPECT_TRUE(told.Contains(phrase)) << phrase << "\n" << told;
     ASSERT_EQ(report.keptCopies.size(), 1u);
     EXPECT_TRUE(told.Contains(report.keptCopies[0]));
-    EXPECT_EQ(Mode(report.keptCopies[0]), 0600u);
+    EXPECT_TRUE(IsPrivateFile(report.keptCopies[0]));
 
     s.Changes().MarkChanged();
     ASSERT_EQ(SaveSchedulerData(s, true), DataSaveResult::Saved);
@@ -276,30 +252,6 @@ INSTANTIATE_TEST_SUITE_P(
         std::string name = info.param.name;
         return name.substr(0, name.find('.'));
     });
-
-TEST(DataFileSave, PlantedTemporariesAndLinksAreNeitherFollowedNorTrusted)
-{
-    TempDir dir, elsewhere;
-    const wxString target = elsewhere.File("real-data1.xml"), victim = elsewhere.File("victim");
-    WriteFileBytes(victim, "untouched");
-    Scheduler s(HarnessContext(), dir.Path());
-    ASSERT_TRUE(wxFileName::Mkdir(dir.File("data")));
-    // data1.xml is a link the user made; the temporary names are links planted.
-    ASSERT_EQ(::symlink(target.fn_str(), s.Paths().working.fn_str()), 0);
-    ASSERT_EQ(::symlink(victim.fn_str(), (s.Paths().working + ".tmp").fn_str()), 0);
-    ASSERT_EQ(::symlink(victim.fn_str(), (target + ".tmp-AAAAAA").fn_str()), 0);
-    FillGoldenContent(s);
-    const mode_t old = ::umask(0);
-    ASSERT_EQ(SaveSchedulerData(s, true), DataSaveResult::Saved);
-    ::umask(old);
-    EXPECT_EQ(ReadFileBytes(target), Golden());
-    EXPECT_EQ(Mode(target), 0600u);
-    EXPECT_TRUE(wxFileName(s.Paths().working).Exists(wxFILE_EXISTS_SYMLINK | wxFILE_EXISTS_NO_FOLLOW));
-    EXPECT_EQ(ReadFileBytes(victim), "untouched");
-    wxArrayString temporaries;
-    for (const wxString& folder : {dir.File("data"), elsewhere.Path()})
-        EXPECT_EQ(wxDir::GetAllFiles(folder, &temporaries, "*.tmp*", wxDIR_FILES), 0u) << folder;
-}
 
 // A save that fails (a folder where the file belongs) is told once, keeps the
 // data marked changed, and the next attempt after the cause is gone writes it.

@@ -2,8 +2,6 @@
 
 #include <map>
 
-#include <sys/stat.h>
-
 #include <gtest/gtest.h>
 #include <wx/fileconf.h>
 
@@ -99,9 +97,6 @@ TEST_F(PreferenceTest, FirstStartGivesTheDefaultTableAndSavingWritesItEncoded)
     const std::string file = ReadFileBytes(path);
     EXPECT_EQ(file.find("hotkey"), std::string::npos);  // no name is stored in plain text
     EXPECT_EQ(StoredText(path, "mainFrmW"), "1700000000" "1024");
-    struct stat st {};
-    ASSERT_EQ(::stat(path.fn_str(), &st), 0);
-    EXPECT_EQ(st.st_mode & 0777, 0600u);
 }
 
 TEST_F(PreferenceTest, GeometryAndPasswordRulesAtLoad)

@@ -1,7 +1,9 @@
 #include "test_support.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
+#include <random>
 #include <sstream>
 #include <stdexcept>
 
@@ -11,11 +13,26 @@
 
 TempDir::TempDir()
 {
-    char pattern[] = "/tmp/cadrelle-test-XXXXXX";
-    const char* made = ::mkdtemp(pattern);
-    if (!made)
-        throw std::runtime_error("mkdtemp failed");
-    m_path = wxString::FromUTF8(made);
+    // A name nobody has: create_directory says whether it was there before.
+    static const char kLetters[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+    std::random_device device;
+    std::uniform_int_distribution<int> pick(0, static_cast<int>(sizeof kLetters) - 2);
+    const std::filesystem::path base = std::filesystem::temp_directory_path();
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        std::string name = "cadrelle-test-XXXXXX";
+        for (std::size_t i = name.size() - 6; i < name.size(); ++i)
+            name[i] = kLetters[pick(device)];
+        const std::filesystem::path path = base / name;
+        std::error_code error;
+        if (std::filesystem::create_directory(path, error)) {
+            std::filesystem::permissions(path, std::filesystem::perms::owner_all, error);
+            m_path = wxString(path.wstring());
+            return;
+        }
+        if (error)
+            throw std::runtime_error("cannot create a temporary folder: " + error.message());
+    }
+    throw std::runtime_error("cannot create a temporary folder");
 }
 
 TempDir::~TempDir()
@@ -25,7 +42,9 @@ TempDir::~TempDir()
 
 wxString TempDir::File(const wxString& relative) const
 {
-    return m_path + "/" + relative;
+    // In the platform's own spelling ("\\" on Windows), as the code under
+    // test makes its paths.
+    return wxFileName(m_path + "/" + relative).GetFullPath();
 }
 
 std::string ReadFileBytes(const wxString& path)

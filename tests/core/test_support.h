@@ -22,6 +22,12 @@ private:
     wxString m_path;
 };
 
+// Whether only the user can reach the file: mode 0600 on POSIX; on Windows an
+// access list that admits the user's SID and the system alone.
+bool IsPrivateFile(const wxString& path);
+// Lets everybody read the file (mode 0644; on Windows: Everyone may read).
+void MakeReadableByAll(const wxString& path);
+
 std::string ReadFileBytes(const wxString& path);
 void WriteFileBytes(const wxString& path, const std::string& bytes);
 // A local moment with milliseconds, in the process's time zone.

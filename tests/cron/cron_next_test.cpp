@@ -47,10 +47,7 @@ TEST_P(CronEveryZone, Table) {
 // Reference: step second by second and take the first match whose local
 // time has not been shown before (folds here are at most two hours).
 std::time_t Scan(const CronExpr& e, std::time_t after, std::time_t limit) {
-    auto wall = [](std::time_t t, std::tm& tm) {
-        localtime_r(&t, &tm);
-        return static_cast<long long>(t) + tm.tm_gmtoff;
-    };
+    auto wall = [](std::time_t t, std::tm& tm) { return static_cast<long long>(t) + LocalWithOffset(t, tm); };
     std::tm tm{};
     long long shown = LLONG_MIN;
     for (std::time_t t = after - 7200; t <= after; ++t) shown = std::max(shown, wall(t, tm));
@@ -87,9 +84,9 @@ TEST_P(CronEveryZone, AgreesWithSecondBySecondScan) {
     long long offset = 0;
     for (std::time_t t = 1672531200; t < 1767225600; t += 3600) {
         std::tm tm{};
-        localtime_r(&t, &tm);
-        if (t != 1672531200 && tm.tm_gmtoff != offset) changes.push_back(t);
-        offset = tm.tm_gmtoff;
+        const long long now = LocalWithOffset(t, tm);
+        if (t != 1672531200 && now != offset) changes.push_back(t);
+        offset = now;
     }
     const std::time_t limit = 36 * 3600;
     for (int i = 0; i < 120; ++i) {

@@ -1,9 +1,5 @@
 #include "harness.h"
 
-#include <fcntl.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <cstdlib>
 #include <thread>
 
@@ -26,11 +22,6 @@ class WxEnvironment : public ::testing::Environment {
 
 [[maybe_unused]] ::testing::Environment* const g_wx = ::testing::AddGlobalTestEnvironment(new WxEnvironment);
 
-void SetEnv(const char* name, const char* value)
-{
-    value ? ::setenv(name, value, 1) : ::unsetenv(name);
-}
-
 }  // namespace
 
 bool WaitUntil(const std::function<bool()>& done, int timeoutMs)
@@ -42,63 +33,6 @@ bool WaitUntil(const std::function<bool()>& done, int timeoutMs)
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
     return true;
-}
-
-ChildProcess::~ChildProcess() { Stop(SIGKILL, 2000); }
-
-bool ChildProcess::Start(const std::vector<std::string>& argv, const std::string& outPath,
-                         const ChildEnvironment& environment, const std::string& errPath)
-{
-    std::vector<char*> raw;
-    for (const std::string& arg : argv)
-        raw.push_back(const_cast<char*>(arg.c_str()));
-    raw.push_back(nullptr);
-    m_pid = ::fork();
-    if (m_pid == 0) {
-        auto open = [](const std::string& path) {
-            return path.empty() ? ::open("/dev/null", O_WRONLY) : ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        };
-        const int out = open(outPath);
-        ::dup2(out, STDOUT_FILENO);
-        ::dup2(errPath.empty() ? out : open(errPath), STDERR_FILENO);
-        for (const auto& [name, value] : environment)
-            SetEnv(name.c_str(), value ? value->c_str() : nullptr);
-        ::execvp(raw[0], raw.data());
-        ::_exit(127);
-    }
-    return m_pid > 0;
-}
-
-bool ChildProcess::StartCall(const std::function<int()>& body)
-{
-    m_pid = ::fork();
-    if (m_pid == 0)
-        ::_exit(body());
-    return m_pid > 0;
-}
-
-int ChildProcess::Stop(int signal, int limitMs)
-{
-    if (m_pid <= 0)
-        return -1;
-    if (signal != 0)
-        ::kill(m_pid, signal);
-    int status = 0;
-    const bool ended = WaitUntil([&] { return ::waitpid(m_pid, &status, WNOHANG) == m_pid; }, limitMs);
-    if (!ended) {
-        ::kill(m_pid, SIGKILL);
-        ::waitpid(m_pid, &status, 0);
-    }
-    m_pid = -1;
-    return ended && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-bool ChildProcess::Exited()
-{
-    int status = 0;
-    if (m_pid > 0 && ::waitpid(m_pid, &status, WNOHANG) == m_pid)
-        m_pid = -1;
-    return m_pid <= 0;
 }
 
 ProcessResult RunProcess(const std::vector<std::string>& argv, const ChildEnvironment& environment, int limitMs)
@@ -117,10 +51,10 @@ ScopedEnv::ScopedEnv(const char* name, const char* value) : m_name(name)
 {
     if (const char* old = std::getenv(name))
         m_old = old;
-    SetEnv(name, value);
+    SetEnvVar(name, value);
 }
 
-ScopedEnv::~ScopedEnv() { SetEnv(m_name.c_str(), m_old ? m_old->c_str() : nullptr); }
+ScopedEnv::~ScopedEnv() { SetEnvVar(m_name.c_str(), m_old ? m_old->c_str() : nullptr); }
 
 void RecordedMessages::Add(RecordedMessage message)
 {

@@ -25,10 +25,18 @@
 // Polls `done` until it holds or `timeoutMs` passed; returns done().
 bool WaitUntil(const std::function<bool()>& done, int timeoutMs = 10000);
 
+// Sets (nullptr: removes) one variable of this process's environment.
+void SetEnvVar(const char* name, const char* value);
+
+// The signal that cannot be caught (SIGKILL; Windows has no such name).
+inline constexpr int kSignalKill = 9;
+
 // Variables set (or, with no value, removed) in a child on top of ours.
 using ChildEnvironment = std::vector<std::pair<std::string, std::optional<std::string>>>;
 
-// A child process, killed by its id if still running when the object goes.
+// A child process, killed by its id if still running when the object goes
+// (harness_posix.cpp: fork and exec; harness_win.cpp: CreateProcessW, where
+// every signal but 0 ends the child at once with TerminateProcess).
 class ChildProcess {
 public:
     ChildProcess() = default;
@@ -49,6 +57,7 @@ public:
 
 private:
     pid_t m_pid = -1;
+    void* m_process = nullptr;  // Windows: the process handle
 };
 
 struct ProcessResult {

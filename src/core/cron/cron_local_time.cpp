@@ -44,7 +44,7 @@ long long CivilSeconds(const CivilTime& c) {
 
 bool ToCivil(std::time_t t, CivilTime& c) {
     std::tm tm{};
-    if (localtime_r(&t, &tm) == nullptr) return false;
+    if (!LocalTm(t, tm)) return false;
     c.year = tm.tm_year + 1900LL;
     c.month = tm.tm_mon + 1;
     c.day = tm.tm_mday;

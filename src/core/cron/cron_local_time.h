@@ -28,6 +28,10 @@ int DaysInMonth(long long year, int month);
 // time t shows civil c exactly when CivilSeconds(c) - t is the UTC offset at t.
 long long CivilSeconds(const CivilTime& c);
 
+// The C library's local time of `t` into `tm` (localtime_r on POSIX,
+// localtime_s on Windows); false when it cannot convert it.
+bool LocalTm(std::time_t t, std::tm& tm);
+
 // Local time of `t`; false when the C library cannot convert it.
 bool ToCivil(std::time_t t, CivilTime& c);
 // UTC offset in seconds at `t`; false when `t` cannot be converted.

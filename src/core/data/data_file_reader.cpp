@@ -8,6 +8,7 @@
 
 #include <expat.h>
 #include <wx/filename.h>
+#include <wx/wxcrtvararg.h>
 
 namespace {
 
@@ -489,7 +490,7 @@ void ReadDataFile(const wxString& path, DataFileContent& out, const SessionConte
         out.problem = "the file does not exist";
         return;
     }
-    std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.fn_str(), "rb"), &std::fclose);
+    std::unique_ptr<FILE, int (*)(FILE*)> file(wxFopen(path, "rb"), &std::fclose);
     if (!file) {
         out.problem = "the file cannot be opened";
         return;

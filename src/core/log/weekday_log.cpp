@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include <wx/datetime.h>
+#include <wx/filename.h>
 #include <wx/log.h>
 #include <wx/thread.h>
 #include <wx/time.h>
@@ -146,9 +147,9 @@ wxString WeekdayLog::FileName(int weekday)
 
 wxString WeekdayLog::FilePathFor(int weekday) const
 {
-    if (m_appDir.empty() || m_appDir.EndsWith("/"))
-        return m_appDir + FileName(weekday);
-    return m_appDir + "/" + FileName(weekday);
+    if (m_appDir.empty())
+        return FileName(weekday);
+    return wxFileName(m_appDir, FileName(weekday)).GetFullPath();  // the platform's own separator
 }
 
 bool WeekdayLog::Rebind(const wxString& path, const char* mode)
@@ -200,12 +201,10 @@ namespace {
 // Size of the file at `path`; 0 when it is missing or not a regular file.
 std::size_t ExistingFileSize(const wxString& path)
 {
-    std::error_code error;
-    const std::filesystem::path file(path.fn_str().data());
-    if (!std::filesystem::is_regular_file(file, error))
+    if (!wxFileName::FileExists(path))
         return 0;
-    const std::uintmax_t size = std::filesystem::file_size(file, error);
-    return error ? 0 : static_cast<std::size_t>(size);
+    const wxULongLong size = wxFileName::GetSize(path);
+    return size == wxInvalidSize ? 0 : static_cast<std::size_t>(size.GetValue());
 }
 
 }  // namespace

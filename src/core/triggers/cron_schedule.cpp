@@ -5,6 +5,7 @@
 #include <wx/log.h>
 
 #include "core/core_log.h"
+#include "core/cron/cron_local_time.h"
 #include "core/translate.h"
 #include "core/user_messages.h"
 
@@ -15,7 +16,7 @@ std::int64_t StartOfNextLocalYear(std::int64_t sec)
 {
     std::time_t t = static_cast<std::time_t>(sec);
     std::tm tm{};
-    if (!localtime_r(&t, &tm))
+    if (!cron::LocalTm(t, tm))
         return sec + 1;
     std::tm next{};
     next.tm_year = tm.tm_year + 1;

@@ -6,6 +6,8 @@
 #include <ctime>
 #include <sstream>
 
+#include "core/cron/cron_local_time.h"
+
 namespace {
 
 // A decimal JID: digits with an optional minus sign, within 32 bits.
@@ -116,7 +118,7 @@ std::string FormatStatus(const InstanceStatus& status)
         return text + "next: none\n";
     const std::time_t seconds = static_cast<std::time_t>(status.nextSeconds);
     std::tm local{};
-    localtime_r(&seconds, &local);
+    cron::LocalTm(seconds, local);
     char moment[32];
     std::strftime(moment, sizeof moment, "%Y-%m-%d %H:%M:%S", &local);
     return text + "next: " + moment + " JID " + std::to_string(status.nextJid) + "\n";
