@@ -37,3 +37,17 @@ TEST(CronZones, GapFoldAndOffset) {
 }
 
 }  // namespace
+
+// Civil seconds and the civil time they name convert both ways, across
+// leap days, centuries and before 1970.
+TEST(CivilTimes, SecondsAndCivilTimeConvertBothWays)
+{
+    for (long long s = -5LL * 365 * 86400; s < 140LL * 365 * 86400; s += 86400LL * 13 + 3671) {
+        const cron::CivilTime c = cron::CivilFromSeconds(s);
+        ASSERT_EQ(cron::CivilSeconds(c), s) << s;
+        ASSERT_GE(c.day, 1);
+        ASSERT_LE(c.day, cron::DaysInMonth(c.year, c.month));
+    }
+    const cron::CivilTime leap = cron::CivilFromSeconds(cron::CivilSeconds({2000, 2, 29, 23, 59, 58}));
+    EXPECT_EQ(leap, (cron::CivilTime{2000, 2, 29, 23, 59, 58}));
+}

@@ -72,12 +72,12 @@ std::vector<OffsetChange> OffsetChanges(std::int64_t fromSec, std::int64_t until
 std::optional<std::int64_t> FirstCivilMatch(const CronExpr& expr, std::int64_t fromCivil, std::int64_t untilCivil)
 {
     for (std::int64_t minute = fromCivil - ((fromCivil % 60) + 60) % 60; minute < untilCivil; minute += 60) {
-        const std::time_t t = static_cast<std::time_t>(minute);
-        std::tm tm{};
-        if (!gmtime_r(&t, &tm))
-            return std::nullopt;
-        if (!expr.months.test(tm.tm_mon) || !expr.daysOfMonth.test(tm.tm_mday - 1) ||
-            !expr.daysOfWeek.test(tm.tm_wday) || !expr.hours.test(tm.tm_hour) || !expr.minutes.test(tm.tm_min))
+        const cron::CivilTime c = cron::CivilFromSeconds(minute);
+        const int weekday = cron::WeekdayFromDays(cron::DaysFromCivil(c.year, c.month, c.day));
+        if (!expr.months.test(static_cast<std::size_t>(c.month - 1)) ||
+            !expr.daysOfMonth.test(static_cast<std::size_t>(c.day - 1)) ||
+            !expr.daysOfWeek.test(static_cast<std::size_t>(weekday)) || !expr.hours.test(static_cast<std::size_t>(c.hour)) ||
+            !expr.minutes.test(static_cast<std::size_t>(c.minute)))
             continue;
         for (std::int64_t s = std::max(minute, fromCivil); s < std::min(minute + 60, untilCivil); ++s)
             if (expr.seconds.test(static_cast<std::size_t>(s - minute)))

@@ -42,6 +42,31 @@ long long CivilSeconds(const CivilTime& c) {
            c.second;
 }
 
+CivilTime CivilFromSeconds(long long seconds)
+{
+    long long days = seconds / 86400;
+    long long rest = seconds % 86400;
+    if (rest < 0) {
+        rest += 86400;
+        --days;
+    }
+    // Days since 1970-01-01 to a proleptic Gregorian date, by 400-year eras.
+    days += 719468;
+    const long long era = (days >= 0 ? days : days - 146096) / 146097;
+    const long long dayOfEra = days - era * 146097;
+    const long long yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+    const long long dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+    const long long mp = (5 * dayOfYear + 2) / 153;
+    CivilTime c;
+    c.day = static_cast<int>(dayOfYear - (153 * mp + 2) / 5 + 1);
+    c.month = static_cast<int>(mp < 10 ? mp + 3 : mp - 9);
+    c.year = yearOfEra + era * 400 + (c.month <= 2 ? 1 : 0);
+    c.hour = static_cast<int>(rest / 3600);
+    c.minute = static_cast<int>(rest % 3600 / 60);
+    c.second = static_cast<int>(rest % 60);
+    return c;
+}
+
 bool ToCivil(std::time_t t, CivilTime& c) {
     std::tm tm{};
     if (!LocalTm(t, tm)) return false;

@@ -27,6 +27,8 @@ int DaysInMonth(long long year, int month);
 // The civil time read as if it were UTC, in seconds since the epoch. Local
 // time t shows civil c exactly when CivilSeconds(c) - t is the UTC offset at t.
 long long CivilSeconds(const CivilTime& c);
+// The inverse of CivilSeconds: pure arithmetic, no C library.
+CivilTime CivilFromSeconds(long long seconds);
 
 // The C library's local time of `t` into `tm` (localtime_r on POSIX,
 // localtime_s on Windows); false when it cannot convert it.
