@@ -504,13 +504,25 @@ void CadrelleFrame::SaveLayout()
 
 // --- window life ------------------------------------------------------------
 
-void CadrelleFrame::RestoreMainFrame()
+void CadrelleFrame::RestoreMainFrame(bool atStart)
 {
     wxLogMessage("%d *** CadrelleFrame::OnHotKeyRestoreMainFrame", LogMs());
-    if (PrefIsOn(Prefs(), "usePassword")) {
+    if (m_bPromptOpen) {
+        if (wxWindow* prompt = OpenPrompt())
+            prompt->Raise();
+        return;
+    }
+    const bool unlocked = IsShown() && !IsIconized();
+    if (PrefIsOn(Prefs(), "usePassword") && !unlocked) {
         Hide();
-        if (!AskUnlockPassword(this, Prefs())) {
-            CloseForGood();
+        m_bPromptOpen = true;
+        const bool ok = AskUnlockPassword(this, Prefs());
+        m_bPromptOpen = false;
+        if (!ok) {
+            // A stray Escape must not end every scheduled job; only the
+            // start-up prompt's "Exit" ends the program.
+            if (atStart)
+                CloseForGood();
             return;
         }
     }
@@ -519,11 +531,28 @@ void CadrelleFrame::RestoreMainFrame()
     Raise();
 }
 
+wxWindow* CadrelleFrame::OpenPrompt() const
+{
+    if (!m_bPromptOpen)
+        return nullptr;
+    return wxWindow::FindWindowByName("AuthDlg", const_cast<CadrelleFrame*>(this));
+}
+
 void CadrelleFrame::TrayExit()
 {
     wxLogMessage("%d *** CadrelleFrame::TrayExit", LogMs());
-    if (PrefIsOn(Prefs(), "usePassword") && !AskUnlockPassword(this, Prefs()))
+    if (m_bPromptOpen) {
+        if (wxWindow* prompt = OpenPrompt())
+            prompt->Raise();
         return;
+    }
+    if (PrefIsOn(Prefs(), "usePassword")) {
+        m_bPromptOpen = true;
+        const bool ok = AskUnlockPassword(this, Prefs());
+        m_bPromptOpen = false;
+        if (!ok)
+            return;
+    }
     if (PrefIsOn(Prefs(), "hideMainFrmClickCloseBtn"))
         CloseForGood();
     else

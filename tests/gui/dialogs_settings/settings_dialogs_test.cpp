@@ -21,14 +21,7 @@
 
 namespace {
 
-// Works the dialog while it is up; returns what ShowModal then returns.
-template <class D>
-struct Drive : wxExpectModalBase<D, Drive<D>> {
-    explicit Drive(std::function<int(D*)> work) : m_work(std::move(work)) {}
-    int OnInvoked(D* dlg) const override { return m_work(dlg); }
-    std::function<int(D*)> m_work;
-};
-
+using guitest::Drive;
 using Message = guitest::ExpectMessage;
 using guitest::Find;
 

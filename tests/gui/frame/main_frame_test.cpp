@@ -13,10 +13,13 @@
 #include <wx/dataview.h>
 #include <wx/log.h>
 #include <wx/srchctrl.h>
+#include <wx/textctrl.h>
 #include <wx/uiaction.h>
 #include <wx/weakref.h>
 
 #include "core/log/weekday_log.h"
+#include "core/prefs/password_hash.h"
+#include "gui/dialogs/auth_dlg.h"
 #include "core/prefs/preference.h"
 #include "core/scheduler.h"
 #include "gui/main_frame.h"
@@ -52,6 +55,7 @@ protected:
         // What an earlier test's window saved must not carry over.
         const auto prefs = Preference::OpenUserPreferences();
         prefs->SetValue("hideMainFrmClickCloseBtn", "0");
+        prefs->SetValue("usePassword", "0");
         prefs->SetValue("colSortIndex", "0");
         prefs->SetValue("colSortDir", "4096");
         prefs->SaveSettingParam();
@@ -180,6 +184,48 @@ TEST_F(MainFrameTest, CloseButtonOnlyHidesWithTheHideSetting)
     EXPECT_TRUE(guitest::WaitFor([&] { return m_frame->IsIconized() || !m_frame->IsShown(); }));
     EXPECT_FALSE(guitest::LogText(m_appDir).Contains(WeekdayLog::kEndBanner));
     m_frame->Prefs().SetValue("hideMainFrmClickCloseBtn", "0");
+}
+
+// The password prompt: a window shown and unlocked is only raised; a hidden one asks once,
+// however many requests arrive meanwhile (a second prompt would be an unexpected dialog);
+// refusing keeps the program running hidden, except at start, where "Exit" ends it.
+TEST_F(MainFrameTest, OnePasswordPromptAndRefusalKeepsRunning)
+{
+    m_frame->Prefs().SetValue("usePassword", "1");
+    m_frame->Prefs().SetValue("password", HashPassword("secret"));
+    const struct { int line; bool hidden; bool atStart; int answer; bool shown; bool alive; } rows[] = {
+        {__LINE__, false, false, 0, true, true},
+        {__LINE__, true, false, wxID_CANCEL, false, true},
+        {__LINE__, true, false, wxID_OK, true, true},
+        {__LINE__, true, true, wxID_CANCEL, false, false},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.line);
+        if (r.hidden)
+            m_frame->Hide();
+        int prompts = 0;
+        wxTEST_DIALOG(m_frame->RestoreMainFrame(r.atStart),
+                      guitest::Drive<AuthDlg>([&](AuthDlg* dlg) {
+                          ++prompts;
+                          m_frame->RestoreMainFrame();  // a second `--show`
+                          m_frame->TrayExit();
+                          EXPECT_EQ(m_frame->OpenPrompt(), dlg);
+                          if (r.answer == wxID_OK) {
+                              guitest::Find<wxTextCtrl>(dlg, "password")->ChangeValue("secret");
+                              guitest::Fire(dlg->FindWindow(wxID_OK));
+                              return dlg->GetReturnCode();
+                          }
+                          return r.answer;
+                      }).Optional());
+        EXPECT_EQ(prompts, r.answer ? 1 : 0);
+        if (!r.alive) {
+            EXPECT_TRUE(guitest::WaitFor([&] { return !m_frame; }));
+            break;
+        }
+        ASSERT_TRUE(m_frame);
+        EXPECT_EQ(m_frame->IsShown(), r.shown);
+        EXPECT_EQ(m_frame->OpenPrompt(), nullptr);
+    }
 }
 
 // Asks the window manager, as a pager does (_NET_CLOSE_WINDOW), to close the
