@@ -20,7 +20,7 @@ TEST(WindowMessages, ReminderAndJobErrorReachTheScreen)
     // An important reminder and a Wake-on-LAN job with a wrong MAC address, every two seconds.
     WriteFileBytes(dir.File("app/data/data1.xml"),
                    DataFile(Job(0, 0, "Tea", true, 0, "1", "", "Tea time $ 1") +
-                                Job(1, 12, "Wake", true, 0, "2", "", "aa:bb:cc:dd:ee:ff $ 9"),
+                                Job(1, 12, "Wake", true, 0, "2", "", "aa:bb:cc:dd:ee $ 9"),
                             IntervalTrigger(1, "0/2 * * * * ?") + IntervalTrigger(2, "1/2 * * * * ?")));
     const std::string home = dir.File("home").utf8_string();
     ChildProcess program;
@@ -36,5 +36,5 @@ TEST(WindowMessages, ReminderAndJobErrorReachTheScreen)
     program.Stop(SIGKILL);
     const std::string log = LogText(dir.File("app"));
     EXPECT_NE(log.find("### [JID_0] Reminder (important): Tea time"), std::string::npos) << log;
-    EXPECT_NE(log.find("### [Cadrelle] Mac Address is not correct, Address size is 1"), std::string::npos) << log;
+    EXPECT_NE(log.find("### [Cadrelle] Mac Address is not correct, Address size is 5"), std::string::npos) << log;
 }

@@ -56,7 +56,7 @@ void CronSchedule::Parse(const wxString& condition, UserMessages* report, std::i
             if (!report->EchoesToStderr())
                 std::cerr << e.what() << std::endl;
             // The toolkit's default message-box caption.
-            report->ShowMessage(TranslateFromAnyThread(e.what()), "Message");
+            report->ShowMessage(wxString::FromUTF8(cron::ErrorText(e)), "Message");
         }
     }
 }

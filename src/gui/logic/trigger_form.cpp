@@ -198,7 +198,7 @@ TriggerTexts BuildTriggerTexts(const TriggerForm& form, const wxDateTime& now)
         try {
             ParseCronExpr(std::string(out.condition.utf8_str()));
         } catch (const cron::bad_cronexpr& e) {
-            out.message = CronErrorMessage(out.condition, wxString::FromUTF8(e.what()));
+            out.message = CronErrorMessage(out.condition, wxString::FromUTF8(cron::ErrorText(e)));
             return out;
         }
     }
@@ -245,7 +245,7 @@ bool ReadTriggerTexts(std::uint32_t kind, const wxString& condition, const wxStr
         try {
             cex = ParseCronExpr(std::string(condition.utf8_str()));
         } catch (const cron::bad_cronexpr& e) {
-            error = CronErrorMessage(condition, wxString::FromUTF8(e.what()));
+            error = CronErrorMessage(condition, wxString::FromUTF8(cron::ErrorText(e)));
             return false;
         }
         const std::vector<int> values[FieldCount] = {
@@ -357,7 +357,7 @@ TriggerPreview PreviewTrigger(const SessionContext& context, std::uint32_t kind,
         try {
             cex = ParseCronExpr(std::string(texts.condition.utf8_str()));
         } catch (const cron::bad_cronexpr& e) {
-            preview.note = CronErrorMessage(texts.condition, wxString::FromUTF8(e.what()));
+            preview.note = CronErrorMessage(texts.condition, wxString::FromUTF8(cron::ErrorText(e)));
             return preview;
         }
         // Whole seconds from the millisecond values: GetTicks() gives up

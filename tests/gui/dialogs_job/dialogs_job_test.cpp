@@ -115,7 +115,11 @@ TEST(JobDialog, NewJobWithTriggerIsSavedAndCopied)
             if (*look.second)
                 guitest::SaveScreenshot(dlg, look.second);
         }
-        Find<wxTextCtrl>(dlg, "ID_PARAM_12_0")->ChangeValue("01-23-45-67-89-ab");
+        // A port out of range is refused, never clamped; colons are a MAC address's usual notation.
+        Find<wxTextCtrl>(dlg, "ID_PARAM_12_0")->ChangeValue("01:23:45:67:89:ab");
+        Find<wxTextCtrl>(dlg, "ID_PARAM_12_1")->ChangeValue("99999");
+        wxTEST_DIALOG(PressOk(dlg), guitest::ExpectMessage("Port: \"99999\" is not a whole number from 1 to 65535."));
+        Find<wxTextCtrl>(dlg, "ID_PARAM_12_1")->ChangeValue("7788");
         Find<wxTextCtrl>(dlg, "ID_TEXTCTRL_ASSOCIATED")->ChangeValue("7");
         wxTEST_DIALOG(PressOk(dlg), guitest::ExpectMessage("Associated JID: there is no job 7.", wxOK, true));
         EXPECT_TRUE(dynamic_cast<wxDialog*>(dlg)->IsModal());
@@ -131,7 +135,7 @@ TEST(JobDialog, NewJobWithTriggerIsSavedAndCopied)
     ASSERT_TRUE(job);
     EXPECT_EQ(job->GetType(), NJobTypeWakeOnLan);
     EXPECT_EQ(job->GetDescription(), "Wake the NAS");
-    EXPECT_EQ(job->GetParamText(), "01-23-45-67-89-ab $ 7788");
+    EXPECT_EQ(job->GetParamText(), "01:23:45:67:89:ab $ 7788");
     ASSERT_EQ(job->GetTriggerIds().size(), 1u);
     const std::int64_t tid = job->GetTriggerIds()[0];
     ASSERT_TRUE(scheduler.GetTriggerById(tid));
