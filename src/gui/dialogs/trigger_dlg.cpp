@@ -435,6 +435,11 @@ void TriggerDlg::OnOk()
         ShowMessage(this, texts.message);
         return;
     }
+    const TriggerPreview preview = PreviewTrigger(m_context, form.kind, texts, m_context.GetClock().Now());
+    if (preview.neverFires &&
+        wxMessageBox(preview.note + "\n\n" + _("Save this trigger anyway?"), "Cadrelle",
+                     wxYES_NO | wxNO_DEFAULT | wxICON_WARNING, this) != wxYES)
+        return;
     m_result.type = form.kind;
     m_result.condition = texts.condition;
     m_result.start = texts.start;

@@ -373,8 +373,10 @@ TriggerPreview PreviewTrigger(const SessionContext& context, std::uint32_t kind,
             preview.moments.push_back(FromMs(static_cast<std::int64_t>(next) * 1000));
             after = next;
         }
-        if (preview.moments.empty())
+        if (preview.moments.empty()) {
             preview.note = _("No moment matches inside the start/end period: this trigger would never fire.");
+            preview.neverFires = true;
+        }
         return preview;
     }
 
@@ -397,9 +399,10 @@ TriggerPreview PreviewTrigger(const SessionContext& context, std::uint32_t kind,
                                         context.StartTime().Format("%Y-%m-%d %H:%M:%S"));
     }
     if (!moment.IsValid() || moment.IsEarlierThan(now)) {
-        if (preview.note.empty())
+        if (preview.note.empty()) {
             preview.note = _("This moment has already passed: the trigger would never fire.");
-        else
+            preview.neverFires = true;
+        } else
             preview.note << "\n" << _("In this run that moment has already passed.");
         return preview;
     }

@@ -8,6 +8,7 @@
 #include <wx/button.h>
 #include <wx/checklst.h>
 #include <wx/choice.h>
+#include <wx/datectrl.h>
 #include <wx/radiobut.h>
 #include <wx/textctrl.h>
 
@@ -78,6 +79,15 @@ TEST(TriggerDialog, PreviewFollowsThePickersAndBadFormsStayOpen)
             Tick(&dlg, "ID_CHECKLISTBOX_WEEK", d, true);
         EXPECT_TRUE(dlg.DescriptionText().StartsWith("Every weekday at 08:")) << dlg.DescriptionText();
         guitest::SaveScreenshot(&dlg, "trigger-every-week");
+
+        // A Special Time already past is saved only when the user says so.
+        PickKind(&dlg, "ID_RADIOBUTTON_SEPC_TIME");
+        auto* date = Find<wxDatePickerCtrl>(&dlg, "ID_DATEPICKERCTRL_SPEC");
+        date->SetValue(wxDateTime(1, wxDateTime::Jan, 2001));
+        wxTEST_DIALOG(PressOk(&dlg),
+                      guitest::ExpectMessage("This moment has already passed: the trigger would never fire.\n\n"
+                                             "Save this trigger anyway?", wxNO).Caption("Cadrelle"));
+        EXPECT_TRUE(dlg.IsModal());
 
         PickKind(&dlg, "ID_RADIOBUTTON_COUNTDOWN");
         Choose(&dlg, "ID_CHOICE8", 5);
