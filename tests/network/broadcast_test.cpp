@@ -38,7 +38,8 @@ public:
         const std::vector<RecordedMessage> shown = messages.All();
         ASSERT_EQ(shown.size(), 3u);
         for (std::size_t i = 0; i < shown.size(); ++i) {
-            EXPECT_EQ(shown[i].text, std::string("Mac Address is not correct, Address size is ") + "571"[i]);
+            EXPECT_EQ(shown[i].text.substr(0, shown[i].text.find("\n\nJob: Test job (JID 7)\nTime: ")),
+                      std::string("Mac Address is not correct, Address size is ") + "571"[i]);
             EXPECT_EQ(shown[i].caption, "Cadrelle");
         }
         EXPECT_TRUE(receiver.Receive(500).empty());
