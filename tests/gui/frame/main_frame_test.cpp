@@ -92,18 +92,21 @@ protected:
 TEST_F(MainFrameTest, TriggerListSaysConditionsInWords)
 {
     const TriggerListModel& model = m_frame->TriggerModel();
-    const struct { unsigned row; const char* condition; const char* sentence; } rows[] = {
-        {0, "0 0 3 * * ?", "Every day at 03:00"}, {3, "0 0 0 1 1 ?", "Every year on January 1 at 00:00"}};
+    const struct { unsigned row; const char* jid; const char* condition; const char* sentence; } rows[] = {
+        {0, "0", "0 0 3 * * ?", "Every day at 03:00"}, {3, "12", "0 0 0 1 1 ?", "Every year on January 1 at 00:00"}};
     for (const auto& r : rows) {
         wxVariant value;
-        model.GetValueByRow(value, r.row, 7);
+        model.GetValueByRow(value, r.row, 8);
         EXPECT_EQ(value.GetString(), r.sentence);
         EXPECT_EQ(model.ConditionAt(r.row), r.condition);
-        for (unsigned col : {3u, 5u, 6u}) {
+        // The JID column tells the owning job.
+        model.GetValueByRow(value, r.row, 1);
+        EXPECT_EQ(value.GetString(), r.jid);
+        for (unsigned col : {4u, 6u, 7u}) {
             model.GetValueByRow(value, r.row, col);
             EXPECT_EQ(value.GetString(), wxString(L"\u2014")) << "column " << col;
         }
-        model.GetValueByRow(value, r.row, 4);
+        model.GetValueByRow(value, r.row, 5);
         EXPECT_TRUE(value.GetString().EndsWith(r.row == 0 ? "03:00:00" : "00:00:00")) << value.GetString();
     }
 }
