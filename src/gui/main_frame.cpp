@@ -720,5 +720,11 @@ void CadrelleFrame::OnCharHook(wxKeyEvent& event)
         Onm_pTbiDelJobClick(del);
         return;
     }
+    // Escape in the filter field empties it: every job is listed again.
+    const bool inFilter = focus && (focus == m_pFilter || focus->GetParent() == m_pFilter);
+    if (inFilter && event.GetKeyCode() == WXK_ESCAPE && !m_pFilter->GetValue().empty()) {
+        m_pFilter->Clear();
+        return;
+    }
     event.Skip();
 }

@@ -321,7 +321,9 @@ bool ShowJobDetailDlg(wxWindow* parent, Scheduler& scheduler, JobDlgMode mode, s
     }
     if (mode == JobDlgMode::CopyJob) {
         param.id = scheduler.NewJID();
-        param.description << _("(Copy)");
+        // Words are set apart by a space; a description without any (as in
+        // Chinese or Japanese) gets the mark joined on, as before.
+        param.description << (param.description.Contains(" ") ? " " : "") << _("(Copy)");
     }
     JobDetailDlg dlg(parent, scheduler, mode, param, triggers, runNow);
     if (dlg.ShowModal() != wxID_OK)

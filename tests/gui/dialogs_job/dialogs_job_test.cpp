@@ -158,7 +158,7 @@ TEST(JobDialog, NewJobWithTriggerIsSavedAndCopied)
     ASSERT_TRUE(ShowJobDetailDlg(nullptr, scheduler, JobDlgMode::CopyJob, jid, &copyJid, {}));
     std::shared_ptr<Job> copy = scheduler.GetJobById(copyJid);
     ASSERT_TRUE(copy);
-    EXPECT_EQ(copy->GetDescription(), "Wake the NAS(Copy)");
+    EXPECT_EQ(copy->GetDescription(), "Wake the NAS (Copy)");
     ASSERT_EQ(copy->GetTriggerIds().size(), 1u);
     EXPECT_NE(copy->GetTriggerIds()[0], tid);
     EXPECT_EQ(scheduler.GetTriggerOwner(copy->GetTriggerIds()[0]), copy);

@@ -125,9 +125,9 @@ TEST_F(MainFrameTest, CommandsAskFirst)
     EXPECT_EQ(m_frame->GetScheduler().Jobs().size(), 5u);
 
     ASSERT_TRUE(m_frame->SelectJob(12));
-    wxTEST_DIALOG(m_frame->Onm_pTbiDelJobClick(event), ExpectMessage("Do you want to delete?", wxNO));
+    wxTEST_DIALOG(m_frame->Onm_pTbiDelJobClick(event), ExpectMessage("Do you want to delete?\nStretch", wxNO));
     EXPECT_TRUE(m_frame->GetScheduler().GetJobById(12));
-    wxTEST_DIALOG(m_frame->Onm_pTbiDelJobClick(event), ExpectMessage("Do you want to delete?", wxYES));
+    wxTEST_DIALOG(m_frame->Onm_pTbiDelJobClick(event), ExpectMessage("Do you want to delete?\nStretch", wxYES));
     EXPECT_FALSE(m_frame->GetScheduler().GetJobById(12));
     EXPECT_EQ(Shown(), (std::vector<int>{0, 1, 2, 21}));
 
@@ -155,6 +155,10 @@ TEST_F(MainFrameTest, FilterFieldNarrowsAsYouType)
     }));
     sim.Text("ol");  // "Old notice"
     ASSERT_TRUE(guitest::WaitFor([&] { return Shown() == std::vector<int>{2}; }));
+    // Escape empties the field and lists every job again.
+    sim.Char(WXK_ESCAPE);
+    ASSERT_TRUE(guitest::WaitFor([&] { return Shown().size() == 5u; }));
+    EXPECT_EQ(field->GetValue(), "");
 }
 
 // A second click flips the direction; both survive the end of the session
