@@ -46,6 +46,9 @@ void GuiUserMessages::ShowNotice(std::uint32_t jobId, const wxString& text)
 void GuiUserMessages::ShowReminder(std::uint32_t jobId, const wxString& text, bool important)
 {
     UserMessages::ShowReminder(jobId, text, important);
-    const wxString title = "Cadrelle - " + TranslateFromAnyThread("Reminder");
+    // An important reminder says so in its title.
+    wxString title = "Cadrelle - " + TranslateFromAnyThread("Reminder");
+    if (important)
+        title << " - " << TranslateFromAnyThread("Important");
     wxTheApp->CallAfter([title, text] { MessageWindow::Open(title, text); });
 }

@@ -27,7 +27,7 @@ TEST(WindowMessages, ReminderAndJobErrorReachTheScreen)
     ASSERT_TRUE(program.Start({CADRELLE_BINARY, "--app-dir", dir.File("app").utf8_string()}, home + "/out.txt",
                               ProgramEnvironment(home, {{"DISPLAY", std::getenv("DISPLAY")}})));
 
-    EXPECT_TRUE(WaitUntil([] { return WindowsTitled("Cadrelle - Reminder") > 0; }, 15000))
+    EXPECT_TRUE(WaitUntil([] { return WindowsTitled("Cadrelle - Reminder - Important") > 0; }, 15000))
         << ReadFileBytes(wxString::FromUTF8(home + "/out.txt"));
     // The bad MAC address's box is captioned like the main window: two windows of that title.
     EXPECT_TRUE(WaitUntil([] { return WindowsTitled("Cadrelle") >= 2; }, 15000));

@@ -7,6 +7,7 @@
 #include <wx/choicdlg.h>
 #include <wx/choice.h>
 #include <wx/fileconf.h>
+#include <wx/listbox.h>
 #include <wx/testing.h>
 #include <wx/textctrl.h>
 
@@ -117,6 +118,15 @@ TEST(LanguageChooser, StoresTheCodeAndKeepsItAcrossSaves)
                       EXPECT_EQ(dlg->GetTitle(), "Language selection");
                       EXPECT_TRUE(wxWindow::FindWindowByLabel("Select your prefered language", dlg));
                       dlg->SetSelection(3);
+                      // Each language also in its own name.
+                      wxListBox* list = nullptr;
+                      for (wxWindow* child : dlg->GetChildren())
+                          list = list ? list : dynamic_cast<wxListBox*>(child);
+                      EXPECT_TRUE(list);
+                      if (list)
+                          EXPECT_EQ(list->GetString(3), wxString::FromUTF8("Japanese \xE2\x80\x94 \xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E"));
+                      if (list)
+                          EXPECT_EQ(list->GetString(2), "English");
                       return wxID_OK;
                   }),
                   Message("You must restart application for this change to take effect.").Caption("Confirm"));
