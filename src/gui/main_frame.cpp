@@ -720,6 +720,13 @@ void CadrelleFrame::OnCharHook(wxKeyEvent& event)
         Onm_pTbiDelJobClick(del);
         return;
     }
+    // Alt+S is what the Setting menu's item says; GTK would give it to the
+    // menu's own access key first and open the menu instead.
+    if (event.GetKeyCode() == 'S' && event.GetModifiers() == wxMOD_ALT) {
+        wxCommandEvent setting(wxEVT_MENU, wxID_PREFERENCES);
+        Onm_pTbiSettingClick(setting);
+        return;
+    }
     // Escape in the filter field empties it: every job is listed again.
     const bool inFilter = focus && (focus == m_pFilter || focus->GetParent() == m_pFilter);
     if (inFilter && event.GetKeyCode() == WXK_ESCAPE && !m_pFilter->GetValue().empty()) {

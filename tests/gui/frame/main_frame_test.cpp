@@ -20,6 +20,7 @@
 #include "core/log/weekday_log.h"
 #include "core/prefs/password_hash.h"
 #include "gui/dialogs/auth_dlg.h"
+#include "gui/dialogs/setting_dlg.h"
 #include "core/prefs/preference.h"
 #include "core/scheduler.h"
 #include "gui/main_frame.h"
@@ -159,6 +160,19 @@ TEST_F(MainFrameTest, FilterFieldNarrowsAsYouType)
     sim.Char(WXK_ESCAPE);
     ASSERT_TRUE(guitest::WaitFor([&] { return Shown().size() == 5u; }));
     EXPECT_EQ(field->GetValue(), "");
+}
+
+// Alt+S opens the settings dialog, as its menu item says, not the Setting menu.
+TEST_F(MainFrameTest, AltSOpensTheSettingsDialog)
+{
+    wxUIActionSimulator sim;
+    m_frame->Raise();
+    ASSERT_TRUE(guitest::WaitFor([&] { return m_frame->IsActive(); }));
+    bool seen = false;
+    wxTEST_DIALOG({
+        sim.Char('s', wxMOD_ALT);
+        EXPECT_TRUE(guitest::WaitFor([&] { return seen; }));
+    }, guitest::Drive<SettingDlg>([&](SettingDlg*) { seen = true; return wxID_CANCEL; }));
 }
 
 // A second click flips the direction; both survive the end of the session
