@@ -107,6 +107,12 @@ TEST_F(MainFrameTest, TriggerListSaysConditionsInWords)
             model.GetValueByRow(value, r.row, col);
             EXPECT_EQ(value.GetString(), wxString(L"\u2014")) << "column " << col;
         }
+        // Disabling the job shows its trigger disabled at once; enabling shows it waiting.
+        for (const char* status : {"Disable", "Waiting"}) {
+            m_frame->ToggleJobEnable(std::atoi(r.jid));
+            model.GetValueByRow(value, r.row, 3);
+            EXPECT_EQ(value.GetString(), status);
+        }
         model.GetValueByRow(value, r.row, 5);
         EXPECT_TRUE(value.GetString().EndsWith(r.row == 0 ? "03:00:00" : "00:00:00")) << value.GetString();
     }
