@@ -99,6 +99,9 @@ TEST(TriggerForm, PreviewKeepsToThePeriod)
     ASSERT_EQ(daily.moments.size(), 5u);
     for (std::size_t i = 0; i < 5; ++i)
         EXPECT_EQ(daily.moments[i], wxDateTime(24 + i, wxDateTime::Nov, 2026, 8, 30, 0)) << i;
+    // The weekday by its name in the user's language (here the source's).
+    EXPECT_TRUE(FormatPreview(daily).StartsWith("2026-11-24 Tuesday 08:30:00\n2026-11-25 Wednesday 08:30:00\n"))
+        << FormatPreview(daily);
     // The period starts later and ends two days after.
     const TriggerPreview bounded =
         Preview(NTriggerTypeEveryDay, "0 30 8 * * ?", "0 0 0 1 12 ? 2026", "0 0 0 3 12 ? 2026");

@@ -211,9 +211,9 @@ void TriggerDlg::BuildFields(wxBoxSizer* top)
         wxArrayString items;
         for (int v = FieldMin(f); v <= FieldMax(f); ++v) {
             if (f == FieldWeekdays)
-                items.Add(wxDateTime::GetWeekDayName(static_cast<wxDateTime::WeekDay>(v), wxDateTime::Name_Abbr));
+                items.Add(WeekdayName(v));
             else if (f == FieldMonths)
-                items.Add(wxDateTime::GetMonthName(static_cast<wxDateTime::Month>(v - 1), wxDateTime::Name_Abbr));
+                items.Add(MonthName(v));
             else
                 items.Add(wxString::Format("%d", v));
         }

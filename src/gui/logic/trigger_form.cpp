@@ -6,6 +6,7 @@
 #include <wx/intl.h>
 
 #include "core/cron/cron_expr.h"
+#include "core/triggers/trigger_description.h"
 #include "core/datetime_text.h"
 #include "core/session/session_context.h"
 #include "core/triggers/condition_tokens.h"
@@ -414,7 +415,8 @@ wxString FormatPreview(const TriggerPreview& preview)
 {
     wxString text;
     for (const wxDateTime& moment : preview.moments)
-        text << moment.Format("%Y-%m-%d %a %H:%M:%S") << "\n";
+        // The weekday in the user's language: %a would give the C locale's.
+        text << moment.Format("%Y-%m-%d ") << WeekdayName(moment.GetWeekDay()) << moment.Format(" %H:%M:%S") << "\n";
     if (!preview.note.empty())
         text << preview.note;
     return text.Trim();
