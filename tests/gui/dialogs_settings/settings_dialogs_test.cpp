@@ -6,7 +6,9 @@
 #include <wx/checkbox.h>
 #include <wx/choicdlg.h>
 #include <wx/choice.h>
+#include <wx/display.h>
 #include <wx/fileconf.h>
+#include <wx/scrolwin.h>
 #include <wx/listbox.h>
 #include <wx/testing.h>
 #include <wx/textctrl.h>
@@ -48,6 +50,9 @@ TEST(SettingDlg, RefusesInOrderThenStoresEverything)
     wxTEST_DIALOG(ok = ShowSettingDlg(nullptr, *prefs, context),
                   Drive<SettingDlg>([](SettingDlg* dlg) {
                       Look(dlg, "settings_dialog");
+                      // Within the screen; the groups scroll where it is lower.
+                      EXPECT_LE(dlg->GetSize().y, wxDisplay(0u).GetClientArea().GetHeight());
+                      EXPECT_TRUE(Find<wxScrolledWindow>(dlg, "settingsPage"));
                       EXPECT_EQ(dlg->GetTitle(), "Setting Dialog");
                       EXPECT_EQ(Find<wxChoice>(dlg, "hotkeyCust33")->GetStringSelection(), "6");
                       Find<wxChoice>(dlg, "hotkeyCust33")->SetStringSelection("0");
