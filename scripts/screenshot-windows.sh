@@ -45,7 +45,7 @@ for lang in ${CADRELLE_SHOT_LANGS:-en zh_CN ja}; do
     sleep 0.5
     xdotool key Escape
     sleep 0.5
-    xdotool key alt+s Return
+    xdotool key alt+s
     set=$(window_of "$pid" "$win")
     sleep 0.5
     import -frame -window "$set" "$outdir/settings-dialog$suffix.png"
