@@ -27,7 +27,7 @@ rm -f "$pot.files"
 sed -i 's/charset=CHARSET/charset=UTF-8/' "$pot"
 
 if [ $# -eq 0 ]; then
-  for lang in zh_CN ja; do
+  for lang in zh_CN ja en; do
     msgmerge --quiet --update --backup=none --previous --add-location=file --sort-by-file \
       "po/$lang.po" "$pot"
   done

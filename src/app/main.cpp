@@ -131,5 +131,7 @@ int main(int argc, char** argv)
     CadrelleApp::SetAppDirOverride(wxString::FromUTF8(cl.appDir));
     int toolkitArgc = 1;
     char* toolkitArgv[] = {argv[0], nullptr};
-    return wxEntry(toolkitArgc, toolkitArgv);
+    const int status = wxEntry(toolkitArgc, toolkitArgv);
+    // A second start hands over to the running instance: not a failure.
+    return CadrelleApp::RefusedStartStatus() >= 0 ? CadrelleApp::RefusedStartStatus() : status;
 }

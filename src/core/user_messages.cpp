@@ -5,6 +5,14 @@
 #include <wx/log.h>
 
 #include "core/core_log.h"
+#include "core/translate.h"
+
+wxString JobFailureText(const wxString& text, std::int32_t jid, const wxString& description, const wxDateTime& when)
+{
+    return text + "\n\n" +
+           wxString::Format(TranslateFromAnyThread("Job: %s (JID %d)\nTime: %s"), description, static_cast<int>(jid),
+                            when.Format("%Y-%m-%d %H:%M:%S"));
+}
 
 void LogUserMessages::ShowMessage(const wxString& text, const wxString& caption)
 {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include <wx/datetime.h>
 #include <wx/string.h>
 
 class UserMessages {
@@ -13,6 +14,10 @@ public:
     // A message box. May be called from any thread; must not block on the
     // user.
     virtual void ShowMessage(const wxString& text, const wxString& caption) = 0;
+    // A job that could not do its work: a message box naming the job and the
+    // time (JobFailureText). At most one per job is on screen; further
+    // failures of that job meanwhile are only logged. Any thread.
+    virtual void ShowJobFailure(std::uint32_t jobId, const wxString& text) { ShowMessage(text, "Cadrelle"); }
     // A notice from a job about its own outcome (a backup that ended, a saved
     // screenshot): shown without stopping anything and going away by itself.
     // Any thread.
@@ -24,6 +29,9 @@ public:
     // that must also report there do not say it twice.
     virtual bool EchoesToStderr() const { return false; }
 };
+
+// `text`, then a blank line, the job (description and JID) and the moment.
+wxString JobFailureText(const wxString& text, std::int32_t jid, const wxString& description, const wxDateTime& when);
 
 // Writes every message to the log and message boxes also to standard error.
 class LogUserMessages final : public UserMessages {

@@ -15,9 +15,15 @@
 
 namespace {
 wxString g_appDirOverride;
+int g_refusedStartStatus = -1;
 }  // namespace
 
 wxIMPLEMENT_APP_NO_MAIN(CadrelleApp);
+
+int CadrelleApp::RefusedStartStatus()
+{
+    return g_refusedStartStatus;
+}
 
 void CadrelleApp::SetAppDirOverride(const wxString& appDir)
 {
@@ -39,7 +45,8 @@ bool CadrelleApp::OnInit()
     if (m_pInstance->IsAnotherRunning()) {
         // The running instance comes to the front (through its password
         // when one is set); this one still says why it ends.
-        SendControlRequestQuietly(ControlRequest{ControlRequest::Kind::Show});
+        const bool shown = SendControlRequestQuietly(ControlRequest{ControlRequest::Kind::Show});
+        g_refusedStartStatus = shown ? 0 : 1;
         wxMessageBox(wxGetTranslation(SingleInstanceGuard::RefusalMessage()), "Cadrelle", wxOK | wxICON_ERROR);
         m_pInstance.reset();
         return false;
@@ -48,6 +55,7 @@ bool CadrelleApp::OnInit()
         const wxString problem = wxString::FromUTF8(m_pInstance->Problem());
         std::cerr << "cadrelle: " << m_pInstance->Problem() << "; not starting." << std::endl;
         wxMessageBox(wxString::Format(_("Cadrelle cannot start: %s."), problem), "Cadrelle", wxOK | wxICON_ERROR);
+        g_refusedStartStatus = 1;
         m_pInstance.reset();
         return false;
     }
@@ -59,7 +67,7 @@ bool CadrelleApp::OnInit()
     if (!minimised && frame->Prefs().GetValue("usePassword") == "1") {
         // Never shown before the password is given, not even for a moment;
         // asked once the loop runs.
-        frame->CallAfter([frame] { frame->RestoreMainFrame(); });
+        frame->CallAfter([frame] { frame->RestoreMainFrame(true); });
         return true;
     }
     frame->Show();

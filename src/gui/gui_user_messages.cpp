@@ -1,5 +1,7 @@
 #include "gui/gui_user_messages.h"
 
+#include <set>
+
 #include <wx/app.h>
 #include <wx/log.h>
 #include <wx/msgdlg.h>
@@ -16,6 +18,21 @@ void GuiUserMessages::ShowMessage(const wxString& text, const wxString& caption)
     wxTheApp->CallAfter([text, caption] { wxMessageBox(text, caption, wxOK | wxCENTRE); });
 }
 
+void GuiUserMessages::ShowJobFailure(std::uint32_t jobId, const wxString& text)
+{
+    wxLogMessage("%d ### [Cadrelle] %s", LogMs(), text);
+    wxTheApp->CallAfter([jobId, text] {
+        // A job that fails every few seconds must not stack a box per firing.
+        static std::set<std::uint32_t> open;
+        if (!open.insert(jobId).second) {
+            wxLogMessage("%d ### [JID_%u] Its earlier failure is still on screen: no second box", LogMs(), jobId);
+            return;
+        }
+        wxMessageBox(text, "Cadrelle", wxOK | wxCENTRE);
+        open.erase(jobId);
+    });
+}
+
 void GuiUserMessages::ShowNotice(std::uint32_t jobId, const wxString& text)
 {
     UserMessages::ShowNotice(jobId, text);
@@ -29,6 +46,9 @@ void GuiUserMessages::ShowNotice(std::uint32_t jobId, const wxString& text)
 void GuiUserMessages::ShowReminder(std::uint32_t jobId, const wxString& text, bool important)
 {
     UserMessages::ShowReminder(jobId, text, important);
-    const wxString title = "Cadrelle - " + TranslateFromAnyThread("Reminder");
+    // An important reminder says so in its title.
+    wxString title = "Cadrelle - " + TranslateFromAnyThread("Reminder");
+    if (important)
+        title << " - " << TranslateFromAnyThread("Important");
     wxTheApp->CallAfter([title, text] { MessageWindow::Open(title, text); });
 }

@@ -8,6 +8,7 @@
 class GuiUserMessages final : public UserMessages {
 public:
     void ShowMessage(const wxString& text, const wxString& caption) override;
+    void ShowJobFailure(std::uint32_t jobId, const wxString& text) override;
     void ShowNotice(std::uint32_t jobId, const wxString& text) override;
     void ShowReminder(std::uint32_t jobId, const wxString& text, bool important) override;
 };

@@ -543,13 +543,25 @@ void CadrelleFrame::SaveLayout()
 
 // --- window life ------------------------------------------------------------
 
-void CadrelleFrame::RestoreMainFrame()
+void CadrelleFrame::RestoreMainFrame(bool atStart)
 {
     wxLogMessage("%d *** CadrelleFrame::OnHotKeyRestoreMainFrame", LogMs());
-    if (PrefIsOn(Prefs(), "usePassword")) {
+    if (m_bPromptOpen) {
+        if (wxWindow* prompt = OpenPrompt())
+            prompt->Raise();
+        return;
+    }
+    const bool unlocked = IsShown() && !IsIconized();
+    if (PrefIsOn(Prefs(), "usePassword") && !unlocked) {
         Hide();
-        if (!AskUnlockPassword(this, Prefs())) {
-            CloseForGood();
+        m_bPromptOpen = true;
+        const bool ok = AskUnlockPassword(this, Prefs());
+        m_bPromptOpen = false;
+        if (!ok) {
+            // A stray Escape must not end every scheduled job; only the
+            // start-up prompt's "Exit" ends the program.
+            if (atStart)
+                CloseForGood();
             return;
         }
     }
@@ -558,11 +570,28 @@ void CadrelleFrame::RestoreMainFrame()
     Raise();
 }
 
+wxWindow* CadrelleFrame::OpenPrompt() const
+{
+    if (!m_bPromptOpen)
+        return nullptr;
+    return wxWindow::FindWindowByName("AuthDlg", const_cast<CadrelleFrame*>(this));
+}
+
 void CadrelleFrame::TrayExit()
 {
     wxLogMessage("%d *** CadrelleFrame::TrayExit", LogMs());
-    if (PrefIsOn(Prefs(), "usePassword") && !AskUnlockPassword(this, Prefs()))
+    if (m_bPromptOpen) {
+        if (wxWindow* prompt = OpenPrompt())
+            prompt->Raise();
         return;
+    }
+    if (PrefIsOn(Prefs(), "usePassword")) {
+        m_bPromptOpen = true;
+        const bool ok = AskUnlockPassword(this, Prefs());
+        m_bPromptOpen = false;
+        if (!ok)
+            return;
+    }
     if (PrefIsOn(Prefs(), "hideMainFrmClickCloseBtn"))
         CloseForGood();
     else
@@ -731,6 +760,19 @@ void CadrelleFrame::OnCharHook(wxKeyEvent& event)
     if (inJobList && event.GetKeyCode() == WXK_DELETE && event.GetModifiers() == wxMOD_NONE) {
         wxCommandEvent del(wxEVT_MENU, ID_TBI_DELJOB);
         Onm_pTbiDelJobClick(del);
+        return;
+    }
+    // Alt+S is what the Setting menu's item says; GTK would give it to the
+    // menu's own access key first and open the menu instead.
+    if (event.GetKeyCode() == 'S' && event.GetModifiers() == wxMOD_ALT) {
+        wxCommandEvent setting(wxEVT_MENU, wxID_PREFERENCES);
+        Onm_pTbiSettingClick(setting);
+        return;
+    }
+    // Escape in the filter field empties it: every job is listed again.
+    const bool inFilter = focus && (focus == m_pFilter || focus->GetParent() == m_pFilter);
+    if (inFilter && event.GetKeyCode() == WXK_ESCAPE && !m_pFilter->GetValue().empty()) {
+        m_pFilter->Clear();
         return;
     }
     event.Skip();

@@ -47,10 +47,15 @@ public:
     // has that JID.
     bool ExecuteJobById(std::int32_t jid);
     // Shows, restores and raises the window, through the password when one
-    // is set; a refused password ends the program.
-    void RestoreMainFrame();
+    // is set. A window already shown and unlocked is only raised; while a
+    // password prompt is open, that prompt comes forward instead of a second.
+    // Refusing the prompt keeps the program running hidden, except at start
+    // (`atStart`), where the prompt's "Exit" ends it.
+    void RestoreMainFrame(bool atStart = false);
     // The tray menu's Exit.
     void TrayExit();
+    // The open password prompt, if any.
+    wxWindow* OpenPrompt() const;
     // The trigger dialog for the first trigger of job `jid`.
     void OpenTriggerDialogForJob(std::int32_t jid);
     void ToggleJobEnable(std::int32_t jid);
@@ -171,4 +176,6 @@ private:
     bool m_bPendingPause = false;
     bool m_bForceClose = false;
     bool m_bToldWhyNotHidden = false;
+    // One password prompt at a time: a second request raises the first.
+    bool m_bPromptOpen = false;
 };

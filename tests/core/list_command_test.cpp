@@ -53,7 +53,7 @@ TEST(ListCommand, EscapesTextsShowsTheSecondOfFiringAndNamesABadCondition)
     const ProcessResult run = Cadrelle({"--list", "--app-dir", dir.Path().utf8_string()});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_NE(run.out.find("\n4\tReminder\tyes\ta\\tb\\nc\\\\d\\r\tx\\ty $ 1\t7,8,9\t\n"), std::string::npos) << run.out;
-    EXPECT_NE(run.err.find("TID_9, condition \"0 0 25 * * ?\": Specified range exceeds maximum"), std::string::npos)
+    EXPECT_NE(run.err.find("TID_9, condition \"0 0 25 * * ?\": Hours \"25\": Specified range exceeds maximum (0-23)"), std::string::npos)
         << run.err;
     std::map<std::string, std::string> next;  // TID -> NEXT
     std::istringstream rows(run.out.substr(run.out.find("Triggers:")));
@@ -81,7 +81,9 @@ TEST(CommandLine, CronNextAndUsageErrors)
          "2026-11-23 08:30:00\n2026-11-24 08:30:00\n2026-11-25 08:30:00\n", ""},
         {{"--cron-next", "0 0 0 30 2 ?", "--from", "2026-01-01 00:00:00"}, 0, "", ""},
         // The parser's message alone.
-        {{"--cron-next", "0 0 0 5-3 * ?"}, 2, "", "Specified range start exceeds range end\n"},
+        {{"--cron-next", "0 0 0 5-3 * ?"}, 2, "", "Day of month \"5-3\": Specified range start exceeds range end (1-31).\n"},
+        {{"--cron-next", "0 61 * * * ?"}, 2, "", "Minutes \"61\": Specified range exceeds maximum (0-59).\n"},
+        {{"--cron-next", "0 0 0 ? JAN-DEC/0 ?"}, 2, "", "Month \"JAN-DEC/0\": Incrementer must be a positive value (1-12).\n"},
         {{"--frobnicate"}, 2, "", "~unknown option: --frobnicate"},
         // The sentence of the trigger list; a malformed expression says so on stderr.
         {{"--describe", "0 30 8 ? * MON-FRI"}, 0, "Every weekday at 08:30\n", ""},

@@ -35,9 +35,9 @@ TEST_F(RecurringTest, IntervalWithAStepThatDoesNotDivideSixtyIsAlignedToTheMinut
 TEST_F(RecurringTest, MalformedConditionNeverFiresShowsInvalidAndIsReportedOnce)
 {
     const struct { std::uint32_t type; const char* condition; const char* message; } cases[] = {
-        {NTriggerTypeCron, "0 0 25 * * ?", "Specified range exceeds maximum"},
-        {NTriggerTypeInterval, "0/0 * * * * ?", "Incrementer must be a positive value"},
-        {NTriggerTypeEveryMinute, "0, * * * * *", "Value cannot end with comma"},
+        {NTriggerTypeCron, "0 0 25 * * ?", "Hours \"25\": Specified range exceeds maximum (0-23)."},
+        {NTriggerTypeInterval, "0/0 * * * * ?", "Seconds \"0/0\": Incrementer must be a positive value (0-59)."},
+        {NTriggerTypeEveryMinute, "0, * * * * *", "Seconds \"0,\": Value cannot end with comma (0-59)."},
         {NTriggerTypeEveryDay, "0 0 8 * *", "cron expression must have six fields"},
     };
     for (const auto& c : cases) {

@@ -30,7 +30,7 @@ TEST(CronNextCommand, PrintsMomentsOrRefuses) {
         {{"0 45 2 * * *", "--count", "2", "--from", "2024-10-27 02:30:00"}, 0,
          "2024-10-27 02:45:00\n2024-10-28 02:45:00\n", ""},
         {{"* * * * * *", "--from", "2024-03-31 02:30:00"}, 2, "", "~"},  // in the gap
-        {{"0,15, * * * * ?"}, 2, "", "Value cannot end with comma\n"},
+        {{"0,15, * * * * ?"}, 2, "", "Seconds \"0,15,\": Value cannot end with comma (0-59).\n"},
         {{}, 2, "", usage},
         {{"--count", "3"}, 2, "", usage},
         {{"* * * * * *", "--count", "0"}, 2, "", usage},

@@ -98,9 +98,9 @@ TEST(CommandLineControl, SteersTheRunningHeadlessInstanceAndNobodyElses)
     ASSERT_TRUE(program.Start({CADRELLE_BINARY, "--headless", "--app-dir", dir.File("app").utf8_string()},
                               home + "/out.txt", ProgramEnvironment(home), home + "/err.txt"));
     // Pause mode can change once the triggers are checked (2 s after start).
-    ASSERT_TRUE(WaitUntil([&] { return Cadrelle(home, {"--pause"}) == "0 "; }));
+    ASSERT_TRUE(WaitUntil([&] { return Cadrelle(home, {"--pause"}) == "0 paused\n"; }));
     EXPECT_EQ(Cadrelle(home, {"--status"}).substr(0, 16), "0 state: paused\n");
-    EXPECT_EQ(Cadrelle(home, {"--resume"}), "0 ");
+    EXPECT_EQ(Cadrelle(home, {"--resume"}), "0 running\n");
     EXPECT_EQ(Cadrelle(home, {"--silent", "on"}), "0 ");
     // The disabled job's earlier trigger is not the next firing.
     const std::string status = Cadrelle(home, {"--status"});
@@ -109,7 +109,7 @@ TEST(CommandLineControl, SteersTheRunningHeadlessInstanceAndNobodyElses)
         << status;
     EXPECT_EQ(Cadrelle(home, {"--run", "77"}), "2 No job with JID 77.\n");
     EXPECT_EQ(Cadrelle(home, {"--silent", "off"}), "0 ");
-    EXPECT_EQ(Cadrelle(home, {"--run", "0"}), "0 ");
+    EXPECT_EQ(Cadrelle(home, {"--run", "0"}), "0 started JID 0\n");
     EXPECT_TRUE(WaitUntil([&] { return LogText(dir.File("app")).find("(important): Drink tea") != std::string::npos; }));
     EXPECT_EQ(Cadrelle(home, {"--show"}).substr(0, 2), "4 ");  // no window to show
 

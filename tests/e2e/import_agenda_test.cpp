@@ -77,7 +77,7 @@ TEST(ImportCrontab, PreviewThenImportThenAgendaAndNothingWhileAnInstanceRuns)
     ASSERT_TRUE(std::regex_search(agenda.out, count, std::regex("^Agenda: .* - .*, runs: (\\d+)\n")));
     EXPECT_GE(std::stoi(count[1]), 72);
     EXPECT_TRUE(std::regex_search(agenda.out, std::regex("\n\\d{4}-\\d\\d-\\d\\d \\w+\n\\d\\d:\\d\\d:00\t")));
-    EXPECT_NE(agenda.out.find("\t1\tExec DOS Command: fetch-mail\t2\tEvery hour\t\n"), std::string::npos)
+    EXPECT_NE(agenda.out.find("\t1\tRun Command: fetch-mail\t2\tEvery hour\t\n"), std::string::npos)
         << agenda.out;
     EXPECT_EQ(agenda.out.find("start-agent"), std::string::npos);  // With Start is not the command's to say
 
@@ -123,6 +123,6 @@ TEST(ImportCrontab, UserTimersJoinThePreview)
     const ProcessResult imported = RunProcess({CADRELLE_BINARY, "--import-crontab", "--app-dir", app}, environment, 30000);
     EXPECT_EQ(imported.status, 0) << imported.err;
     const ProcessResult list = RunProcess({CADRELLE_BINARY, "--list", "--app-dir", app}, environment, 30000);
-    EXPECT_NE(list.out.find("0\tExec DOS Command\tyes\tTidy\ttidy --old\t1,2\t\n"), std::string::npos) << list.out;
+    EXPECT_NE(list.out.find("0\tRun Command\tyes\tTidy\ttidy --old\t1,2\t\n"), std::string::npos) << list.out;
     EXPECT_NE(list.out.find("\tWith Start\t"), std::string::npos) << list.out;
 }

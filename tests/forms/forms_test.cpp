@@ -99,6 +99,9 @@ TEST(TriggerForm, PreviewKeepsToThePeriod)
     ASSERT_EQ(daily.moments.size(), 5u);
     for (std::size_t i = 0; i < 5; ++i)
         EXPECT_EQ(daily.moments[i], wxDateTime(24 + i, wxDateTime::Nov, 2026, 8, 30, 0)) << i;
+    // The weekday by its name in the user's language (here the source's).
+    EXPECT_TRUE(FormatPreview(daily).StartsWith("2026-11-24 Tuesday 08:30:00\n2026-11-25 Wednesday 08:30:00\n"))
+        << FormatPreview(daily);
     // The period starts later and ends two days after.
     const TriggerPreview bounded =
         Preview(NTriggerTypeEveryDay, "0 30 8 * * ?", "0 0 0 1 12 ? 2026", "0 0 0 3 12 ? 2026");
@@ -147,14 +150,41 @@ TEST(JobForm, ChecksParametersNamingTheField)
         {NJobTypeKeyTyping, 2, "200;200", "SET 2: Point:"}, {NJobTypeMouseClick, 0, "1,2;x", "Point List: \"x\""},
         {NJobTypeMouseClick, 2, "Triple", "Click Type:"}, {NJobTypeAutoScreenshot, 4, "0 0 wide 10", "Range Setting:"},
         {NJobTypeReminder, 0, "a $ b", "Message: the sign \"$\""},
+        {NJobTypeWakeOnLan, 1, "99999", "Port: \"99999\" is not a whole number from 1 to 65535."},
+        {NJobTypeWakeOnLan, 0, "aa:bb:cc:dd:ee:ff", ""}, {NJobTypeWakeOnLan, 0, "AABBCCDDEEFF", ""},
+        {NJobTypeWakeOnLan, 0, "aa:bb:cc:dd:ee:fg", "MAC Address:"}, {NJobTypeWakeOnLan, 0, "aabbccddeef", "MAC Address:"},
+        {NJobTypeOpenUrl, 0, "not a url at all", "URL: \"not a url at all\" is not a web address"},
+        {NJobTypeOpenUrl, 0, "www.example.com", "URL:"}, {NJobTypeRefreshUrl, 0, "https://", "URL:"},
+        {NJobTypeOpenUrl, 0, "file:///tmp/a.html", ""}, {NJobTypeRefreshUrl, 0, "http://localhost:8080/x", ""},
     };
     for (const JobRow& row : rows) {
         ParamList params = ValidParams(row.kind);
         params.resize(std::max<std::size_t>(params.size(), row.index + 1));
         params[row.index] = row.value;
         wxString message;
-        EXPECT_FALSE(ValidateJobParams(row.kind, params, message)) << row.message;
+        SCOPED_TRACE(row.value);
+        EXPECT_EQ(ValidateJobParams(row.kind, params, message), !*row.message) << row.message;
         EXPECT_TRUE(message.StartsWith(row.message)) << message;
+    }
+}
+
+// What the job dialog offers to save for an address typed without its scheme.
+TEST(JobForm, OffersHttpsForAnAddressWithoutScheme)
+{
+    const struct { int line; const char* typed; const char* offered; } rows[] = {
+        {__LINE__, " www.example.com/news ", "https://www.example.com/news"},
+        {__LINE__, "localhost:8080", "https://localhost:8080"},
+        {__LINE__, "example.org", "https://example.org"},
+        {__LINE__, "http://example.org", ""},
+        {__LINE__, "not a url at all", ""},
+        {__LINE__, "notes", ""},
+        {__LINE__, "", ""},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.line);
+        EXPECT_EQ(UrlWithScheme(r.typed), r.offered);
+        if (*r.offered)
+            EXPECT_TRUE(IsUrl(r.offered));
     }
 }
 

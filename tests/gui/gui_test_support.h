@@ -35,6 +35,14 @@ wxString TriggerXml(int tid, int kind, const char* condition);
 // Writes `appDir`/data/data1.xml holding `items`.
 void WriteData(const wxString& appDir, const wxString& items);
 
+// Works a modal dialog while it is up; returns what ShowModal then returns.
+template <class D>
+struct Drive : wxExpectModalBase<D, Drive<D>> {
+    explicit Drive(std::function<int(D*)> work) : m_work(std::move(work)) {}
+    int OnInvoked(D* dlg) const override { return m_work(dlg); }
+    std::function<int(D*)> m_work;
+};
+
 // A message box captioned "Cadrelle" (or Caption()) whose text is (or, when
 // `part`, contains) `text`, answered `answer`; sets *seen when shown.
 class ExpectMessage : public wxExpectModal<wxMessageDialog> {

@@ -11,7 +11,7 @@ trap 'rm -rf "$tmp"' EXIT
 status=0 && fail() { echo "FAIL: $*"; status=1; }
 
 "$root/scripts/update-po.sh" "$tmp/Cadrelle.pot" || fail "extraction"
-for lang in zh_CN ja; do
+for lang in zh_CN ja en; do
   po="$root/po/$lang.po"
   msgcmp "$po" "$tmp/Cadrelle.pot" || fail "$lang: texts missing or untranslated (run scripts/update-po.sh)"
   [ -z "$(msgattrib --only-fuzzy --no-obsolete "$po")" ] || fail "$lang: fuzzy entries"

@@ -48,7 +48,8 @@ INSTANTIATE_TEST_SUITE_P(Rows, ResolveTest, ::testing::Values(
         ResolveRow{"Japanese", {}, "en", true}));
 
 struct CatalogueRow {
-    const char *language, *reminder, *emptyCron, *cancel;  // cancel: the toolkit's own catalogue
+    // cancel: the toolkit's own catalogue; special: a source text that English readers see corrected
+    const char *language, *reminder, *emptyCron, *cancel, *special;
 };
 
 class CatalogueTest : public ::testing::TestWithParam<CatalogueRow> {};
@@ -61,11 +62,12 @@ TEST_P(CatalogueTest, LoadsBesideTheProgramAndTranslates)
     EXPECT_EQ(_("Reminder"), wxString::FromUTF8(row.reminder));
     EXPECT_EQ(_("Invalid empty cron expression"), wxString::FromUTF8(row.emptyCron));
     EXPECT_EQ(_("Cancel"), wxString::FromUTF8(row.cancel));
+    EXPECT_EQ(_("Specical Time"), wxString::FromUTF8(row.special));
 }
 
 INSTANTIATE_TEST_SUITE_P(Languages, CatalogueTest,
-                         ::testing::Values(CatalogueRow{"en", "Reminder", "Invalid empty cron expression", "Cancel"},
-                                           CatalogueRow{"zh_CN", "提醒", "Cron 表达式不能为空", "取消"},
-                                           CatalogueRow{"ja", "リマインダー", "cron 式が空です", "キャンセル"}));
+                         ::testing::Values(CatalogueRow{"en", "Reminder", "Invalid empty cron expression", "Cancel", "Special Time"},
+                                           CatalogueRow{"zh_CN", "提醒", "Cron 表达式不能为空", "取消", "指定时间"},
+                                           CatalogueRow{"ja", "リマインダー", "cron 式が空です", "キャンセル", "指定日時"}));
 
 }  // namespace

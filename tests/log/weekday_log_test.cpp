@@ -55,7 +55,7 @@ TEST_F(LogTest, StartAppendsTicksWriteTwoLinesAndTheSwitchEmptiesOnlyOversizedFi
         EXPECT_TRUE(wednesday.compare(0, size, old) == 0);
         EXPECT_EQ(wednesday.substr(size),
                   Joined("11-25 23:54:00: ",
-                         {WeekdayLog::kStartBanner, ">>> - Version: 6.6.0.0 (Build 1.Release2023)", size3}) +
+                         {WeekdayLog::kStartBanner, std::string(">>> - Version: ") + CADRELLE_VERSION + " (Build 1.Release2023)", size3}) +
                       Joined("11-25 23:58:00: ", {"7 ### On Logging Check Timer, every 240000 ms",
                                                   "7 ### nThreadCnt = 8, nCheckTriggerCnt = 3"}) +
                       Joined("11-26 00:02:00: ", {"123 ### On Logging Check Timer, every 240000 ms",

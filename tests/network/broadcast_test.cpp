@@ -32,13 +32,14 @@ public:
         // would broadcast.
         RunJob(NJobTypeWakeOnLan, {"aa-bb-cc-dd-ff-ee", "70000"});
         EXPECT_TRUE(log.Has("wxSocketError code: 6 (port \"70000\""));
-        RunJob(NJobTypeWakeOnLan, {"aa:bb:cc:dd:ee:ff", port});
+        RunJob(NJobTypeWakeOnLan, {"aa:bb:cc:dd:ee", port});
         RunJob(NJobTypeWakeOnLan, {"aa-bb-cc-dd-ee-ff-01", port});
         RunJob(NJobTypeWakeOnLan, {port});  // an empty MAC is dropped on reload
         const std::vector<RecordedMessage> shown = messages.All();
         ASSERT_EQ(shown.size(), 3u);
         for (std::size_t i = 0; i < shown.size(); ++i) {
-            EXPECT_EQ(shown[i].text, std::string("Mac Address is not correct, Address size is ") + "171"[i]);
+            EXPECT_EQ(shown[i].text.substr(0, shown[i].text.find("\n\nJob: Test job (JID 7)\nTime: ")),
+                      std::string("Mac Address is not correct, Address size is ") + "571"[i]);
             EXPECT_EQ(shown[i].caption, "Cadrelle");
         }
         EXPECT_TRUE(receiver.Receive(500).empty());

@@ -67,7 +67,7 @@ TEST(NetworkPayload, AddressListsAndPorts)
     }
 }
 
-TEST(NetworkPayload, MacAddressesAreCutAtDashesOnly)
+TEST(NetworkPayload, MacAddressesAreCutAtDashesOrColons)
 {
     const struct {
         const char* text;
@@ -75,7 +75,10 @@ TEST(NetworkPayload, MacAddressesAreCutAtDashesOnly)
     } cases[] = {
         {"aa-bb-cc-dd-ff-ee", 6},
         {" AA - bb --cc-dd-ee-01 ", 6},
-        {"aa:bb:cc:dd:ee:ff", 1},
+        {"aa:bb:cc:dd:ee:ff", 6},
+        {"aabbccddeeff", 6},
+        {"aabbccddeeff00", 1},
+        {"aa:bb:cc:dd:ee", 5},
         {"aa-bb-cc-dd-ee", 5},
         {"aa-bb-cc-dd-ee-ff-00", 7},
         {"", 0},
@@ -88,6 +91,8 @@ TEST(NetworkPayload, MacAddressesAreCutAtDashesOnly)
         EXPECT_EQ(mac.IsValid(), c.pieces == 6);
     }
     EXPECT_EQ(ParseMacAddress(" AA - bb --cc-dd-ee-01 ").bytes, (MacBytes{0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0x01}));
+    EXPECT_EQ(ParseMacAddress("AA:bb:cc:dd:ee:01").bytes, (MacBytes{0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0x01}));
+    EXPECT_EQ(ParseMacAddress("AAbbccddee01").bytes, (MacBytes{0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0x01}));
     // A piece that is not hexadecimal is a zero byte, as in a HEX message.
     EXPECT_EQ(ParseMacAddress("aa-zz-cc-dd-ee-ff").bytes, (MacBytes{0xAA, 0x00, 0xCC, 0xDD, 0xEE, 0xFF}));
 }

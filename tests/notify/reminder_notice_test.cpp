@@ -33,7 +33,7 @@ TEST(Reminder, ImportantStaysInAWindowOtherwiseANotificationAndWithoutServiceThe
         EXPECT_EQ(message.kind, RecordedMessage::Kind::Reminder);
     EXPECT_EQ(std::make_tuple(shown[0].text, shown[0].jobId, shown[0].important),
               std::make_tuple(std::string("Call the dentist"), 4u, true));
-    EXPECT_EQ(shown[1].text, "Water the plants");
+    EXPECT_EQ(std::make_tuple(shown[1].text, shown[1].important), std::make_tuple(std::string("Water the plants"), false));
 
     const NotifyOutcome outcome = SendDesktopNotification("Cadrelle", "x");
     EXPECT_FALSE(outcome.ok);

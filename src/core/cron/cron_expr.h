@@ -15,11 +15,23 @@ namespace cron {
 class bad_cronexpr : public std::exception {
 public:
     explicit bad_cronexpr(std::string message) : m_message(std::move(message)) {}
+    bad_cronexpr(const bad_cronexpr& cause, int field, std::string value)
+        : m_message(cause.m_message), m_field(field), m_value(std::move(value)) {}
     const char* what() const noexcept override { return m_message.c_str(); }
+    // The field the problem is in (0 seconds ... 5 day of week; -1 for the
+    // expression as a whole) and that field's text.
+    int field() const { return m_field; }
+    const std::string& value() const { return m_value; }
 
 private:
     std::string m_message;
+    int m_field = -1;
+    std::string m_value;
 };
+
+// The problem in the user's language, naming the field, its text and its
+// allowed values: `Minutes "61": Specified range exceeds maximum (0-59).`
+std::string ErrorText(const bad_cronexpr& error);
 
 }  // namespace cron
 

@@ -105,7 +105,7 @@ int RunCronNextCommand(const std::vector<std::string>& args, std::ostream& out, 
     try {
         cex = ParseCronExpr(args[0]);
     } catch (const cron::bad_cronexpr& e) {
-        err << cron::TranslateMessage(e.what()) << "\n";
+        err << cron::ErrorText(e) << "\n";
         return 2;
     }
 

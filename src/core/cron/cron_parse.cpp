@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "core/cron/cron_expr.h"
+#include "core/cron/cron_messages.h"
 #include "core/cron/cron_text.h"
 
 namespace {
@@ -92,12 +93,38 @@ CronExpr ParseCronExpr(const std::string& text) {
     if (fields[5] == "?") fields[5] = "*";
 
     CronExpr cex;
-    cex.seconds = ReadField(fields[0], 0, 59);
-    cex.minutes = ReadField(fields[1], 0, 59);
-    cex.hours = ReadField(fields[2], 0, 23);
-    cex.daysOfMonth = ReadField(fields[3], 1, 31);
-    cex.months = ReadField(ReplaceNames(fields[4], kMonthNames, 13, 1), 1, 12);
-    cex.daysOfWeek = ReadField(ReplaceNames(fields[5], kDayNames, 7, 0), 0, 6);
+    int at = 0;
+    try {
+        cex.seconds = ReadField(fields[0], 0, 59);
+        cex.minutes = ReadField(fields[++at], 0, 59);
+        cex.hours = ReadField(fields[++at], 0, 23);
+        cex.daysOfMonth = ReadField(fields[++at], 1, 31);
+        cex.months = ReadField(ReplaceNames(fields[++at], kMonthNames, 13, 1), 1, 12);
+        cex.daysOfWeek = ReadField(ReplaceNames(fields[++at], kDayNames, 7, 0), 0, 6);
+    } catch (const cron::bad_cronexpr& e) {
+        throw cron::bad_cronexpr(e, at, fields[static_cast<std::size_t>(at)]);
+    }
     cex.source = text;
     return cex;
 }
+
+namespace cron {
+
+std::string ErrorText(const bad_cronexpr& error) {
+    std::string reason = TranslateMessage(error.what());
+    if (error.field() < 0 || error.field() > 5) return reason;
+    const std::string name[] = {TranslateMessage("Seconds"), TranslateMessage("Minutes"), TranslateMessage("Hours"),
+                                TranslateMessage("Day of month"), TranslateMessage("Month"),
+                                TranslateMessage("Day of week")};
+    static const char* const allowed[] = {"0-59", "0-59", "0-23", "1-31", "1-12", "0-6"};
+    std::string text = TranslateMessage("%1 \"%2\": %3 (%4).");
+    const std::string parts[] = {name[error.field()], error.value(), reason, allowed[error.field()]};
+    for (int i = 0; i < 4; ++i) {
+        const std::string mark = "%" + std::to_string(i + 1);
+        const std::size_t pos = text.find(mark);
+        if (pos != std::string::npos) text.replace(pos, mark.size(), parts[i]);
+    }
+    return text;
+}
+
+}  // namespace cron

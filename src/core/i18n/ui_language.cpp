@@ -125,7 +125,10 @@ bool InstallTranslations(const wxString& language, const std::vector<wxString>& 
     wxTranslations::Set(translations);  // owns it from here, drops the previous one
     // The toolkit's own texts (stock buttons, standard dialogs), then ours.
     translations->AddStdCatalog();
-    return language == kUiLanguageEn || translations->AddCatalog(kCatalogue);
+    // English has a catalogue too (corrected words); the program's texts are
+    // English, so it is not missing when absent.
+    const bool loaded = translations->AddCatalog(kCatalogue, wxLANGUAGE_UNKNOWN);
+    return language == kUiLanguageEn || loaded;
 }
 
 wxString SetUpUiLanguage(const wxString& exeDir)

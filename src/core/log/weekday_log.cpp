@@ -20,7 +20,7 @@ namespace {
 
 constexpr const char* kTimestampFormat = "%m-%d %X";
 // The version line of the start banner.
-constexpr const char* kVersionText = "6.6.0.0";
+constexpr const char* kVersionText = CADRELLE_VERSION;
 constexpr int kBuildNumber = 1;
 constexpr const char* kBuildFlavour = "Release";
 constexpr const char* kBuildYear = "2023";

@@ -33,7 +33,7 @@ const std::vector<std::pair<const char*, const char*>>& Preference::Defaults()
         {"mainFrmW", "1024"},            {"mainFrmH", "512"},              {"jColWidthJID", "50"},
         {"jColWidthType", "100"},        {"jColWidthDesc", "100"},         {"jColWidthInfo", "150"},
         {"jColWidthRJID", "80"},         {"jColWidthNextTime", "150"},     {"jColWidthTID", "70"},
-        {"tColWidthTID", "50"},          {"tColWidthType", "100"},         {"tColWidthStatus", "80"},
+        {"tColWidthTID", "50"},          {"tColWidthJID", "50"},          {"tColWidthType", "100"},         {"tColWidthStatus", "80"},
         {"tColWidthPrevTime", "150"},    {"tColWidthNextTime", "150"},     {"tColWidthStartTime", "150"},
         {"tColWidthEndTime", "150"},     {"tColWidthCondition", "80"},     {"colSortIndex", "0"},
         {"colSortDir", "4096"},

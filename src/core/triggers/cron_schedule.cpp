@@ -58,13 +58,13 @@ void CronSchedule::Parse(const wxString& condition, UserMessages* report, std::i
             // text alone does not say which of many triggers is wrong.
             const wxString named = wxString::Format("trigger TID_%lld, condition \"%s\": %s",
                                                     static_cast<long long>(tid), condition,
-                                                    TranslateFromAnyThread(e.what()));
+                                                    wxString::FromUTF8(cron::ErrorText(e)));
             // The toolkit's default message-box caption.
             if (report->EchoesToStderr()) {
                 report->ShowMessage(named, "Message");
             } else {
                 std::cerr << "Cadrelle: " << named.utf8_string() << std::endl;
-                report->ShowMessage(TranslateFromAnyThread(e.what()), "Message");
+                report->ShowMessage(wxString::FromUTF8(cron::ErrorText(e)), "Message");
             }
         }
     }

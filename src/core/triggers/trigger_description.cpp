@@ -128,23 +128,6 @@ wxString NumberName(int v)
     return Num(v);
 }
 
-wxString MonthName(int month)
-{
-    static const char* const kNames[] = {wxTRANSLATE("January"), wxTRANSLATE("February"), wxTRANSLATE("March"),
-                                         wxTRANSLATE("April"),   wxTRANSLATE("May"),      wxTRANSLATE("June"),
-                                         wxTRANSLATE("July"),    wxTRANSLATE("August"),   wxTRANSLATE("September"),
-                                         wxTRANSLATE("October"), wxTRANSLATE("November"), wxTRANSLATE("December")};
-    return wxGetTranslation(kNames[month - 1]);
-}
-
-wxString WeekdayName(int weekday)
-{
-    static const char* const kNames[] = {wxTRANSLATE("Sunday"),   wxTRANSLATE("Monday"), wxTRANSLATE("Tuesday"),
-                                         wxTRANSLATE("Wednesday"), wxTRANSLATE("Thursday"), wxTRANSLATE("Friday"),
-                                         wxTRANSLATE("Saturday")};
-    return wxGetTranslation(kNames[weekday]);
-}
-
 // "1st", "22nd", "13th"; each language writes its own form.
 wxString Ordinal(int day)
 {
@@ -357,6 +340,23 @@ wxString OnceAt(const wxDateTime& moment)
 }
 
 }  // namespace
+
+wxString MonthName(int month)
+{
+    static const char* const kNames[] = {wxTRANSLATE("January"), wxTRANSLATE("February"), wxTRANSLATE("March"),
+                                         wxTRANSLATE("April"),   wxTRANSLATE("May"),      wxTRANSLATE("June"),
+                                         wxTRANSLATE("July"),    wxTRANSLATE("August"),   wxTRANSLATE("September"),
+                                         wxTRANSLATE("October"), wxTRANSLATE("November"), wxTRANSLATE("December")};
+    return wxGetTranslation(kNames[month - 1]);
+}
+
+wxString WeekdayName(int weekday)
+{
+    static const char* const kNames[] = {wxTRANSLATE("Sunday"),   wxTRANSLATE("Monday"), wxTRANSLATE("Tuesday"),
+                                         wxTRANSLATE("Wednesday"), wxTRANSLATE("Thursday"), wxTRANSLATE("Friday"),
+                                         wxTRANSLATE("Saturday")};
+    return wxGetTranslation(kNames[weekday]);
+}
 
 wxString DescribeCron(const wxString& expression)
 {

@@ -19,3 +19,8 @@ wxString DescribeTrigger(std::uint32_t kind, const wxString& condition);
 
 // The sentence for a six-field cron expression (the recurring kinds).
 wxString DescribeCron(const wxString& expression);
+
+// A month (1-12) and a weekday (0 Sunday - 6) by name in the user's language,
+// for the sentences, the trigger dialog's pickers and its preview.
+wxString MonthName(int month);
+wxString WeekdayName(int weekday);

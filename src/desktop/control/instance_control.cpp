@@ -17,6 +17,9 @@ ControlAnswer ServeControlRequest(InstanceControl& control, const ControlRequest
             answer.err = std::string(
                 _("The triggers are not checked yet (the first check comes 2 seconds after start); try again.\n")
                     .utf8_str());
+        } else {
+            // One line a script can check; the words are the state's names in --status.
+            answer.out = request.kind == ControlRequest::Kind::Pause ? "paused\n" : "running\n";
         }
         break;
     case ControlRequest::Kind::Silent:
@@ -26,6 +29,8 @@ ControlAnswer ServeControlRequest(InstanceControl& control, const ControlRequest
         if (!control.Run(request.jid)) {
             answer.exitCode = kControlExitUnknownJob;
             answer.err = UnknownJobText(request.jid) + "\n";
+        } else {
+            answer.out = "started JID " + std::to_string(request.jid) + "\n";
         }
         break;
     case ControlRequest::Kind::Show:

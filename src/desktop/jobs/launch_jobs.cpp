@@ -52,7 +52,9 @@ void Report(const Job& job, SessionContext& context, const LaunchOutcome& outcom
     if (outcome.sessionLacks) {
         const wxString text = wxString::Format(TranslateFromAnyThread("%s could not run:\n%s"), job.GetTypeName(),
                                                outcome.reason);
-        context.Messages().ShowMessage(text, "Cadrelle");
+        context.Messages().ShowJobFailure(
+            static_cast<std::uint32_t>(jid),
+            JobFailureText(text, jid, job.GetDescription(), context.GetClock().Now()));
     }
 }
 

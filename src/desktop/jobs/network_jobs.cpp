@@ -59,7 +59,9 @@ void WakeOnLan(const Job& job, SessionContext& context)
     if (!mac.IsValid()) {
         const wxString text = wxString::Format(TranslateFromAnyThread("Mac Address is not correct, Address size is %d"),
                                                static_cast<int>(mac.pieces));
-        context.Messages().ShowMessage(text, "Cadrelle");
+        context.Messages().ShowJobFailure(
+            static_cast<std::uint32_t>(job.GetId()),
+            JobFailureText(text, job.GetId(), job.GetDescription(), context.GetClock().Now()));
         return;
     }
     const wxString portText = job.GetParamAt(1);

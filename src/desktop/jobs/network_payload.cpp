@@ -99,7 +99,11 @@ std::optional<std::uint16_t> ParsePort(const wxString& text)
 MacAddress ParseMacAddress(const wxString& text)
 {
     MacAddress mac;
-    const std::vector<wxString> pieces = Pieces(text, "-");
+    std::vector<wxString> pieces = Pieces(text, "-:");
+    // Twelve digits without separators, as some routers print them.
+    if (pieces.size() == 1 && pieces[0].length() == 12)
+        pieces = {pieces[0].Mid(0, 2), pieces[0].Mid(2, 2), pieces[0].Mid(4, 2),
+                  pieces[0].Mid(6, 2), pieces[0].Mid(8, 2), pieces[0].Mid(10, 2)};
     mac.pieces = pieces.size();
     if (mac.IsValid()) {
         for (std::size_t i = 0; i < pieces.size(); ++i)

@@ -33,9 +33,9 @@ std::vector<wxString> SplitAddressList(const wxString& list);
 // is no port.
 std::optional<std::uint16_t> ParsePort(const wxString& text);
 
-// A MAC address cut at "-" only (trimmed, empty pieces dropped). It is
-// usable when there are exactly six pieces; `pieces` is what the bad-address
-// message reports.
+// A MAC address cut at "-" or ":" (trimmed, empty pieces dropped), or
+// twelve digits in a row. It is usable when there are exactly six pieces;
+// `pieces` is what the bad-address message reports.
 struct MacAddress {
     std::size_t pieces = 0;
     MacBytes bytes{};

@@ -26,7 +26,8 @@ void ShowReminder(const Job& job, SessionContext& context)
         return;
     }
     wxLogMessage("%d --- [JID_%d] Reminder shown in a window: %s", LogMs(), jid, outcome.reason);
-    context.Messages().ShowReminder(jid, text, true);
+    // Still a normal reminder: the log and the window must not call it important.
+    context.Messages().ShowReminder(jid, text, false);
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include <wx/textctrl.h>
 
 #include "core/datetime_text.h"
+#include "core/text_number.h"
 #include "core/scheduler.h"
 #include "gui/dialogs/job_param_page.h"
 #include "gui/dialogs/trigger_dlg.h"
@@ -267,6 +268,20 @@ bool JobDetailDlg::Apply()
 {
     JobParam param;
     wxString message;
+    const auto kind = static_cast<std::uint32_t>(m_pKind->GetSelection());
+    if (kind == NJobTypeOpenUrl || kind == NJobTypeRefreshUrl) {
+        // An address without its scheme: offered "https://" in front, asked first.
+        ParamList values = m_pages[kind]->GetValues();
+        const wxString fixed = values.empty() ? wxString() : UrlWithScheme(values[0]);
+        if (!fixed.empty()) {
+            if (wxMessageBox(wxString::Format(_("The URL \"%s\" has no scheme. Save it as \"%s\"?"), Trimmed(values[0]),
+                                              fixed),
+                             "Cadrelle", wxYES_NO | wxICON_QUESTION, this) != wxYES)
+                return false;
+            values[0] = fixed;
+            m_pages[kind]->SetValues(values);
+        }
+    }
     if (!Collect(param, message)) {
         ShowMessage(this, message);
         return false;
@@ -306,7 +321,9 @@ bool ShowJobDetailDlg(wxWindow* parent, Scheduler& scheduler, JobDlgMode mode, s
     }
     if (mode == JobDlgMode::CopyJob) {
         param.id = scheduler.NewJID();
-        param.description << _("(Copy)");
+        // Words are set apart by a space; a description without any (as in
+        // Chinese or Japanese) gets the mark joined on, as before.
+        param.description << (param.description.Contains(" ") ? " " : "") << _("(Copy)");
     }
     JobDetailDlg dlg(parent, scheduler, mode, param, triggers, runNow);
     if (dlg.ShowModal() != wxID_OK)

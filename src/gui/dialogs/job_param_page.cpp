@@ -6,7 +6,6 @@
 #include <wx/combobox.h>
 #include <wx/filepicker.h>
 #include <wx/sizer.h>
-#include <wx/spinctrl.h>
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
 
@@ -26,9 +25,11 @@ wxWindow* MakeControl(wxWindow* parent, const JobField& field)
         return new wxDirPickerCtrl(parent, wxID_ANY, wxString(), _("Choose a folder"), wxDefaultPosition,
                                    wxSize(320, -1), wxDIRP_USE_TEXTCTRL);
     case JobFieldKind::Number: {
-        auto* spin = new wxSpinCtrl(parent, wxID_ANY, wxString(), wxDefaultPosition, wxSize(140, -1),
-                                    wxSP_ARROW_KEYS, field.minValue, field.maxValue);
-        return spin;
+        // A text field, not a spin button: the spin button clamps what was
+        // typed without a word; the form refuses a value out of range instead.
+        auto* text = new wxTextCtrl(parent, wxID_ANY, wxString(), wxDefaultPosition, wxSize(140, -1));
+        text->SetHint(wxString::Format(L"%ld \u2013 %ld", field.minValue, field.maxValue));
+        return text;
     }
     case JobFieldKind::YesNo: return new wxCheckBox(parent, wxID_ANY, wxString());
     case JobFieldKind::KeyName: {
@@ -77,13 +78,6 @@ void JobParamPage::SetValues(const ParamList& params)
         switch (field.kind) {
         case JobFieldKind::FilePath: static_cast<wxFilePickerCtrl*>(control)->SetPath(value); break;
         case JobFieldKind::FolderPath: static_cast<wxDirPickerCtrl*>(control)->SetPath(value); break;
-        case JobFieldKind::Number: {
-            long n = 0;
-            if (!Trimmed(value).ToLong(&n))
-                Trimmed(field.defaultValue).ToLong(&n);
-            static_cast<wxSpinCtrl*>(control)->SetValue(static_cast<int>(n));
-            break;
-        }
         case JobFieldKind::YesNo: static_cast<wxCheckBox*>(control)->SetValue(Trimmed(value) == "1"); break;
         case JobFieldKind::KeyName: static_cast<wxComboBox*>(control)->SetValue(value); break;
         case JobFieldKind::Choice: {
@@ -111,9 +105,6 @@ ParamList JobParamPage::GetValues() const
         switch (field.kind) {
         case JobFieldKind::FilePath: value = static_cast<wxFilePickerCtrl*>(control)->GetPath(); break;
         case JobFieldKind::FolderPath: value = static_cast<wxDirPickerCtrl*>(control)->GetPath(); break;
-        case JobFieldKind::Number:
-            value = wxString::Format("%d", static_cast<wxSpinCtrl*>(control)->GetValue());
-            break;
         case JobFieldKind::YesNo: value = static_cast<wxCheckBox*>(control)->GetValue() ? "1" : "0"; break;
         case JobFieldKind::KeyName: value = Trimmed(static_cast<wxComboBox*>(control)->GetValue()); break;
         case JobFieldKind::Choice: {

@@ -23,7 +23,14 @@ void ShowLanguageChooser(wxWindow* parent, Preference& prefs)
         if (current == kCodes[i])
             selected = i;
 
-    const wxString choices[] = {_("(Use default language)"), _("Chinese (Simplified)"), _("English"), _("Japanese")};
+    wxString choices[] = {_("(Use default language)"), _("Chinese (Simplified)"), _("English"), _("Japanese")};
+    // Each language also in its own name, so that a reader of that language
+    // finds it whatever language the window is in.
+    const wxString own[] = {wxString(), wxString::FromUTF8("\xE7\xAE\x80\xE4\xBD\x93\xE4\xB8\xAD\xE6\x96\x87"),
+                            "English", wxString::FromUTF8("\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E")};
+    for (int i = 0; i < 4; ++i)
+        if (!own[i].empty() && own[i] != choices[i])
+            choices[i] << L" \u2014 " << own[i];
     wxSingleChoiceDialog dlg(parent, _("Select your prefered language"), _("Language selection"), 4, choices);
     dlg.SetSelection(selected);
     // Its list is sized for a few lines: room for all four and the title.

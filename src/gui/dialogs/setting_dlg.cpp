@@ -1,5 +1,11 @@
 #include "gui/dialogs/setting_dlg.h"
 
+#include <algorithm>
+
+#include <wx/display.h>
+#include <wx/scrolwin.h>
+#include <wx/settings.h>
+
 #include <wx/button.h>
 #include <wx/checkbox.h>
 #include <wx/choice.h>
@@ -39,11 +45,27 @@ SettingDlg::SettingDlg(wxWindow* parent, Preference& prefs, const SettingDlgCont
       m_prefs(prefs)
 {
     m_storedPassword = prefs.GetValue("password");
+    // The groups scroll when the screen is lower than the dialog (about
+    // 850 px in English; a 768-px screen has less); the buttons stay.
+    auto* page = new wxScrolledWindow(this, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxVSCROLL, "settingsPage");
+    auto* groups = new wxBoxSizer(wxVERTICAL);
+    BuildJobGroup(page, groups);
+    BuildApplicationGroup(page, groups);
+    BuildAdvancedGroup(page, groups, context.trayNote);
+    BuildHotKeyGroup(page, groups, context);
+    page->SetSizer(groups);
+    page->SetScrollRate(0, FromDIP(10));
+    const wxSize whole = groups->CalcMin();
+    const int display = wxDisplay(wxDisplay::GetFromWindow(parent ? parent : this) == wxNOT_FOUND
+                                      ? 0u
+                                      : static_cast<unsigned>(wxDisplay::GetFromWindow(parent ? parent : this)))
+                            .GetClientArea()
+                            .GetHeight();
+    const int buttonsAndFrame = FromDIP(110);
+    page->SetMinSize(wxSize(whole.x + wxSystemSettings::GetMetric(wxSYS_VSCROLL_X),
+                            std::min(whole.y, std::max(FromDIP(200), display - buttonsAndFrame))));
     auto* top = new wxBoxSizer(wxVERTICAL);
-    BuildJobGroup(this, top);
-    BuildApplicationGroup(this, top);
-    BuildAdvancedGroup(this, top, context.trayNote);
-    BuildHotKeyGroup(this, top, context);
+    top->Add(page, wxSizerFlags(1).Expand());
     top->Add(CreateSeparatedButtonSizer(wxOK | wxCANCEL), wxSizerFlags().Expand().Border(wxALL, kGap * 2));
     SetSizerAndFit(top);
     CentreOnParent();

@@ -211,9 +211,9 @@ void TriggerDlg::BuildFields(wxBoxSizer* top)
         wxArrayString items;
         for (int v = FieldMin(f); v <= FieldMax(f); ++v) {
             if (f == FieldWeekdays)
-                items.Add(wxDateTime::GetWeekDayName(static_cast<wxDateTime::WeekDay>(v), wxDateTime::Name_Abbr));
+                items.Add(WeekdayName(v));
             else if (f == FieldMonths)
-                items.Add(wxDateTime::GetMonthName(static_cast<wxDateTime::Month>(v - 1), wxDateTime::Name_Abbr));
+                items.Add(MonthName(v));
             else
                 items.Add(wxString::Format("%d", v));
         }
@@ -435,6 +435,11 @@ void TriggerDlg::OnOk()
         ShowMessage(this, texts.message);
         return;
     }
+    const TriggerPreview preview = PreviewTrigger(m_context, form.kind, texts, m_context.GetClock().Now());
+    if (preview.neverFires &&
+        wxMessageBox(preview.note + "\n\n" + _("Save this trigger anyway?"), "Cadrelle",
+                     wxYES_NO | wxNO_DEFAULT | wxICON_WARNING, this) != wxYES)
+        return;
     m_result.type = form.kind;
     m_result.condition = texts.condition;
     m_result.start = texts.start;

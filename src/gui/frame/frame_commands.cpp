@@ -76,10 +76,9 @@ void CadrelleFrame::Onm_pTbiDelJobClick(wxCommandEvent&)
 {
     wxLogMessage("%d *** CadrelleFrame::Onm_pTbiDelJobClick", LogMs());
     const std::int32_t jid = RequireSelectedJid();
-    if (jid < 0 || !Ask(this, _("Do you want to delete?")))
-        return;
-    const Scheduler::JobPtr job = LookUpJob(jid);
-    if (!job)
+    const Scheduler::JobPtr job = jid < 0 ? nullptr : LookUpJob(jid);
+    // The question names the job on a line of its own.
+    if (!job || !Ask(this, _("Do you want to delete?") + "\n" + job->GetDescription()))
         return;
     m_pSession->GetScheduler().DeleteJob(job.get());
     wxLogMessage("%d ### Del Job => [JID_%d]", LogMs(), jid);
@@ -185,7 +184,7 @@ void CadrelleFrame::OnAbout(wxCommandEvent&)
     wxLogMessage("%d *** CadrelleFrame::OnAbout", LogMs());
     wxAboutDialogInfo info;
     info.SetName(kCaption);
-    info.SetVersion("6.6.0.0");
+    info.SetVersion(CADRELLE_VERSION);
     info.SetDescription(_("A desktop task scheduler: jobs run by time, interval, idle time or cron triggers."));
     info.SetIcon(GetIcons().GetIcon(64));
     wxAboutBox(info, this);

@@ -22,6 +22,7 @@ const std::vector<ListColumn>& TriggerColumns()
 {
     static const std::vector<ListColumn> columns = {
         {wxTRANSLATE("TID"), "tColWidthTID"},
+        {wxTRANSLATE("JID"), "tColWidthJID"},
         {wxTRANSLATE("Type"), "tColWidthType"},
         {wxTRANSLATE("Status"), "tColWidthStatus"},
         {wxTRANSLATE("Prev Run Time"), "tColWidthPrevTime"},

@@ -77,14 +77,20 @@ void TriggerListModel::GetValueByRow(wxVariant& value, unsigned row, unsigned co
     const Trigger& t = *triggers[row];
     switch (col) {
     case 0: value = wxString::Format("%lld", static_cast<long long>(t.GetTid())); break;
-    case 1: value = wxGetTranslation(TriggerTypeName(t.GetType())); break;
-    case 2: value = wxGetTranslation(TriggerStatusName(t.GetStatus())); break;
+    // The owning job, so that two copies of one trigger can be told apart.
+    case 1: {
+        const auto& owner = m_scheduler.GetTriggerOwner(t.GetTid());
+        value = owner ? wxString::Format("%d", owner->GetId()) : wxString(L"\u2014");
+        break;
+    }
+    case 2: value = wxGetTranslation(TriggerTypeName(t.GetType())); break;
+    case 3: value = wxGetTranslation(TriggerStatusName(t.GetStatus())); break;
     // Times that only stand for "none" (never fired, no start, no end; the
     // data file keeps them as 1999 and 2999) show a dash.
-    case 3: value = FormatTriggerListTime(t.GetPrevFire(), IsInYear1999(t.GetPrevFire())); break;
-    case 4: value = FormatListTime(t.GetNextFire()); break;
-    case 5: value = FormatTriggerListTime(t.GetStart(), !IsAfter1999(t.GetStart())); break;
-    case 6: value = FormatTriggerListTime(t.GetEnd(), t.GetEnd().IsValid() && t.GetEnd().GetYear() >= 2999); break;
+    case 4: value = FormatTriggerListTime(t.GetPrevFire(), IsInYear1999(t.GetPrevFire())); break;
+    case 5: value = FormatListTime(t.GetNextFire()); break;
+    case 6: value = FormatTriggerListTime(t.GetStart(), !IsAfter1999(t.GetStart())); break;
+    case 7: value = FormatTriggerListTime(t.GetEnd(), t.GetEnd().IsValid() && t.GetEnd().GetYear() >= 2999); break;
     default: value = DescribeTrigger(t.GetType(), t.GetCondition()); break;
     }
 }

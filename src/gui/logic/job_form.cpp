@@ -15,12 +15,16 @@
 
 namespace {
 
-// Six pieces of one or two hexadecimal digits between "-".
+// Six pieces of one or two hexadecimal digits between "-" or ":", or
+// twelve digits in a row.
 bool IsMacAddress(const wxString& text)
 {
     if (!ParseMacAddress(text).IsValid())
         return false;
-    wxStringTokenizer pieces(text, "-", wxTOKEN_STRTOK);
+    const wxString t = Trimmed(text);
+    if (t.length() == 12 && t.find_first_not_of("0123456789abcdefABCDEF") == wxString::npos)
+        return true;
+    wxStringTokenizer pieces(text, "-:", wxTOKEN_STRTOK);
     while (pieces.HasMoreTokens()) {
         const wxString piece = Trimmed(pieces.GetNextToken());
         if (piece.empty() || piece.length() > 2)
@@ -79,6 +83,35 @@ bool CheckValue(const JobField& field, const wxString& value, wxString& why)
 
 }  // namespace
 
+bool IsUrl(const wxString& text)
+{
+    const wxString t = Trimmed(text);
+    const int colon = t.Find("://");
+    if (colon <= 0 || t.find_first_of(" \t\r\n") != wxString::npos)
+        return false;
+    for (wxUniChar c : t.Left(colon))
+        if (!(wxIsalnum(c) || c == '+' || c == '-' || c == '.'))
+            return false;
+    // "file:///x" has an empty host; every other scheme needs one.
+    const wxString rest = t.Mid(colon + 3);
+    return t.Left(colon).Lower() == "file" ? rest.StartsWith("/") : !rest.empty() && !rest.StartsWith("/");
+}
+
+wxString UrlWithScheme(const wxString& text)
+{
+    const wxString t = Trimmed(text);
+    if (t.empty() || t.Contains("://") || t.find_first_of(" \t\r\n") != wxString::npos)
+        return wxString();
+    // A host name first: letters, digits, dots, hyphens and a port.
+    const wxString host = t.BeforeFirst('/');
+    if (host.empty() || !(host.Contains(".") || host.BeforeFirst(':').Lower() == "localhost"))
+        return wxString();
+    for (wxUniChar c : host)
+        if (!(wxIsalnum(c) || c == '.' || c == '-' || c == ':' || c.GetValue() > 127))
+            return wxString();
+    return "https://" + t;
+}
+
 bool ValidateJobParams(std::uint32_t kind, const ParamList& params, wxString& message)
 {
     const std::vector<JobField> fields = JobFieldsFor(kind);
@@ -111,7 +144,16 @@ bool ValidateJobParams(std::uint32_t kind, const ParamList& params, wxString& me
     case NJobTypeWakeOnLan:
         if (!IsMacAddress(valueAt(0)))
             return fail(fields[0].label,
-                        wxString::Format(_("\"%s\" is not a MAC address such as aa-bb-cc-dd-ee-ff."), valueAt(0)));
+                        wxString::Format(_("\"%s\" is not a MAC address: give six pairs of hexadecimal digits, "
+                                           "such as aa:bb:cc:dd:ee:ff."),
+                                         valueAt(0)));
+        break;
+    case NJobTypeOpenUrl:
+    case NJobTypeRefreshUrl:
+        if (!IsUrl(valueAt(0)))
+            return fail(fields[0].label,
+                        wxString::Format(_("\"%s\" is not a web address such as https://www.example.com/."),
+                                         valueAt(0)));
         break;
     case NJobTypeSendKey:
         // The stored line drops an empty key, so a gap would move Key 3 up.

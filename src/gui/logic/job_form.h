@@ -17,6 +17,14 @@
 // (its label) and what is wrong.
 bool ValidateJobParams(std::uint32_t kind, const ParamList& params, wxString& message);
 
+// A web address the desktop can open: a scheme, "://", then a host (a path
+// for file:), no blanks.
+bool IsUrl(const wxString& text);
+// For an address typed without its scheme ("www.example.com/x"), the same
+// with "https://" in front, which the dialog offers; "" when it is no such
+// address.
+wxString UrlWithScheme(const wxString& text);
+
 // The chain settings: the job interval in ms (0 to 9999) and the associated
 // JIDs as typed ("3, 5"). `exists` tells whether a JID names a job; `self`
 // is the edited job's JID (a job may not chain to itself: it would run for

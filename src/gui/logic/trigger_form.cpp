@@ -6,6 +6,7 @@
 #include <wx/intl.h>
 
 #include "core/cron/cron_expr.h"
+#include "core/triggers/trigger_description.h"
 #include "core/datetime_text.h"
 #include "core/session/session_context.h"
 #include "core/triggers/condition_tokens.h"
@@ -198,7 +199,7 @@ TriggerTexts BuildTriggerTexts(const TriggerForm& form, const wxDateTime& now)
         try {
             ParseCronExpr(std::string(out.condition.utf8_str()));
         } catch (const cron::bad_cronexpr& e) {
-            out.message = CronErrorMessage(out.condition, wxString::FromUTF8(e.what()));
+            out.message = CronErrorMessage(out.condition, wxString::FromUTF8(cron::ErrorText(e)));
             return out;
         }
     }
@@ -245,7 +246,7 @@ bool ReadTriggerTexts(std::uint32_t kind, const wxString& condition, const wxStr
         try {
             cex = ParseCronExpr(std::string(condition.utf8_str()));
         } catch (const cron::bad_cronexpr& e) {
-            error = CronErrorMessage(condition, wxString::FromUTF8(e.what()));
+            error = CronErrorMessage(condition, wxString::FromUTF8(cron::ErrorText(e)));
             return false;
         }
         const std::vector<int> values[FieldCount] = {
@@ -357,7 +358,7 @@ TriggerPreview PreviewTrigger(const SessionContext& context, std::uint32_t kind,
         try {
             cex = ParseCronExpr(std::string(texts.condition.utf8_str()));
         } catch (const cron::bad_cronexpr& e) {
-            preview.note = CronErrorMessage(texts.condition, wxString::FromUTF8(e.what()));
+            preview.note = CronErrorMessage(texts.condition, wxString::FromUTF8(cron::ErrorText(e)));
             return preview;
         }
         // Whole seconds from the millisecond values: GetTicks() gives up
@@ -373,8 +374,10 @@ TriggerPreview PreviewTrigger(const SessionContext& context, std::uint32_t kind,
             preview.moments.push_back(FromMs(static_cast<std::int64_t>(next) * 1000));
             after = next;
         }
-        if (preview.moments.empty())
+        if (preview.moments.empty()) {
             preview.note = _("No moment matches inside the start/end period: this trigger would never fire.");
+            preview.neverFires = true;
+        }
         return preview;
     }
 
@@ -397,9 +400,10 @@ TriggerPreview PreviewTrigger(const SessionContext& context, std::uint32_t kind,
                                         context.StartTime().Format("%Y-%m-%d %H:%M:%S"));
     }
     if (!moment.IsValid() || moment.IsEarlierThan(now)) {
-        if (preview.note.empty())
+        if (preview.note.empty()) {
             preview.note = _("This moment has already passed: the trigger would never fire.");
-        else
+            preview.neverFires = true;
+        } else
             preview.note << "\n" << _("In this run that moment has already passed.");
         return preview;
     }
@@ -411,7 +415,8 @@ wxString FormatPreview(const TriggerPreview& preview)
 {
     wxString text;
     for (const wxDateTime& moment : preview.moments)
-        text << moment.Format("%Y-%m-%d %a %H:%M:%S") << "\n";
+        // The weekday in the user's language: %a would give the C locale's.
+        text << moment.Format("%Y-%m-%d ") << WeekdayName(moment.GetWeekDay()) << moment.Format(" %H:%M:%S") << "\n";
     if (!preview.note.empty())
         text << preview.note;
     return text.Trim();

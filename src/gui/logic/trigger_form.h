@@ -81,6 +81,9 @@ TriggerForm DefaultTriggerForm(std::uint32_t kind, const wxDateTime& now);
 struct TriggerPreview {
     std::vector<wxDateTime> moments;
     wxString note;
+    // No moment can ever come (a Special Time past, a period without a
+    // match): the dialog asks before it saves such a trigger.
+    bool neverFires = false;
 };
 TriggerPreview PreviewTrigger(const SessionContext& context, std::uint32_t kind, const TriggerTexts& texts,
                               const wxDateTime& now, std::size_t count = 5);

@@ -8,6 +8,7 @@
 #include <wx/button.h>
 #include <wx/checklst.h>
 #include <wx/choice.h>
+#include <wx/datectrl.h>
 #include <wx/radiobut.h>
 #include <wx/textctrl.h>
 
@@ -79,6 +80,15 @@ TEST(TriggerDialog, PreviewFollowsThePickersAndBadFormsStayOpen)
         EXPECT_TRUE(dlg.DescriptionText().StartsWith("Every weekday at 08:")) << dlg.DescriptionText();
         guitest::SaveScreenshot(&dlg, "trigger-every-week");
 
+        // A Special Time already past is saved only when the user says so.
+        PickKind(&dlg, "ID_RADIOBUTTON_SEPC_TIME");
+        auto* date = Find<wxDatePickerCtrl>(&dlg, "ID_DATEPICKERCTRL_SPEC");
+        date->SetValue(wxDateTime(1, wxDateTime::Jan, 2001));
+        wxTEST_DIALOG(PressOk(&dlg),
+                      guitest::ExpectMessage("This moment has already passed: the trigger would never fire.\n\n"
+                                             "Save this trigger anyway?", wxNO).Caption("Cadrelle"));
+        EXPECT_TRUE(dlg.IsModal());
+
         PickKind(&dlg, "ID_RADIOBUTTON_COUNTDOWN");
         Choose(&dlg, "ID_CHOICE8", 5);
         EXPECT_TRUE(dlg.DescriptionText().EndsWith("(a count-down of 5 minutes)")) << dlg.DescriptionText();
@@ -115,7 +125,11 @@ TEST(JobDialog, NewJobWithTriggerIsSavedAndCopied)
             if (*look.second)
                 guitest::SaveScreenshot(dlg, look.second);
         }
-        Find<wxTextCtrl>(dlg, "ID_PARAM_12_0")->ChangeValue("01-23-45-67-89-ab");
+        // A port out of range is refused, never clamped; colons are a MAC address's usual notation.
+        Find<wxTextCtrl>(dlg, "ID_PARAM_12_0")->ChangeValue("01:23:45:67:89:ab");
+        Find<wxTextCtrl>(dlg, "ID_PARAM_12_1")->ChangeValue("99999");
+        wxTEST_DIALOG(PressOk(dlg), guitest::ExpectMessage("Port: \"99999\" is not a whole number from 1 to 65535."));
+        Find<wxTextCtrl>(dlg, "ID_PARAM_12_1")->ChangeValue("7788");
         Find<wxTextCtrl>(dlg, "ID_TEXTCTRL_ASSOCIATED")->ChangeValue("7");
         wxTEST_DIALOG(PressOk(dlg), guitest::ExpectMessage("Associated JID: there is no job 7.", wxOK, true));
         EXPECT_TRUE(dynamic_cast<wxDialog*>(dlg)->IsModal());
@@ -131,7 +145,7 @@ TEST(JobDialog, NewJobWithTriggerIsSavedAndCopied)
     ASSERT_TRUE(job);
     EXPECT_EQ(job->GetType(), NJobTypeWakeOnLan);
     EXPECT_EQ(job->GetDescription(), "Wake the NAS");
-    EXPECT_EQ(job->GetParamText(), "01-23-45-67-89-ab $ 7788");
+    EXPECT_EQ(job->GetParamText(), "01:23:45:67:89:ab $ 7788");
     ASSERT_EQ(job->GetTriggerIds().size(), 1u);
     const std::int64_t tid = job->GetTriggerIds()[0];
     ASSERT_TRUE(scheduler.GetTriggerById(tid));
@@ -144,7 +158,7 @@ TEST(JobDialog, NewJobWithTriggerIsSavedAndCopied)
     ASSERT_TRUE(ShowJobDetailDlg(nullptr, scheduler, JobDlgMode::CopyJob, jid, &copyJid, {}));
     std::shared_ptr<Job> copy = scheduler.GetJobById(copyJid);
     ASSERT_TRUE(copy);
-    EXPECT_EQ(copy->GetDescription(), "Wake the NAS(Copy)");
+    EXPECT_EQ(copy->GetDescription(), "Wake the NAS (Copy)");
     ASSERT_EQ(copy->GetTriggerIds().size(), 1u);
     EXPECT_NE(copy->GetTriggerIds()[0], tid);
     EXPECT_EQ(scheduler.GetTriggerOwner(copy->GetTriggerIds()[0]), copy);

@@ -6,7 +6,10 @@
 #include <wx/checkbox.h>
 #include <wx/choicdlg.h>
 #include <wx/choice.h>
+#include <wx/display.h>
 #include <wx/fileconf.h>
+#include <wx/scrolwin.h>
+#include <wx/listbox.h>
 #include <wx/testing.h>
 #include <wx/textctrl.h>
 
@@ -21,14 +24,7 @@
 
 namespace {
 
-// Works the dialog while it is up; returns what ShowModal then returns.
-template <class D>
-struct Drive : wxExpectModalBase<D, Drive<D>> {
-    explicit Drive(std::function<int(D*)> work) : m_work(std::move(work)) {}
-    int OnInvoked(D* dlg) const override { return m_work(dlg); }
-    std::function<int(D*)> m_work;
-};
-
+using guitest::Drive;
 using Message = guitest::ExpectMessage;
 using guitest::Find;
 
@@ -54,6 +50,9 @@ TEST(SettingDlg, RefusesInOrderThenStoresEverything)
     wxTEST_DIALOG(ok = ShowSettingDlg(nullptr, *prefs, context),
                   Drive<SettingDlg>([](SettingDlg* dlg) {
                       Look(dlg, "settings_dialog");
+                      // Within the screen; the groups scroll where it is lower.
+                      EXPECT_LE(dlg->GetSize().y, wxDisplay(0u).GetClientArea().GetHeight());
+                      EXPECT_TRUE(Find<wxScrolledWindow>(dlg, "settingsPage"));
                       EXPECT_EQ(dlg->GetTitle(), "Setting Dialog");
                       EXPECT_EQ(Find<wxChoice>(dlg, "hotkeyCust33")->GetStringSelection(), "6");
                       Find<wxChoice>(dlg, "hotkeyCust33")->SetStringSelection("0");
@@ -144,6 +143,15 @@ TEST(LanguageChooser, StoresTheCodeAndKeepsItAcrossSaves)
                       EXPECT_EQ(dlg->GetTitle(), "Language selection");
                       EXPECT_TRUE(wxWindow::FindWindowByLabel("Select your prefered language", dlg));
                       dlg->SetSelection(3);
+                      // Each language also in its own name.
+                      wxListBox* list = nullptr;
+                      for (wxWindow* child : dlg->GetChildren())
+                          list = list ? list : dynamic_cast<wxListBox*>(child);
+                      EXPECT_TRUE(list);
+                      if (list)
+                          EXPECT_EQ(list->GetString(3), wxString::FromUTF8("Japanese \xE2\x80\x94 \xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E"));
+                      if (list)
+                          EXPECT_EQ(list->GetString(2), "English");
                       return wxID_OK;
                   }),
                   Message("You must restart application for this change to take effect.").Caption("Confirm"));

@@ -14,10 +14,14 @@
 #include <wx/display.h>
 #include <wx/log.h>
 #include <wx/srchctrl.h>
+#include <wx/textctrl.h>
 #include <wx/uiaction.h>
 #include <wx/weakref.h>
 
 #include "core/log/weekday_log.h"
+#include "core/prefs/password_hash.h"
+#include "gui/dialogs/auth_dlg.h"
+#include "gui/dialogs/setting_dlg.h"
 #include "core/prefs/preference.h"
 #include "core/scheduler.h"
 #include <wx/checkbox.h>
@@ -75,6 +79,7 @@ protected:
         // What an earlier test's window saved must not carry over.
         const auto prefs = Preference::OpenUserPreferences();
         prefs->SetValue("hideMainFrmClickCloseBtn", "0");
+        prefs->SetValue("usePassword", "0");
         prefs->SetValue("colSortIndex", "0");
         prefs->SetValue("colSortDir", "4096");
         prefs->SaveSettingParam();
@@ -111,18 +116,27 @@ protected:
 TEST_F(MainFrameTest, TriggerListSaysConditionsInWords)
 {
     const TriggerListModel& model = m_frame->TriggerModel();
-    const struct { unsigned row; const char* condition; const char* sentence; } rows[] = {
-        {0, "0 0 3 * * ?", "Every day at 03:00"}, {3, "0 0 0 1 1 ?", "Every year on January 1 at 00:00"}};
+    const struct { unsigned row; const char* jid; const char* condition; const char* sentence; } rows[] = {
+        {0, "0", "0 0 3 * * ?", "Every day at 03:00"}, {3, "12", "0 0 0 1 1 ?", "Every year on January 1 at 00:00"}};
     for (const auto& r : rows) {
         wxVariant value;
-        model.GetValueByRow(value, r.row, 7);
+        model.GetValueByRow(value, r.row, 8);
         EXPECT_EQ(value.GetString(), r.sentence);
         EXPECT_EQ(model.ConditionAt(r.row), r.condition);
-        for (unsigned col : {3u, 5u, 6u}) {
+        // The JID column tells the owning job.
+        model.GetValueByRow(value, r.row, 1);
+        EXPECT_EQ(value.GetString(), r.jid);
+        for (unsigned col : {4u, 6u, 7u}) {
             model.GetValueByRow(value, r.row, col);
             EXPECT_EQ(value.GetString(), wxString(L"\u2014")) << "column " << col;
         }
-        model.GetValueByRow(value, r.row, 4);
+        // Disabling the job shows its trigger disabled at once; enabling shows it waiting.
+        for (const char* status : {"Disable", "Waiting"}) {
+            m_frame->ToggleJobEnable(std::atoi(r.jid));
+            model.GetValueByRow(value, r.row, 3);
+            EXPECT_EQ(value.GetString(), status);
+        }
+        model.GetValueByRow(value, r.row, 5);
         EXPECT_TRUE(value.GetString().EndsWith(r.row == 0 ? "03:00:00" : "00:00:00")) << value.GetString();
     }
 }
@@ -141,9 +155,9 @@ TEST_F(MainFrameTest, CommandsAskFirst)
     EXPECT_EQ(m_frame->GetScheduler().Jobs().size(), 5u);
 
     ASSERT_TRUE(m_frame->SelectJob(12));
-    wxTEST_DIALOG(m_frame->Onm_pTbiDelJobClick(event), ExpectMessage("Do you want to delete?", wxNO));
+    wxTEST_DIALOG(m_frame->Onm_pTbiDelJobClick(event), ExpectMessage("Do you want to delete?\nStretch", wxNO));
     EXPECT_TRUE(m_frame->GetScheduler().GetJobById(12));
-    wxTEST_DIALOG(m_frame->Onm_pTbiDelJobClick(event), ExpectMessage("Do you want to delete?", wxYES));
+    wxTEST_DIALOG(m_frame->Onm_pTbiDelJobClick(event), ExpectMessage("Do you want to delete?\nStretch", wxYES));
     EXPECT_FALSE(m_frame->GetScheduler().GetJobById(12));
     EXPECT_EQ(Shown(), (std::vector<int>{0, 1, 2, 21}));
 
@@ -171,6 +185,23 @@ TEST_F(MainFrameTest, FilterFieldNarrowsAsYouType)
     }));
     sim.Text("ol");  // "Old notice"
     ASSERT_TRUE(guitest::WaitFor([&] { return Shown() == std::vector<int>{2}; }));
+    // Escape empties the field and lists every job again.
+    sim.Char(WXK_ESCAPE);
+    ASSERT_TRUE(guitest::WaitFor([&] { return Shown().size() == 5u; }));
+    EXPECT_EQ(field->GetValue(), "");
+}
+
+// Alt+S opens the settings dialog, as its menu item says, not the Setting menu.
+TEST_F(MainFrameTest, AltSOpensTheSettingsDialog)
+{
+    wxUIActionSimulator sim;
+    m_frame->Raise();
+    ASSERT_TRUE(guitest::WaitFor([&] { return m_frame->IsActive(); }));
+    bool seen = false;
+    wxTEST_DIALOG({
+        sim.Char('s', wxMOD_ALT);
+        EXPECT_TRUE(guitest::WaitFor([&] { return seen; }));
+    }, guitest::Drive<SettingDlg>([&](SettingDlg*) { seen = true; return wxID_CANCEL; }));
 }
 
 // A second click flips the direction; both survive the end of the session
@@ -220,6 +251,48 @@ TEST_F(MainFrameTest, CloseButtonOnlyHidesWithTheHideSetting)
     EXPECT_TRUE(guitest::WaitFor([&] { return m_frame->IsIconized() || !m_frame->IsShown(); }));
     EXPECT_FALSE(guitest::LogText(m_appDir).Contains(WeekdayLog::kEndBanner));
     m_frame->Prefs().SetValue("hideMainFrmClickCloseBtn", "0");
+}
+
+// The password prompt: a window shown and unlocked is only raised; a hidden one asks once,
+// however many requests arrive meanwhile (a second prompt would be an unexpected dialog);
+// refusing keeps the program running hidden, except at start, where "Exit" ends it.
+TEST_F(MainFrameTest, OnePasswordPromptAndRefusalKeepsRunning)
+{
+    m_frame->Prefs().SetValue("usePassword", "1");
+    m_frame->Prefs().SetValue("password", HashPassword("secret"));
+    const struct { int line; bool hidden; bool atStart; int answer; bool shown; bool alive; } rows[] = {
+        {__LINE__, false, false, 0, true, true},
+        {__LINE__, true, false, wxID_CANCEL, false, true},
+        {__LINE__, true, false, wxID_OK, true, true},
+        {__LINE__, true, true, wxID_CANCEL, false, false},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.line);
+        if (r.hidden)
+            m_frame->Hide();
+        int prompts = 0;
+        wxTEST_DIALOG(m_frame->RestoreMainFrame(r.atStart),
+                      guitest::Drive<AuthDlg>([&](AuthDlg* dlg) {
+                          ++prompts;
+                          m_frame->RestoreMainFrame();  // a second `--show`
+                          m_frame->TrayExit();
+                          EXPECT_EQ(m_frame->OpenPrompt(), dlg);
+                          if (r.answer == wxID_OK) {
+                              guitest::Find<wxTextCtrl>(dlg, "password")->ChangeValue("secret");
+                              guitest::Fire(dlg->FindWindow(wxID_OK));
+                              return dlg->GetReturnCode();
+                          }
+                          return r.answer;
+                      }).Optional());
+        EXPECT_EQ(prompts, r.answer ? 1 : 0);
+        if (!r.alive) {
+            EXPECT_TRUE(guitest::WaitFor([&] { return !m_frame; }));
+            break;
+        }
+        ASSERT_TRUE(m_frame);
+        EXPECT_EQ(m_frame->IsShown(), r.shown);
+        EXPECT_EQ(m_frame->OpenPrompt(), nullptr);
+    }
 }
 
 // Asks the window manager, as a pager does (_NET_CLOSE_WINDOW), to close the
