@@ -5,6 +5,7 @@
 #include <csignal>
 #include <random>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <gtest/gtest.h>
@@ -316,4 +317,42 @@ TEST(RunHistory, KilledWriterLosesAtMostTheLastSecond)
     wxArrayString moved;
     wxDir::GetAllFiles(dir.Path(), &moved, "*.bad-*");
     EXPECT_TRUE(moved.empty());
+}
+
+// A write the file system refuses (here: a file-size limit, as a full disk
+// would) is reported once, the runs wait, and they are all written once it
+// works again. In a child, since the limit holds for the whole process.
+TEST(RunHistory, FailedWritesAreReportedOnceAndRetried)
+{
+    TempDir dir;
+    ChildProcess child;
+    ASSERT_TRUE(child.StartCall([&dir]() -> int {
+        ManualClock clock(kNow);
+        SessionContext context(clock);
+        RecordedMessages messages(context);
+        RunHistory history(context, dir.File("history.db"));
+        if (!history.Start())
+            return 10;
+        history.Record(MakeRun(1, RunOutcome::Succeeded, kNow));
+        if (!history.Flush())
+            return 11;
+        std::signal(SIGXFSZ, SIG_IGN);
+        rlimit limit{};
+        ::getrlimit(RLIMIT_FSIZE, &limit);
+        const rlimit tight{64 * 1024, limit.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &tight);
+        for (int i = 0; i < 3; ++i) {
+            for (int n = 0; n < 100; ++n)
+                history.Record(MakeRun(2, RunOutcome::Failed, kNow, std::string(2000, 'e')));
+            if (history.Flush(300))
+                return 20 + i;  // cannot have fitted
+        }
+        if (messages.Boxes().size() != 1 || messages.Boxes()[0].find("history.db") == std::string::npos)
+            return 30;
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        if (!history.Flush(15000))
+            return 40;
+        return history.Count() == 301 && messages.Boxes().size() == 1 ? 0 : 50;
+    }));
+    EXPECT_EQ(child.Stop(0, 30000), 0);
 }
