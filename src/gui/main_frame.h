@@ -42,9 +42,10 @@ public:
     void SwitchSilentMode();
     void SetPauseMode(bool paused);
     void SetSilentMode(bool silent);
-    // The Execute command for job `jid`; false and nothing run when no job
+    // The Execute command for job `jid` (or what `origin` names: a hot key,
+    // the command line); false and nothing run when no job
     // has that JID.
-    bool ExecuteJobById(std::int32_t jid);
+    bool ExecuteJobById(std::int32_t jid, RunOrigin origin = RunOrigin::ExecuteCommand);
     // Shows, restores and raises the window, through the password when one
     // is set; a refused password ends the program.
     void RestoreMainFrame();

@@ -49,9 +49,11 @@ namespace {
 struct RecordingSink : TriggerCheckSink {
     std::vector<std::int32_t> runs;
     std::vector<std::int32_t> notices;
-    bool RunJob(const std::shared_ptr<Job>& job) override
+    std::vector<RunCause> causes;
+    bool RunJob(const std::shared_ptr<Job>& job, const RunCause& cause) override
     {
         runs.push_back(job->GetId());
+        causes.push_back(cause);
         return true;
     }
     void AdvanceNotice(const std::shared_ptr<Job>& job) override { notices.push_back(job->GetId()); }
@@ -89,6 +91,10 @@ TEST_F(CheckerPassTest, OnlyTheThreadOfItsTidChecksATriggerAndNotWhileItIsEdited
     s.Triggers()[0]->SetEditing(false);
     CheckTriggerShare(s, 4, 1, sink);
     EXPECT_EQ(sink.runs, (std::vector<std::int32_t>{0}));
+    ASSERT_EQ(sink.causes.size(), 1u);  // the history names the trigger and its kind
+    EXPECT_EQ(std::make_tuple(sink.causes[0].origin, sink.causes[0].tid, sink.causes[0].triggerKind,
+                              sink.causes[0].dueMs),
+              std::make_tuple(RunOrigin::Trigger, 5, static_cast<std::int32_t>(NTriggerTypeSpecTime), clock.NowMs()));
     EXPECT_TRUE(s.Changes().IsDataChanged());
     EXPECT_EQ(s.Changes().GetDataChangedTime(), clock.Now());
     // Finished: never looked at again.

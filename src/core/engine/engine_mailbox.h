@@ -14,6 +14,8 @@
 #include <mutex>
 #include <vector>
 
+#include "core/history/run_record.h"
+
 class Job;
 
 struct EngineRequest {
@@ -22,6 +24,7 @@ struct EngineRequest {
     std::shared_ptr<Job> job;  // RunJob, AdvanceNotice
     std::int32_t jid = 0;      // RunJobById (chained jobs are looked up on the main thread)
     int delayMs = 0;
+    RunCause cause;  // RunJob, RunJobById: what asked for the run (the history)
 };
 
 class EngineMailbox {

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <memory>
 
+#include "core/history/run_record.h"
+
 class EngineMailbox;
 class Job;
 class SessionContext;
@@ -13,7 +15,9 @@ class SessionContext;
 // may edit or delete the original meanwhile) after `delayMs`, with the
 // action the kind has in `context`, which the thread keeps alive. The thread is
 // counted in `mailbox` until it ends, and everything it reaches after its
-// job is gated by it (see EngineMailbox). Returns the new thread's id, or 0
+// job is gated by it (see EngineMailbox). The run, or why it did not run, goes
+// to the context's recorder with `cause`. Returns the new thread's id, or 0
 // when the thread could not be created.
-std::size_t StartJobThread(std::shared_ptr<Job> job, int delayMs, std::shared_ptr<EngineMailbox> mailbox,
+std::size_t StartJobThread(std::shared_ptr<Job> job, int delayMs, const RunCause& cause,
+                           std::shared_ptr<EngineMailbox> mailbox,
                            std::shared_ptr<SessionContext> context);

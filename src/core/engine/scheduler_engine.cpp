@@ -143,11 +143,14 @@ void SchedulerEngine::Shutdown(int jobWaitMs)
     m_mailbox->Abandon();
 }
 
-bool SchedulerEngine::RunJob(const std::shared_ptr<Job>& job)
+bool SchedulerEngine::RunJob(const std::shared_ptr<Job>& job, const RunCause& cause)
 {
     EngineRequest request;
     request.kind = EngineRequest::Kind::RunJob;
     request.job = job;
+    request.cause = cause;
+    if (request.cause.dueMs == 0)
+        request.cause.dueMs = m_context->GetClock().NowMs();
     return m_mailbox->Post(std::move(request));
 }
 
@@ -169,16 +172,24 @@ void SchedulerEngine::ProcessRequests()
             auto lock = m_scheduler.ReadLock();
             job = m_scheduler.GetJobById(request.jid);
         }
-        if (!job)
+        if (!job) {
+            // Only a chain names a job that may have gone (the history says so).
+            if (request.kind == EngineRequest::Kind::RunJobById && request.cause.origin == RunOrigin::Chain) {
+                RunRecord record = RecordFor(request.cause, request.jid, 0, {});
+                record.outcome = RunOutcome::NotRun;
+                record.reason = NotRunReason::ChainedJobGone;
+                m_context->Recorder().Record(std::move(record));
+            }
             continue;
+        }
         if (request.kind == EngineRequest::Kind::AdvanceNotice)
             m_host.AdvanceNotice(*job);
         else
-            StartJob(job, request.delayMs);
+            StartJob(job, request.delayMs, request.cause);
     }
 }
 
-void SchedulerEngine::StartJob(const std::shared_ptr<Job>& job, int delayMs)
+void SchedulerEngine::StartJob(const std::shared_ptr<Job>& job, int delayMs, const RunCause& cause)
 {
     std::shared_ptr<Job> snapshot;
     {
@@ -187,7 +198,7 @@ void SchedulerEngine::StartJob(const std::shared_ptr<Job>& job, int delayMs)
     }
     if (!snapshot)
         return;
-    const std::size_t threadId = StartJobThread(snapshot, delayMs, m_mailbox, m_context);
+    const std::size_t threadId = StartJobThread(snapshot, delayMs, cause, m_mailbox, m_context);
     if (threadId == 0) {
         wxLogMessage("%d *** Can't create thread!", LogMs());
         return;

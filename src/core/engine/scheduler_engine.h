@@ -78,7 +78,9 @@ public:
     void ProcessRequests();
 
     // TriggerCheckSink (checker threads)
-    bool RunJob(const std::shared_ptr<Job>& job) override;
+    // Also the Execute command, hot keys and the command line, which say
+    // so in `cause`.
+    bool RunJob(const std::shared_ptr<Job>& job, const RunCause& cause = {}) override;
     void AdvanceNotice(const std::shared_ptr<Job>& job) override;
 
 private:
@@ -93,7 +95,7 @@ private:
     void StartCheckerThreads();
     void StopCheckerThreads();
     void CheckerLoop(std::size_t count, std::size_t index, const std::shared_ptr<CheckerStop>& stop);
-    void StartJob(const std::shared_ptr<Job>& job, int delayMs);
+    void StartJob(const std::shared_ptr<Job>& job, int delayMs, const RunCause& cause);
 
     Scheduler& m_scheduler;
     std::shared_ptr<SessionContext> m_context;

@@ -18,7 +18,12 @@ void CheckTriggerShare(Scheduler& scheduler, std::size_t count, std::size_t inde
             continue;
         if (trigger.CheckAndAdvance()) {
             const auto& owner = scheduler.GetTriggerOwner(trigger.GetTid());
-            if (owner && owner->IsEnabled() && sink.RunJob(owner))
+            RunCause cause;
+            cause.origin = RunOrigin::Trigger;
+            cause.tid = static_cast<std::int32_t>(trigger.GetTid());
+            cause.triggerKind = static_cast<std::int32_t>(trigger.GetType());
+            cause.dueMs = clock.NowMs();
+            if (owner && owner->IsEnabled() && sink.RunJob(owner, cause))
                 scheduler.Changes().MarkChangedByFiring(clock.Now());
         } else if (!trigger.IsNoticeGiven() && trigger.IsDue(kNoticeSeconds)) {
             const auto& owner = scheduler.GetTriggerOwner(trigger.GetTid());

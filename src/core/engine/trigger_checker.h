@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <memory>
 
+#include "core/history/run_record.h"
+
 class Job;
 class Scheduler;
 
@@ -19,7 +21,8 @@ class TriggerCheckSink {
 public:
     virtual ~TriggerCheckSink() = default;
     // A firing trigger's enabled job; true when the request was queued.
-    virtual bool RunJob(const std::shared_ptr<Job>& job) = 0;
+    // `cause` names the trigger (for the run history).
+    virtual bool RunJob(const std::shared_ptr<Job>& job, const RunCause& cause) = 0;
     // The job of a trigger due within the notice period (warn-before-run set).
     virtual void AdvanceNotice(const std::shared_ptr<Job>& job) = 0;
 };

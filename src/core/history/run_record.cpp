@@ -67,3 +67,17 @@ wxString RunSummary(const RunRecord& record)
     const wxString reason = NotRunReasonText(record.reason);
     return details.empty() ? reason : reason + ": " + details;
 }
+
+RunRecord RecordFor(const RunCause& cause, std::int32_t jid, std::uint32_t kind, const wxString& description)
+{
+    RunRecord record;
+    record.jid = jid;
+    record.jobKind = kind;
+    record.description = description.utf8_string();
+    record.origin = cause.origin;
+    record.tid = cause.tid;
+    record.triggerKind = cause.triggerKind;
+    record.sourceJid = cause.sourceJid;
+    record.dueMs = cause.dueMs;
+    return record;
+}

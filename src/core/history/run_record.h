@@ -53,3 +53,15 @@ wxString NotRunReasonText(NotRunReason reason);
 wxString OriginText(const RunRecord& record);
 // The reason (not run) or the details, whichever the record has.
 wxString RunSummary(const RunRecord& record);
+
+// What asked for a run, carried with the request to the job's thread.
+struct RunCause {
+    RunOrigin origin = RunOrigin::ExecuteCommand;
+    std::int32_t tid = 0;
+    std::int32_t triggerKind = -1;
+    std::int32_t sourceJid = 0;
+    std::int64_t dueMs = 0;  // 0: the moment it was asked for
+};
+
+// A record of `cause` for the job `jid` of `kind`, before its outcome.
+RunRecord RecordFor(const RunCause& cause, std::int32_t jid, std::uint32_t kind, const wxString& description);

@@ -88,7 +88,9 @@ public:
             job = m_scheduler.GetJobById(jid);
         }
         // At once, enabled or not, as the window's Execute command runs it.
-        return job && m_engine.RunJob(job);
+        RunCause cause;
+        cause.origin = RunOrigin::CommandLine;
+        return job && m_engine.RunJob(job, cause);
     }
     bool Show() override { return false; }
 

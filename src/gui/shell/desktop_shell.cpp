@@ -46,7 +46,7 @@ public:
         return true;
     }
     void SetSilent(bool silent) override { m_frame.SetSilentMode(silent); }
-    bool Run(std::int32_t jid) override { return m_frame.ExecuteJobById(jid); }
+    bool Run(std::int32_t jid) override { return m_frame.ExecuteJobById(jid, RunOrigin::CommandLine); }
     bool Show() override
     {
         // Answered at once: the password dialog may stay up for long.
@@ -195,7 +195,7 @@ void DesktopShell::OnHotKey(int id, int virtualKey)
         long jid = -1;
         const bool known = index >= 0 && Pref(HotKeySpecs()[static_cast<std::size_t>(2 + index)].jidKey).ToLong(&jid);
         // A JID that no longer exists runs nothing (never some other job).
-        if (!known || !m_frame.ExecuteJobById(static_cast<std::int32_t>(jid)))
+        if (!known || !m_frame.ExecuteJobById(static_cast<std::int32_t>(jid), RunOrigin::HotKey))
             wxMessageBox(_("Execute Customize HOTKEY failed."), "Cadrelle", wxOK | wxICON_ERROR);
     });
 }
