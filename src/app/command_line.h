@@ -7,10 +7,11 @@
 #include "desktop/control/control_protocol.h"
 
 struct CommandLine {
-    enum class Mode { Gui, List, CronNext, Describe, Headless, Control, Help, Version, Error };
+    enum class Mode { Gui, List, CronNext, Describe, History, Headless, Control, Help, Version, Error };
     Mode mode = Mode::Gui;
     std::string appDir;                  // --app-dir DIR
     std::vector<std::string> cronArgs;   // everything after --cron-next or --describe
+    std::vector<std::string> historyArgs;  // what follows --history (but --app-dir DIR)
     std::string error;                   // for Mode::Error: English, marked for the catalogue
     std::string errorArg;                // what replaces "%s" in `error`
     ControlRequest request;              // for Mode::Control (--status, --pause, ...)
@@ -21,3 +22,5 @@ const char* UsageText();
 // The --describe line of the usage, its own catalogue entry; shown before
 // the line of --status.
 const char* DescribeUsageLine();
+// The --history lines, shown before the line of --status as well.
+const char* HistoryUsageLine();

@@ -58,6 +58,7 @@ public:
     // The user's preferences, which the session owns.
     Preference& Prefs();
     SchedulerEngine& GetEngine();
+    AppSession& Session() { return *m_pSession; }
 
     // The window closes for good even with hideMainFrmClickCloseBtn (a
     // signal, the end of the session).

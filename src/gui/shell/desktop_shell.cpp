@@ -13,6 +13,7 @@
 #include "desktop/control/control_server.h"
 #include "desktop/control/instance_control.h"
 #include "desktop/hotkey_plan.h"
+#include "desktop/session/app_session.h"
 #include "gui/main_frame.h"
 #include "gui/shell/global_hotkeys.h"
 #include "gui/shell/notice_window.h"
@@ -39,7 +40,10 @@ wxString PortalDescription(HotKeyId id)
 class FrameControl final : public InstanceControl {
 public:
     explicit FrameControl(CadrelleFrame& frame) : m_frame(frame) {}
-    InstanceStatus Status() override { return CollectStatus(m_frame.GetScheduler(), m_frame.GetEngine()); }
+    InstanceStatus Status() override
+    {
+        return CollectStatus(m_frame.GetScheduler(), m_frame.GetEngine(), &m_frame.Session().History());
+    }
     bool SetPaused(bool paused) override
     {
         m_frame.SetPauseMode(paused);
