@@ -225,7 +225,11 @@ bool RunHistory::OpenOrMoveAside()
             m_last = Statement(m_db.get(), kUpsertLast);
             return m_insert && m_last;
         }
-        if (opened.Transient() || attempt == 1) {
+        // Only a file that is itself the trouble goes aside; a full disk or a
+        // busy lock is reported and tried again, the file left where it is.
+        const bool fileAtFault = opened.problem != HistoryOpenProblem::CannotOpen ||
+                                 ((opened.code & 0xff) == SQLITE_CANTOPEN && wxFileExists(m_path));
+        if (!fileAtFault || opened.Transient() || attempt == 1) {
             ReportWriteFailure(opened.error);
             return false;
         }
