@@ -13,7 +13,7 @@ PACKAGES=(
   tzdata xvfb xauth xdotool xprintidle
   libglib2.0-dev libxext-dev libxtst-dev libpng-dev
   openbox x11-utils dbus-daemon dbus-bin libglib2.0-bin python3 python3-dbus python3-dbusmock desktop-file-utils
-  libsodium-dev
+  libsodium-dev libsqlite3-dev
   librsvg2-bin imagemagick
   libayatana-appindicator3-dev python3-xlib python3-gi trayer
   gettext wx3.2-i18n fonts-wqy-microhei appstream dpkg-dev man-db

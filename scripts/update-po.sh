@@ -31,4 +31,9 @@ if [ $# -eq 0 ]; then
     msgmerge --quiet --update --backup=none --previous --add-location=file --sort-by-file \
       "po/$lang.po" "$pot"
   done
+  # The English catalogue only corrects some words: a text it has no
+  # correction for reads as written (a changed one too, rather than an old
+  # correction of another text).
+  msgattrib --clear-fuzzy --empty --sort-by-file -o po/en.po po/en.po
+  msgen --sort-by-file -o po/en.po po/en.po
 fi

@@ -26,6 +26,16 @@ CommandLine ParseCommandLine(int argc, char** argv)
             cl.mode = CommandLine::Mode::CronNext;
             cl.cronArgs.assign(argv + i + 1, argv + argc);
             return cl;
+        } else if (arg == "--history") {
+            // Its own options follow; --app-dir may still come among them.
+            cl.mode = CommandLine::Mode::History;
+            for (++i; i < argc; ++i) {
+                if (std::string(argv[i]) == "--app-dir" && i + 1 < argc)
+                    cl.appDir = argv[++i];
+                else
+                    cl.historyArgs.push_back(argv[i]);
+            }
+            return cl;
         } else if (arg == "--describe") {
             cl.mode = CommandLine::Mode::Describe;
             cl.cronArgs.assign(argv + i + 1, argv + argc);
@@ -123,6 +133,12 @@ const char* UsageText()
            "it is writable, otherwise $XDG_DATA_HOME/Cadrelle; --app-dir overrides both.\n"
            "The control options talk to this user's running instance (window or headless)\n"
            "over a socket in $XDG_RUNTIME_DIR/cadrelle; with none running they exit with 3.\n");
+}
+
+const char* HistoryUsageLine()
+{
+    return wxTRANSLATE("       cadrelle --history [--job JID] [--failed] [--since \"YYYY-MM-DD HH:MM:SS\"] [--limit N]\n"
+                       "                                           print the newest runs (100 unless --limit says)\n");
 }
 
 const char* DescribeUsageLine()

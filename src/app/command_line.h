@@ -8,10 +8,11 @@
 #include "desktop/control/control_protocol.h"
 
 struct CommandLine {
-    enum class Mode { Gui, List, CronNext, Describe, Agenda, ImportCrontab, Export, ImportJobs, Headless, Control, Help, Version, Error };
+    enum class Mode { Gui, List, CronNext, Describe, Agenda, ImportCrontab, Export, ImportJobs, History, Headless, Control, Help, Version, Error };
     Mode mode = Mode::Gui;
     std::string appDir;                  // --app-dir DIR
     std::vector<std::string> cronArgs;   // everything after --cron-next or --describe
+    std::vector<std::string> historyArgs;  // what follows --history (but --app-dir DIR)
     std::string error;                   // for Mode::Error: English, marked for the catalogue
     std::string errorArg;                // what replaces "%s" in `error`
     ControlRequest request;              // for Mode::Control (--status, --pause, ...)
@@ -29,3 +30,5 @@ const char* UsageText();
 const char* DescribeUsageLine();
 // The --agenda and --import-crontab lines, shown after the --describe line.
 const char* AgendaUsageLines();
+// The --history lines, shown before the line of --status as well.
+const char* HistoryUsageLine();

@@ -107,7 +107,7 @@ int RunHeadless(const wxString& appDir)
     if (!loadNote.empty())
         std::cerr << "cadrelle: " << loadNote.utf8_str().data() << std::endl;
     SchedulerEngine& engine = session.GetEngine();
-    const std::unique_ptr<InstanceControl> control = MakeEngineControl(session.GetScheduler(), engine);
+    const std::unique_ptr<InstanceControl> control = MakeEngineControl(session.GetScheduler(), engine, &session.History());
     ControlServer server([&control](const ControlRequest& request) { return ServeControlRequest(*control, request); },
                          [&host](std::function<void()> task) { host.Post(std::move(task)); });
     std::string controlError;

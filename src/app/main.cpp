@@ -15,6 +15,7 @@
 #include "core/clock.h"
 #include "core/cron/cron_next_command.h"
 #include "core/describe_command.h"
+#include "core/history/history_command.h"
 #include "core/i18n/ui_language.h"
 #include "core/list_command.h"
 #include "desktop/control/control_client.h"
@@ -57,7 +58,7 @@ std::string Usage()
 {
     std::string usage = Tr(UsageText());
     const std::size_t status = usage.find("       cadrelle --status");
-    usage.insert(status == std::string::npos ? usage.size() : status, Tr(DescribeUsageLine()) + Tr(AgendaUsageLines()));
+    usage.insert(status == std::string::npos ? usage.size() : status, Tr(DescribeUsageLine()) + Tr(AgendaUsageLines()) + Tr(HistoryUsageLine()));
     return usage;
 }
 
@@ -113,6 +114,11 @@ int main(int argc, char** argv)
     case CommandLine::Mode::List:
         return RunConsole(argc, argv, [&] {
             return RunListCommand(ChooseAppDir(wxString::FromUTF8(cl.appDir), ExecutableDir()), std::cout, std::cerr);
+        });
+    case CommandLine::Mode::History:
+        return RunConsole(argc, argv, [&] {
+            return RunHistoryCommand(ChooseAppDir(wxString::FromUTF8(cl.appDir), ExecutableDir()), cl.historyArgs,
+                                     std::cout, std::cerr);
         });
     case CommandLine::Mode::Headless:
         return RunConsole(argc, argv, [&] {

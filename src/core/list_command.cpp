@@ -5,6 +5,8 @@
 #include <wx/log.h>
 
 #include "core/data/scheduler_data.h"
+#include "core/history/history_command.h"
+#include "core/history/history_db.h"
 #include "core/scheduler.h"
 #include "core/session/session_context.h"
 #include "core/triggers/trigger_description.h"
@@ -54,11 +56,19 @@ int RunListCommand(const wxString& appDir, std::ostream& out, std::ostream& err)
             << ") and there is no usable fallback copy\n";
 
     out << "Jobs: " << scheduler.Jobs().size() << "\n";
-    out << "JID\tKIND\tENABLED\tDESCRIPTION\tPARAMETERS\tTRIGGERS\tASSOCIATED\n";
+    // The last result of each job, when there is a history to read.
+    std::map<std::int32_t, LastResult> last;
+    if (wxFileExists(appDir + "/history.db")) {
+        HistoryOpenResult history = OpenHistoryDb(Utf8(appDir + "/history.db"), true);
+        if (history.db)
+            last = QueryLastResults(history.db.get());
+    }
+    out << "JID\tKIND\tENABLED\tDESCRIPTION\tPARAMETERS\tTRIGGERS\tASSOCIATED\tLAST\n";
     for (const Scheduler::JobPtr& job : scheduler.Jobs()) {
         out << job->GetId() << '\t' << Cell(job->GetTypeName()) << '\t' << (job->IsEnabled() ? "yes" : "no") << '\t'
             << Cell(job->GetDescription()) << '\t' << Cell(job->GetParamText()) << '\t'
-            << Utf8(JoinIdList(job->GetTriggerIds())) << '\t' << Utf8(JoinIdList(job->GetAssociatedJids())) << "\n";
+            << Utf8(JoinIdList(job->GetTriggerIds())) << '\t' << Utf8(JoinIdList(job->GetAssociatedJids())) << '\t'
+            << LastResultText(last, job->GetId()) << "\n";
     }
     out << "Triggers: " << scheduler.Triggers().size() << "\n";
     out << "TID\tKIND\tSTATUS\tCONDITION\tPREVIOUS\tNEXT\tDESCRIPTION\n";

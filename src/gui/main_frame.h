@@ -43,9 +43,10 @@ public:
     void SwitchSilentMode();
     void SetPauseMode(bool paused);
     void SetSilentMode(bool silent);
-    // The Execute command for job `jid`; false and nothing run when no job
+    // The Execute command for job `jid` (or what `origin` names: a hot key,
+    // the command line); false and nothing run when no job
     // has that JID.
-    bool ExecuteJobById(std::int32_t jid);
+    bool ExecuteJobById(std::int32_t jid, RunOrigin origin = RunOrigin::ExecuteCommand);
     // Shows, restores and raises the window, through the password when one
     // is set. A window already shown and unlocked is only raised; while a
     // password prompt is open, that prompt comes forward instead of a second.
@@ -63,6 +64,7 @@ public:
     // The user's preferences, which the session owns.
     Preference& Prefs();
     SchedulerEngine& GetEngine();
+    AppSession& Session() { return *m_pSession; }
 
     // The window closes for good even with hideMainFrmClickCloseBtn (a
     // signal, the end of the session).

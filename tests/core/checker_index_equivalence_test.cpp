@@ -18,9 +18,9 @@ namespace {
 
 struct Recorder : TriggerCheckSink {
     std::vector<std::tuple<std::int32_t, char, std::int64_t>> events;  // JID, 'r' run / 'n' notice, moment
-    bool RunJob(const std::shared_ptr<Job>& job, std::int64_t dueMs) override
+    bool RunJob(const std::shared_ptr<Job>& job, const RunCause& cause) override
     {
-        events.emplace_back(job->GetId(), 'r', dueMs);
+        events.emplace_back(job->GetId(), 'r', cause.dueMs);
         return true;
     }
     void AdvanceNotice(const std::shared_ptr<Job>& job) override { events.emplace_back(job->GetId(), 'n', 0); }

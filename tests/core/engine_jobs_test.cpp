@@ -15,6 +15,8 @@
 #include "trigger_builders.h"
 
 #include "core/engine/scheduler_engine.h"
+#include "core/history/run_history.h"
+#include "core/history/run_report.h"
 #include "core/jobs/job_actions.h"
 #include "core/session/session_context.h"
 
@@ -159,6 +161,68 @@ TEST_F(EngineJobsTest, ShutdownCutsDelaysShortAndLeavesBehindOnlyAJobThatWillNot
     EXPECT_EQ(runs.Ids(), (std::vector<std::int32_t>{665, 555}));
     EXPECT_FALSE(log.Has("<<- [JID_555,"));  // left behind: it no longer reaches the log
     wxLog::SetActiveTarget(previous);
+}
+
+// What the engine hands the run history: every run, every run that did not
+// happen and why, with what asked for it, into a real database.
+TEST_F(EngineJobsTest, RunsAndRunsNotMadeReachTheHistory)
+{
+    TempDir dir;
+    RunHistory history(*context, dir.File("history.db"));
+    ASSERT_TRUE(history.Start());
+    context->SetRecorder(&history);
+    context->Actions().Set(NJobTypeSendTcpMsg, [this](const Job& job, SessionContext&) {
+        ReportRunDetails("connecting to 127.0.0.1:9");
+        ReportRunFailed("Connection refused");
+        runs.Add(job.GetId());
+    });
+    AddJob(1, NJobTypeSendUdpMsg, {2, 42});     // 42 does not exist
+    AddJob(2, NJobTypeSendTcpMsg);              // fails
+    AddJob(3, NJobTypeKeyTyping);               // held back in silent mode
+    AddJob(4, NJobTypeSendUdpMsg, {5}, 60000);  // 5 would be due in a minute
+    AddJob(5, NJobTypeSendUdpMsg);
+    Run(1);
+    Run(4);
+    PumpUntil(3);
+    engine.SetSilentMode(true);
+    Run(3);
+    PumpUntil(4, std::chrono::milliseconds(300));
+    engine.Shutdown();
+    context->SetRecorder(nullptr);
+    ASSERT_TRUE(history.Flush());
+
+    const struct {
+        int line;
+        std::int32_t jid;
+        RunOutcome outcome;
+        RunOrigin origin;
+        std::int32_t sourceJid;
+        NotRunReason reason;
+        std::string details;
+    } cases[] = {
+        {__LINE__, 1, RunOutcome::Succeeded, RunOrigin::ExecuteCommand, 0, NotRunReason::None, ""},
+        {__LINE__, 2, RunOutcome::Failed, RunOrigin::Chain, 1, NotRunReason::None, "Connection refused"},
+        {__LINE__, 42, RunOutcome::NotRun, RunOrigin::Chain, 1, NotRunReason::ChainedJobGone, ""},
+        {__LINE__, 3, RunOutcome::NotRun, RunOrigin::ExecuteCommand, 0, NotRunReason::SilentMode, ""},
+        {__LINE__, 4, RunOutcome::Succeeded, RunOrigin::ExecuteCommand, 0, NotRunReason::None, ""},
+        {__LINE__, 5, RunOutcome::NotRun, RunOrigin::Chain, 4, NotRunReason::ProgramEnded, ""},
+    };
+    EXPECT_EQ(history.Count(), static_cast<std::int64_t>(std::size(cases)));
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.line);
+        const std::vector<RunRecord> found = history.Query({c.jid, OutcomeFilter::All, std::nullopt, "", -1});
+        ASSERT_EQ(found.size(), 1u);
+        const RunRecord& r = found[0];
+        EXPECT_EQ(std::make_tuple(r.outcome, r.origin, r.sourceJid, r.reason, r.details),
+                  std::make_tuple(c.outcome, c.origin, c.sourceJid, c.reason, c.details));
+        // Started and ended when it ran; neither when it did not.
+        EXPECT_EQ(r.startMs != 0 && r.endMs >= r.startMs, c.outcome != RunOutcome::NotRun);
+        EXPECT_GT(r.dueMs, 0);
+    }
+    // A chained run is due after its interval.
+    const RunRecord chained = history.Query({5, OutcomeFilter::All, std::nullopt, "", 1}).at(0);
+    const RunRecord source = history.Query({4, OutcomeFilter::All, std::nullopt, "", 1}).at(0);
+    EXPECT_GE(chained.dueMs, source.endMs + 60000);
 }
 
 // Two schedulers in one process, each with its own clock and actions: a

@@ -49,11 +49,11 @@ namespace {
 struct RecordingSink : TriggerCheckSink {
     std::vector<std::int32_t> runs;
     std::vector<std::int32_t> notices;
-    std::vector<std::int64_t> moments;
-    bool RunJob(const std::shared_ptr<Job>& job, std::int64_t dueMs) override
+    std::vector<RunCause> causes;
+    bool RunJob(const std::shared_ptr<Job>& job, const RunCause& cause) override
     {
         runs.push_back(job->GetId());
-        moments.push_back(dueMs);
+        causes.push_back(cause);
         return true;
     }
     void AdvanceNotice(const std::shared_ptr<Job>& job) override { notices.push_back(job->GetId()); }
@@ -91,8 +91,12 @@ TEST_F(CheckerPassTest, OnlyTheThreadOfItsTidChecksATriggerAndNotWhileItIsEdited
     s.Triggers()[0]->SetEditing(false);
     CheckTriggerShare(s, 4, 1, sink);
     EXPECT_EQ(sink.runs, (std::vector<std::int32_t>{0}));
+    ASSERT_EQ(sink.causes.size(), 1u);  // the history names the trigger and its kind
     // Fired 100 ms ahead, the run carries the moment itself to wait for.
-    EXPECT_EQ(sink.moments, (std::vector<std::int64_t>{moment.GetValue().GetValue()}));
+    EXPECT_EQ(std::make_tuple(sink.causes[0].origin, sink.causes[0].tid, sink.causes[0].triggerKind,
+                              sink.causes[0].dueMs),
+              std::make_tuple(RunOrigin::Trigger, 5, static_cast<std::int32_t>(NTriggerTypeSpecTime),
+                              moment.GetValue().GetValue()));
     EXPECT_TRUE(s.Changes().IsDataChanged());
     EXPECT_EQ(s.Changes().GetDataChangedTime(), clock.Now());
     // Finished: never looked at again.

@@ -48,9 +48,11 @@ TEST(ControlProtocol, AnswersAndStatusLines)
     local.tm_year = 126, local.tm_mday = 15, local.tm_hour = 8, local.tm_min = 5, local.tm_sec = 9, local.tm_isdst = -1;
     InstanceStatus status{true, false, 3, 5, true, static_cast<std::int64_t>(std::mktime(&local)), 12};
     EXPECT_EQ(FormatStatus(status),
-              "state: paused\nsilent: off\njobs: 3\ntriggers: 5\nnext: 2026-01-15 08:05:09 JID 12\n");
-    status = InstanceStatus{false, true, 0, 0, false, 0, 0};
-    EXPECT_EQ(FormatStatus(status), "state: running\nsilent: on\njobs: 0\ntriggers: 0\nnext: none\n");
+              "state: paused\nsilent: off\njobs: 3\ntriggers: 5\nnext: 2026-01-15 08:05:09 JID 12\n"
+              "last failure: none\n");
+    status = InstanceStatus{false, true, 0, 0, false, 0, 0, "2026-01-15 08:00:00 JID 4 Backup: disk full"};
+    EXPECT_EQ(FormatStatus(status), "state: running\nsilent: on\njobs: 0\ntriggers: 0\nnext: none\n"
+                                    "last failure: 2026-01-15 08:00:00 JID 4 Backup: disk full\n");
 }
 
 TEST(HotKeyPlan, PreferenceValuesBecomeGrabs)

@@ -105,7 +105,7 @@ TEST(CommandLineControl, SteersTheRunningHeadlessInstanceAndNobodyElses)
     // The disabled job's earlier trigger is not the next firing.
     const std::string status = Cadrelle(home, {"--status"});
     EXPECT_TRUE(std::regex_match(status, std::regex("0 state: running\nsilent: on\njobs: 2\ntriggers: 2\n"
-                                                    "next: \\d{4}-\\d\\d-\\d\\d 12:00:00 JID 0\n")))
+                                                    "next: \\d{4}-\\d\\d-\\d\\d 12:00:00 JID 0\nlast failure: none\n")))
         << status;
     EXPECT_EQ(Cadrelle(home, {"--run", "77"}), "2 No job with JID 77.\n");
     EXPECT_EQ(Cadrelle(home, {"--silent", "off"}), "0 ");

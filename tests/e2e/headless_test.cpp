@@ -14,6 +14,8 @@
 #include <wx/filename.h>
 
 #include "core/data/scheduler_data.h"
+#include "core/history/history_db.h"
+#include "core/history/history_query.h"
 #include "core/scheduler.h"
 #include "e2e_support.h"
 
@@ -84,6 +86,20 @@ TEST(Headless, FiresOnTimeChainsAndSavesTheAdvancedTimesOnSigterm)
     EXPECT_GT(prev.GetYear(), 1999);
     EXPECT_EQ(prev.GetSecond() % 2, 0);
     EXPECT_LT((wxDateTime::Now() - prev).GetSeconds().ToLong(), 10);
+
+    // Each run is in the history with what asked for it and what it did.
+    HistoryOpenResult history = OpenHistoryDb(dir.File("app/history.db").utf8_string(), true);
+    ASSERT_TRUE(history.db) << history.error;
+    const std::vector<RunRecord> ticks_ = QueryRuns(history.db.get(), {1, OutcomeFilter::All, std::nullopt, "", -1});
+    const std::vector<RunRecord> tocks = QueryRuns(history.db.get(), {2, OutcomeFilter::All, std::nullopt, "", -1});
+    ASSERT_GE(ticks_.size(), 3u);
+    ASSERT_FALSE(tocks.empty());
+    for (const RunRecord& r : ticks_) {
+        EXPECT_EQ(std::make_tuple(r.origin, r.tid, r.triggerKind, r.outcome, r.description),
+                  std::make_tuple(RunOrigin::Trigger, 2, 2, RunOutcome::Succeeded, std::string("tick")));
+        EXPECT_EQ(r.details, "4 bytes sent to 127.0.0.1:" + std::to_string(ntohs(addr.sin_port)));
+    }
+    EXPECT_EQ(std::make_tuple(tocks[0].origin, tocks[0].sourceJid), std::make_tuple(RunOrigin::Chain, 1));
 }
 
 // Preferences that cannot be read are kept aside before the run writes any,

@@ -123,6 +123,6 @@ TEST(ImportCrontab, UserTimersJoinThePreview)
     const ProcessResult imported = RunProcess({CADRELLE_BINARY, "--import-crontab", "--app-dir", app}, environment, 30000);
     EXPECT_EQ(imported.status, 0) << imported.err;
     const ProcessResult list = RunProcess({CADRELLE_BINARY, "--list", "--app-dir", app}, environment, 30000);
-    EXPECT_NE(list.out.find("0\tRun Command\tyes\tTidy\ttidy --old\t1,2\t\n"), std::string::npos) << list.out;
+    EXPECT_NE(list.out.find("0\tRun Command\tyes\tTidy\ttidy --old\t1,2\t\t-\n"), std::string::npos) << list.out;
     EXPECT_NE(list.out.find("\tWith Start\t"), std::string::npos) << list.out;
 }

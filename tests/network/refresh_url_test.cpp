@@ -54,8 +54,11 @@ TEST_F(RefreshUrlJob, FailuresAreLoggedAsFailed)
     };
     for (const auto& [url, failure] : cases) {
         SCOPED_TRACE(url);
-        RunJob(NJobTypeRefreshUrl, {url}, 9);
+        RunReport report;
+        RunJob(NJobTypeRefreshUrl, {url}, 9, "Test job", HarnessContext(), &report);
+        EXPECT_EQ(report.outcome, RunOutcome::Failed);
         ASSERT_FALSE(log.Lines().empty());
+        EXPECT_TRUE(log.Lines().back().Contains(wxString::FromUTF8(report.details))) << report.details;
         EXPECT_TRUE(log.Lines().back().Contains("<<- [JID_9, WebReqID_")) << log.Lines().back();
         EXPECT_TRUE(log.Lines().back().Contains(failure)) << log.Lines().back();
     }

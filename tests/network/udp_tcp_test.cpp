@@ -59,8 +59,12 @@ TEST_F(TcpJob, SendsEveryByteWithItsLogLinesInOrder)
     std::string hex;  // 300000 times "78 ": "x" as a HEX message
     for (int i = 0; i < 300000; ++i)
         hex += "78 ";
-    RunJob(NJobTypeSendTcpMsg, {wxString(hex), "1", "127.0.0.1", PortText(server.Port())}, 7);
+    RunReport report;
+    RunJob(NJobTypeSendTcpMsg, {wxString(hex), "1", "127.0.0.1", PortText(server.Port())}, 7, "Test job",
+           HarnessContext(), &report);
     EXPECT_EQ(server.Received(1), std::vector<std::string>{std::string(300000, 'x')});
+    EXPECT_EQ(report.outcome, RunOutcome::Succeeded);
+    EXPECT_EQ(report.details, "300000 bytes sent to 127.0.0.1:" + PortText(server.Port()).utf8_string());
     const std::vector<wxString> lines = log.Lines();
     const char* expected[] = {"--- [JID: 7] Connecting......", "--- [JID: 7] Connected. Sending 300000 bytes of data",
                               "--- [JID: 7] Written 300000 bytes, 0 bytes to do"};
@@ -81,9 +85,13 @@ TEST_F(TcpJob, ARefusedConnectionOrBadAddressIsLoggedAfterConnecting)
     for (const auto& [params, line] : cases) {
         SCOPED_TRACE(line);
         const std::size_t before = log.Lines().size();
-        RunJob(NJobTypeSendTcpMsg, params);
+        RunReport report;
+        RunJob(NJobTypeSendTcpMsg, params, 7, "Test job", HarnessContext(), &report);
+        // The history keeps the socket's reason as the failure.
+        EXPECT_EQ(report.outcome, RunOutcome::Failed);
         const std::vector<wxString> lines = log.Lines();
         ASSERT_EQ(lines.size(), before + 2);
+        EXPECT_TRUE(lines[before + 1].Contains(wxString::FromUTF8(report.details))) << report.details;
         EXPECT_TRUE(lines[before].EndsWith("Connecting......"));
         EXPECT_TRUE(lines[before + 1].Contains(line)) << lines[before + 1];
     }

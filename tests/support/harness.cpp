@@ -91,8 +91,10 @@ SessionContext& HarnessContext()
 }
 
 wxString RunJob(std::uint32_t kind, const ParamList& params, std::int32_t jid, const wxString& description,
-                SessionContext& context)
+                SessionContext& context, RunReport* report)
 {
+    RunReport unused;
+    const RunReportScope scope(report ? *report : unused);
     std::unique_ptr<Job> job = CreateJob(kind);
     if (!job) {
         ADD_FAILURE() << "no job of kind " << kind;

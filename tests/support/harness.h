@@ -18,6 +18,7 @@
 
 #include "../core/test_support.h"
 #include "captured_log.h"
+#include "core/history/run_report.h"
 #include "core/jobs/job.h"
 #include "core/session/session_context.h"
 #include "core/user_messages.h"
@@ -129,6 +130,8 @@ private:
 };
 
 // Runs a job of `kind` on the calling thread, as a job thread does, with
-// the actions registered in the harness context; returns its summary.
+// the actions registered in the harness context; returns its summary. What
+// the action reports for the run history goes to `report` when given.
 wxString RunJob(std::uint32_t kind, const ParamList& params = {}, std::int32_t jid = 7,
-                const wxString& description = "Test job", SessionContext& context = HarnessContext());
+                const wxString& description = "Test job", SessionContext& context = HarnessContext(),
+                RunReport* report = nullptr);

@@ -14,6 +14,8 @@
 #include <mutex>
 #include <vector>
 
+#include "core/history/run_record.h"
+
 class Job;
 
 struct EngineRequest {
@@ -22,9 +24,9 @@ struct EngineRequest {
     std::shared_ptr<Job> job;  // RunJob, AdvanceNotice
     std::int32_t jid = 0;      // RunJobById (chained jobs are looked up on the main thread)
     int delayMs = 0;
-    // The trigger's moment: the run waits for it (checks fire up to 200 ms
-    // ahead). 0 for a run asked for now.
-    std::int64_t dueMs = 0;
+    // What asked for the run (the history); for a trigger, `cause.dueMs` is
+    // its moment, which the run waits for (checks fire up to 200 ms ahead).
+    RunCause cause;
 };
 
 class EngineMailbox {

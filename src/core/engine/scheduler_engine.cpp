@@ -194,12 +194,14 @@ void SchedulerEngine::Shutdown(int jobWaitMs)
     m_jobThreads.clear();
 }
 
-bool SchedulerEngine::RunJob(const std::shared_ptr<Job>& job, std::int64_t dueMs)
+bool SchedulerEngine::RunJob(const std::shared_ptr<Job>& job, const RunCause& cause)
 {
     EngineRequest request;
     request.kind = EngineRequest::Kind::RunJob;
     request.job = job;
-    request.dueMs = dueMs;
+    request.cause = cause;
+    if (request.cause.dueMs == 0)
+        request.cause.dueMs = m_context->GetClock().NowMs();
     return m_mailbox->Post(std::move(request));
 }
 
@@ -222,21 +224,29 @@ void SchedulerEngine::ProcessRequests()
             auto lock = m_scheduler.ReadLock();
             job = m_scheduler.GetJobById(request.jid);
         }
-        if (!job)
+        if (!job) {
+            // Only a chain names a job that may have gone (the history says so).
+            if (request.kind == EngineRequest::Kind::RunJobById && request.cause.origin == RunOrigin::Chain) {
+                RunRecord record = RecordFor(request.cause, request.jid, 0, {});
+                record.outcome = RunOutcome::NotRun;
+                record.reason = NotRunReason::ChainedJobGone;
+                m_context->Recorder().Record(std::move(record));
+            }
             continue;
+        }
         if (request.kind == EngineRequest::Kind::AdvanceNotice)
             m_host.AdvanceNotice(*job);
         else
-            Launch(job, request.delayMs, request.dueMs);
+            Launch(job, request.delayMs, request.cause);
     }
 }
 
-void SchedulerEngine::Launch(const std::shared_ptr<Job>& job, int delayMs, std::int64_t dueMs)
+void SchedulerEngine::Launch(const std::shared_ptr<Job>& job, int delayMs, const RunCause& cause)
 {
     if (m_bShutDown)
         return;
     if (m_jobThreads.size() < kMaxJobThreads && m_waiting.empty()) {
-        StartJob(job, delayMs, dueMs);
+        StartJob(job, delayMs, cause);
         return;
     }
     // A burst larger than the threads we allow: the excess waits its turn.
@@ -249,7 +259,7 @@ void SchedulerEngine::Launch(const std::shared_ptr<Job>& job, int delayMs, std::
         m_bToldWaiting = true;
         wxLogMessage("%d ### %zu job threads run: further runs wait for one to end", LogMs(), m_jobThreads.size());
     }
-    m_waiting.push_back({job, delayMs, dueMs});
+    m_waiting.push_back({job, delayMs, cause});
 }
 
 void SchedulerEngine::ReapJobThreads()
@@ -265,13 +275,13 @@ void SchedulerEngine::ReapJobThreads()
     while (!m_bShutDown && !m_waiting.empty() && m_jobThreads.size() < kMaxJobThreads) {
         WaitingRun run = std::move(m_waiting.front());
         m_waiting.pop_front();
-        StartJob(run.job, run.delayMs, run.dueMs);
+        StartJob(run.job, run.delayMs, run.cause);
     }
     if (m_waiting.empty())
         m_bToldWaiting = false;
 }
 
-void SchedulerEngine::StartJob(const std::shared_ptr<Job>& job, int delayMs, std::int64_t dueMs)
+void SchedulerEngine::StartJob(const std::shared_ptr<Job>& job, int delayMs, const RunCause& cause)
 {
     JobRun run;
     {
@@ -279,7 +289,7 @@ void SchedulerEngine::StartJob(const std::shared_ptr<Job>& job, int delayMs, std
         run.job = CopyJob(*job);
     }
     run.delayMs = delayMs;
-    run.dueMs = dueMs;
+    run.cause = cause;
     const std::uint64_t token = m_mailbox->JobThreadStarted(job->GetId());
     try {
         m_jobThreads.emplace(token, StartJobThread(std::move(run), token, m_mailbox, m_context));

@@ -93,7 +93,9 @@ public:
     void ProcessRequests();
 
     // TriggerCheckSink (checker threads)
-    bool RunJob(const std::shared_ptr<Job>& job, std::int64_t dueMs = 0) override;
+    // Also the Execute command, hot keys and the command line, which say
+    // so in `cause`.
+    bool RunJob(const std::shared_ptr<Job>& job, const RunCause& cause = {}) override;
     void AdvanceNotice(const std::shared_ptr<Job>& job) override;
 
 private:
@@ -111,15 +113,15 @@ private:
     void StartCheckerThreads();
     void StopCheckerThreads();
     void CheckerLoop(std::size_t count, std::size_t index, const std::shared_ptr<CheckerStop>& stop);
-    void Launch(const std::shared_ptr<Job>& job, int delayMs, std::int64_t dueMs);
-    void StartJob(const std::shared_ptr<Job>& job, int delayMs, std::int64_t dueMs);
+    void Launch(const std::shared_ptr<Job>& job, int delayMs, const RunCause& cause);
+    void StartJob(const std::shared_ptr<Job>& job, int delayMs, const RunCause& cause);
     // Joins the job threads that ended; starts waiting runs in their place.
     void ReapJobThreads();
 
     struct WaitingRun {
         std::shared_ptr<Job> job;
         int delayMs;
-        std::int64_t dueMs;
+        RunCause cause;
     };
 
     Scheduler& m_scheduler;

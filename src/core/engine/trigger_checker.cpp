@@ -26,7 +26,12 @@ void CheckTrigger(Scheduler& scheduler, Trigger& trigger, TriggerCheckSink& sink
         const auto& owner = scheduler.GetTriggerOwner(trigger.GetTid());
         // The moment it fired for: PREVFIRE now holds it (or now, for a
         // firing made up).
-        if (owner && owner->IsEnabled() && sink.RunJob(owner, trigger.GetPrevFire().GetValue().GetValue()))
+        RunCause cause;
+        cause.origin = RunOrigin::Trigger;
+        cause.tid = static_cast<std::int32_t>(trigger.GetTid());
+        cause.triggerKind = static_cast<std::int32_t>(trigger.GetType());
+        cause.dueMs = trigger.GetPrevFire().GetValue().GetValue();
+        if (owner && owner->IsEnabled() && sink.RunJob(owner, cause))
             scheduler.Changes().MarkChangedByFiring(scheduler.Context().GetClock().Now());
     } else if (!trigger.IsNoticeGiven() && trigger.IsDue(kNoticeSeconds)) {
         const auto& owner = scheduler.GetTriggerOwner(trigger.GetTid());

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "core/history/run_record.h"
+
 class Job;
 class Scheduler;
 class Trigger;
@@ -20,9 +22,10 @@ constexpr int kNoticeSeconds = 300;
 class TriggerCheckSink {
 public:
     virtual ~TriggerCheckSink() = default;
-    // A firing trigger's enabled job, to start at `dueMs` (the trigger's
-    // moment; 0: now); true when the request was queued.
-    virtual bool RunJob(const std::shared_ptr<Job>& job, std::int64_t dueMs) = 0;
+    // A firing trigger's enabled job; true when the request was queued.
+    // `cause` names the trigger and its moment (`dueMs`), which the run
+    // waits for.
+    virtual bool RunJob(const std::shared_ptr<Job>& job, const RunCause& cause) = 0;
     // The job of a trigger due within the notice period (warn-before-run set).
     virtual void AdvanceNotice(const std::shared_ptr<Job>& job) = 0;
 };

@@ -37,6 +37,9 @@ const std::vector<std::pair<const char*, const char*>>& Preference::Defaults()
         {"tColWidthPrevTime", "150"},    {"tColWidthNextTime", "150"},     {"tColWidthStartTime", "150"},
         {"tColWidthEndTime", "150"},     {"tColWidthCondition", "80"},     {"colSortIndex", "0"},
         {"colSortDir", "4096"},
+        // The run history: how long and how many runs it keeps, and whether
+        // a failure becomes a desktop notification.
+        {"historyKeepDays", "90"},       {"historyMaxRuns", "200000"},     {"historyNotifyFailures", "1"},
     };
     return table;
 }

@@ -19,8 +19,14 @@ void SessionContext::SetIdleTimeSource(IdleTimeSource* source)
     m_idle.store(source ? source : &m_noIdleTime, std::memory_order_release);
 }
 
+void SessionContext::SetRecorder(RunRecorder* recorder)
+{
+    m_recorder.store(recorder ? recorder : &m_noRecorder, std::memory_order_release);
+}
+
 void SessionContext::Detach()
 {
+    SetRecorder(nullptr);
     SetSettings(nullptr);
     SetMessages(nullptr);
     SetIdleTimeSource(nullptr);

@@ -114,14 +114,15 @@ std::string FormatStatus(const InstanceStatus& status)
     text += std::string("silent: ") + (status.silent ? "on" : "off") + "\n";
     text += "jobs: " + std::to_string(status.jobs) + "\n";
     text += "triggers: " + std::to_string(status.triggers) + "\n";
+    const std::string failure = "last failure: " + (status.lastFailure.empty() ? "none" : status.lastFailure) + "\n";
     if (!status.hasNext)
-        return text + "next: none\n";
+        return text + "next: none\n" + failure;
     const std::time_t seconds = static_cast<std::time_t>(status.nextSeconds);
     std::tm local{};
     cron::LocalTm(seconds, local);
     char moment[32];
     std::strftime(moment, sizeof moment, "%Y-%m-%d %H:%M:%S", &local);
-    return text + "next: " + moment + " JID " + std::to_string(status.nextJid) + "\n";
+    return text + "next: " + moment + " JID " + std::to_string(status.nextJid) + "\n" + failure;
 }
 
 std::string UnknownJobText(std::int32_t jid)

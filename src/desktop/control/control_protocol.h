@@ -35,6 +35,7 @@ struct InstanceStatus {
     bool hasNext = false;
     std::int64_t nextSeconds = 0;  // seconds since the epoch, shown in local time
     std::int32_t nextJid = 0;
+    std::string lastFailure;  // the run history's last failed run in one line ("none")
 };
 
 // Exit statuses of the client.

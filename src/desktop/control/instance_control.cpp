@@ -1,6 +1,8 @@
 #include "desktop/control/instance_control.h"
 
 #include "core/engine/scheduler_engine.h"
+#include "core/history/history_command.h"
+#include "core/history/run_history.h"
 #include "core/scheduler.h"
 
 ControlAnswer ServeControlRequest(InstanceControl& control, const ControlRequest& request)
@@ -43,9 +45,11 @@ ControlAnswer ServeControlRequest(InstanceControl& control, const ControlRequest
     return answer;
 }
 
-InstanceStatus CollectStatus(const Scheduler& scheduler, const SchedulerEngine& engine)
+InstanceStatus CollectStatus(const Scheduler& scheduler, const SchedulerEngine& engine, RunHistory* history)
 {
     InstanceStatus status;
+    if (history)
+        status.lastFailure = LastFailureText(history->LastFailure());
     status.paused = engine.IsPaused();
     status.silent = engine.IsSilentMode();
     const auto lock = scheduler.ReadLock();
@@ -73,9 +77,12 @@ namespace {
 
 class EngineControl final : public InstanceControl {
 public:
-    EngineControl(Scheduler& scheduler, SchedulerEngine& engine) : m_scheduler(scheduler), m_engine(engine) {}
+    EngineControl(Scheduler& scheduler, SchedulerEngine& engine, RunHistory* history)
+        : m_scheduler(scheduler), m_engine(engine), m_history(history)
+    {
+    }
 
-    InstanceStatus Status() override { return CollectStatus(m_scheduler, m_engine); }
+    InstanceStatus Status() override { return CollectStatus(m_scheduler, m_engine, m_history); }
     bool SetPaused(bool paused) override
     {
         if (!m_engine.IsStarted())
@@ -93,18 +100,22 @@ public:
             job = m_scheduler.GetJobById(jid);
         }
         // At once, enabled or not, as the window's Execute command runs it.
-        return job && m_engine.RunJob(job);
+        RunCause cause;
+        cause.origin = RunOrigin::CommandLine;
+        return job && m_engine.RunJob(job, cause);
     }
     bool Show() override { return false; }
 
 private:
     Scheduler& m_scheduler;
     SchedulerEngine& m_engine;
+    RunHistory* m_history;
 };
 
 }  // namespace
 
-std::unique_ptr<InstanceControl> MakeEngineControl(Scheduler& scheduler, SchedulerEngine& engine)
+std::unique_ptr<InstanceControl> MakeEngineControl(Scheduler& scheduler, SchedulerEngine& engine,
+                                                   RunHistory* history)
 {
-    return std::make_unique<EngineControl>(scheduler, engine);
+    return std::make_unique<EngineControl>(scheduler, engine, history);
 }

@@ -8,6 +8,7 @@
 
 #include "desktop/control/control_protocol.h"
 
+class RunHistory;
 class Scheduler;
 class SchedulerEngine;
 
@@ -27,9 +28,11 @@ public:
 // Carries one request out and words the answer.
 ControlAnswer ServeControlRequest(InstanceControl& control, const ControlRequest& request);
 
-// The counts and the next firing of a scheduler, with the engine's modes.
-InstanceStatus CollectStatus(const Scheduler& scheduler, const SchedulerEngine& engine);
+// The counts and the next firing of a scheduler, with the engine's modes and
+// the history's last failure (when there is a history).
+InstanceStatus CollectStatus(const Scheduler& scheduler, const SchedulerEngine& engine, RunHistory* history);
 
 // The headless runner's side: pause through the engine, run as the Execute
 // command does, and no window.
-std::unique_ptr<InstanceControl> MakeEngineControl(Scheduler& scheduler, SchedulerEngine& engine);
+std::unique_ptr<InstanceControl> MakeEngineControl(Scheduler& scheduler, SchedulerEngine& engine,
+                                                   RunHistory* history);

@@ -3,6 +3,7 @@
 #include <wx/log.h>
 
 #include "core/core_log.h"
+#include "core/history/run_report.h"
 #include "core/jobs/job.h"
 #include "core/jobs/job_actions.h"
 #include "core/settings_lookup.h"
@@ -42,6 +43,10 @@ bool HasScheme(const wxString& text)
 void Report(const Job& job, SessionContext& context, const LaunchOutcome& outcome, const wxString& target, const wxString& failureLine)
 {
     const int jid = job.GetId();
+    if (outcome.ok)
+        ReportRunDetails(wxString::Format("%s (%s)", target, outcome.started));
+    else
+        ReportRunFailed(outcome.reason);
     if (outcome.ok) {
         wxLogMessage("%d --- [JID_%d] Started %s for \"%s\"", LogMs(), jid, outcome.started, target);
         if (!outcome.note.empty())
@@ -70,6 +75,7 @@ bool RefuseEmpty(const Job& job, SessionContext& context, const wxString& target
     if (!target.empty())
         return false;
     wxLogMessage("%d --- [JID_%d] Nothing to do: %s is empty", LogMs(), job.GetId(), what);
+    ReportRunFailed(_("Nothing to do: a required parameter is empty"));
     return true;
 }
 

@@ -3,6 +3,7 @@
 #include <wx/log.h>
 
 #include "core/core_log.h"
+#include "core/history/run_report.h"
 #include "core/jobs/job.h"
 #include "core/jobs/job_actions.h"
 #include "core/translate.h"
@@ -32,7 +33,10 @@ void SendUdpMessage(const Job& job, SessionContext& context)
     }
     const std::vector<wxString> addresses = SplitAddressList(job.GetParamAt(3));
     if (addresses.empty())
+    {
         wxLogMessage("%d --- [JID: %d] The IP address list is empty; nothing sent", LogMs(), jid);
+        ReportRunFailed(_("Nothing to do: a required parameter is empty"));
+    }
     for (const wxString& address : addresses)
         SendUdpTo(jid, address, *port, payload);
 }
@@ -62,6 +66,7 @@ void WakeOnLan(const Job& job, SessionContext& context)
         context.Messages().ShowJobFailure(
             static_cast<std::uint32_t>(job.GetId()),
             JobFailureText(text, job.GetId(), job.GetDescription(), context.GetClock().Now()));
+        ReportRunFailed(text);
         return;
     }
     const wxString portText = job.GetParamAt(1);

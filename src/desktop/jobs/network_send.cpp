@@ -3,12 +3,20 @@
 #include <wx/log.h>
 
 #include "core/core_log.h"
+#include "core/history/run_report.h"
 #include "desktop/jobs/net_socket.h"
 
 namespace {
 
+void ReportSent(std::size_t count, const wxString& host, std::uint16_t port)
+{
+    ReportRunDetails(wxString::Format(wxPLURAL("%zu byte sent to %s:%u", "%zu bytes sent to %s:%u", count), count,
+                                      host, static_cast<unsigned>(port)));
+}
+
 void LogFailure(int jid, const NetFailure& failure)
 {
+    ReportRunFailed(failure.detail);
     wxLogMessage("%d --- [JID: %d] wxSocketError code: %d (%s)", LogMs(), jid, static_cast<int>(failure.code),
                  failure.detail);
 }
@@ -19,6 +27,7 @@ bool SendDatagram(int jid, const NetPeer& peer, bool broadcast, const ByteVector
     std::unique_ptr<UdpSocket> socket = OpenUdpSocket(peer.ipv6, broadcast, &failure);
     if (!socket) {
         wxLogMessage("%d --- [JID: %d] ERROR: failed to create UDP socket: %s", LogMs(), jid, failure.detail);
+        ReportRunFailed(failure.detail);
         return false;
     }
     const NetEndpoint local = socket->Local();
@@ -30,6 +39,7 @@ bool SendDatagram(int jid, const NetPeer& peer, bool broadcast, const ByteVector
         LogFailure(jid, failure);
         return false;
     }
+    ReportSent(bytes.size(), peer.host, peer.port);
     return true;
 }
 
@@ -82,5 +92,6 @@ bool SendTcp(int jid, const wxString& address, std::uint16_t port, const ByteVec
         LogFailure(jid, failure);
         return false;
     }
+    ReportSent(bytes.size(), peer.host, peer.port);
     return true;
 }

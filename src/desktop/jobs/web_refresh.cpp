@@ -8,6 +8,7 @@
 #include <wx/log.h>
 
 #include "core/core_log.h"
+#include "core/history/run_report.h"
 
 namespace {
 
@@ -60,6 +61,7 @@ struct ListDeleter {
 
 void LogFailed(const Transfer& transfer, const wxString& why)
 {
+    ReportRunFailed(why);
     wxLogMessage("%d <<- [JID_%d, WebReqID_%d] Failed: %s <<<<<<", LogMs(), transfer.jid, transfer.requestId, why);
 }
 
@@ -89,6 +91,7 @@ void WebRequests::Refresh(int jid, const wxString& url, const WebRequestTimeouts
     const std::unique_ptr<curl_slist, ListDeleter> headers(list);
     if (!easy || !headers) {
         wxLogMessage("%d --- [JID_%d] Creater wxWebRequest is failed", LogMs(), jid);
+        ReportRunFailed("curl_easy_init");
         return;
     }
 
@@ -126,6 +129,7 @@ void WebRequests::Refresh(int jid, const wxString& url, const WebRequestTimeouts
 
     if (result == CURLE_ABORTED_BY_CALLBACK) {
         wxLogMessage("%d <<- [JID_%d, WebReqID_%d] Cancelled <<<<<<", LogMs(), jid, transfer.requestId);
+        ReportRunFailed(_("Cancelled when Cadrelle ended"));
         return;
     }
     if (result != CURLE_OK) {
@@ -144,4 +148,5 @@ void WebRequests::Refresh(int jid, const wxString& url, const WebRequestTimeouts
         return;
     }
     wxLogMessage("%d <<- [JID_%d, WebReqID_%d] Completed <<<<<<", LogMs(), jid, transfer.requestId);
+    ReportRunDetails(wxString::Format("HTTP %ld %s", status, url));
 }

@@ -6,6 +6,7 @@
 
 #include "core/core_log.h"
 #include "core/data/atomic_file.h"
+#include "core/history/run_history.h"
 #include "core/log/weekday_log.h"
 #include "core/prefs/preference.h"
 #include "desktop/desktop_actions.h"
@@ -52,6 +53,16 @@ void AppSession::Start(EngineHost& host, UserMessages* messages)
     m_pIdleTime = CreatePlatformIdleTimeSource();
     m_context->SetIdleTimeSource(m_pIdleTime.get());
     m_loadReport = LoadSchedulerData(*m_pScheduler);
+    // Before the engine, so that no run goes unrecorded; a history that
+    // cannot be opened has told the user and keeps trying.
+    m_pHistory = std::make_unique<RunHistory>(*m_context, m_appDir + "/history.db");
+    m_pHistory->Start();
+    m_context->SetRecorder(m_pHistory.get());
+    wxString limitsProblem;
+    HistoryLimitsFromSettings(*m_context, &limitsProblem);
+    if (!limitsProblem.empty())
+        wxLogMessage("%d --- %s", LogMs(), limitsProblem.Trim());
+    m_lastPruneMs = m_startedMs - kHistoryPruneMs;  // the first housekeeping prunes
     m_pJobs = RegisterDesktopJobActions(m_context->Actions());
     m_pEngine = std::make_unique<SchedulerEngine>(*m_pScheduler, m_context, host);
 }
@@ -74,6 +85,10 @@ AppSession::TickResult AppSession::Tick()
                          static_cast<long long>(now - m_lastHousekeepingMs));
         m_lastHousekeepingMs = now;
         SaveWhenDue(*m_pScheduler);
+        if (now - m_lastPruneMs >= kHistoryPruneMs) {
+            m_lastPruneMs = now;
+            m_pHistory->Prune(now, HistoryLimitsFromSettings(*m_context));
+        }
         result.housekeepingRan = true;
     }
     if (now - m_lastLoggingMs >= WeekdayLog::kTimerPeriodMs) {
@@ -94,6 +109,10 @@ void AppSession::StopInOrder(const wxString& firstLine, const std::function<void
     // Checker threads stop and are waited for before anything is saved; web
     // requests still running end as "Cancelled".
     m_pEngine->Shutdown();
+    // Job threads still running were cut off by the shutdown: nothing
+    // records any more, and what was recorded is written now.
+    m_context->SetRecorder(nullptr);
+    m_pHistory->Stop();
     CancelDesktopJobs(*m_pJobs);
     m_pScheduler->Changes().MarkChanged();
     m_bFinalSaveOk = SaveSchedulerData(*m_pScheduler, true) != DataSaveResult::Failed;

@@ -5,8 +5,9 @@
 // brought up and taken down in one fixed order. The main window and
 // `--headless` both own one and drive it with Tick(); main thread only.
 //
-// Start(): folder, log (start banner), preferences, data file, job kinds,
-// engine. Stop(): checker threads stopped and waited for, web requests
+// Start(): folder, log (start banner), preferences, data file, run history,
+// job kinds, engine. Stop(): checker threads stopped and waited for, the run
+// history written and closed, web requests
 // cancelled, data saved forcibly, preferences saved, the caller's own
 // release step, end banner.
 
@@ -22,6 +23,7 @@
 #include "core/session/session_context.h"
 
 class DesktopJobs;
+class RunHistory;
 class Preference;
 class WeekdayLog;
 
@@ -33,6 +35,8 @@ public:
     static constexpr int kHousekeepingMs = 1000;
     // How often the owner should call Tick().
     static constexpr int kTickMs = 100;
+    // How often housekeeping prunes the run history.
+    static constexpr int kHistoryPruneMs = 60000;
 
     explicit AppSession(const wxString& appDir);
     // Stops the session if the owner did not.
@@ -70,6 +74,8 @@ public:
     Preference& Prefs() { return *m_pPrefs; }
     Scheduler& GetScheduler() { return *m_pScheduler; }
     SchedulerEngine& GetEngine() { return *m_pEngine; }
+    // The run history (history.db in the application folder).
+    RunHistory& History() { return *m_pHistory; }
     const DataLoadReport& LoadReport() const { return m_loadReport; }
     // False when the final save could not write the data file (already told).
     bool FinalSaveSucceeded() const { return m_bFinalSaveOk; }
@@ -84,11 +90,13 @@ private:
     std::unique_ptr<WeekdayLog> m_pLog;
     std::unique_ptr<Scheduler> m_pScheduler;
     std::unique_ptr<DesktopJobs> m_pJobs;
+    std::unique_ptr<RunHistory> m_pHistory;
     std::unique_ptr<SchedulerEngine> m_pEngine;
     DataLoadReport m_loadReport;
     std::int64_t m_startedMs = 0;
     std::int64_t m_lastHousekeepingMs = 0;
     std::int64_t m_lastLoggingMs = 0;
+    std::int64_t m_lastPruneMs = 0;
     bool m_bStarted = false;
     bool m_bStopped = false;
     bool m_bFinalSaveOk = true;

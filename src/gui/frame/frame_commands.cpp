@@ -91,11 +91,13 @@ Scheduler::JobPtr CadrelleFrame::LookUpJob(std::int32_t jid) const
     return m_pSession->GetScheduler().GetJobById(jid);
 }
 
-bool CadrelleFrame::ExecuteJobById(std::int32_t jid)
+bool CadrelleFrame::ExecuteJobById(std::int32_t jid, RunOrigin origin)
 {
     const Scheduler::JobPtr job = LookUpJob(jid);
     // Runs whether the job is enabled or not: the user asked for it.
-    if (!job || !m_pSession->GetEngine().RunJob(job))
+    RunCause cause;
+    cause.origin = origin;
+    if (!job || !m_pSession->GetEngine().RunJob(job, cause))
         return false;
     m_pSession->GetEngine().ProcessRequests();
     return true;

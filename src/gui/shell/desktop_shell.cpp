@@ -13,6 +13,7 @@
 #include "desktop/control/control_server.h"
 #include "desktop/control/instance_control.h"
 #include "desktop/hotkey_plan.h"
+#include "desktop/session/app_session.h"
 #include "gui/main_frame.h"
 #include "gui/shell/global_hotkeys.h"
 #include "gui/shell/notice_window.h"
@@ -39,14 +40,17 @@ wxString PortalDescription(HotKeyId id)
 class FrameControl final : public InstanceControl {
 public:
     explicit FrameControl(CadrelleFrame& frame) : m_frame(frame) {}
-    InstanceStatus Status() override { return CollectStatus(m_frame.GetScheduler(), m_frame.GetEngine()); }
+    InstanceStatus Status() override
+    {
+        return CollectStatus(m_frame.GetScheduler(), m_frame.GetEngine(), &m_frame.Session().History());
+    }
     bool SetPaused(bool paused) override
     {
         m_frame.SetPauseMode(paused);
         return true;
     }
     void SetSilent(bool silent) override { m_frame.SetSilentMode(silent); }
-    bool Run(std::int32_t jid) override { return m_frame.ExecuteJobById(jid); }
+    bool Run(std::int32_t jid) override { return m_frame.ExecuteJobById(jid, RunOrigin::CommandLine); }
     bool Show() override
     {
         // Answered at once: the password dialog may stay up for long.
@@ -195,7 +199,7 @@ void DesktopShell::OnHotKey(int id, int virtualKey)
         long jid = -1;
         const bool known = index >= 0 && Pref(HotKeySpecs()[static_cast<std::size_t>(2 + index)].jidKey).ToLong(&jid);
         // A JID that no longer exists runs nothing (never some other job).
-        if (!known || !m_frame.ExecuteJobById(static_cast<std::int32_t>(jid)))
+        if (!known || !m_frame.ExecuteJobById(static_cast<std::int32_t>(jid), RunOrigin::HotKey))
             wxMessageBox(_("Execute Customize HOTKEY failed."), "Cadrelle", wxOK | wxICON_ERROR);
     });
 }
