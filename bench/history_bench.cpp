@@ -59,8 +59,10 @@ void BM_RecordRun(benchmark::State& state)
     RunHistory history(context, dir + "/history.db");
     history.Start();
     std::int32_t jid = 0;
-    for (auto _ : state)
-        history.Record(SampleRun(++jid, 1764000000000LL + jid));
+    for (auto _ : state) {
+        ++jid;
+        history.Record(SampleRun(jid, 1764000000000LL + jid));
+    }
     history.Stop();
     wxFileName::Rmdir(dir, wxPATH_RMDIR_RECURSIVE);
 }

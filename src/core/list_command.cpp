@@ -41,19 +41,7 @@ int RunListCommand(const wxString& appDir, std::ostream& out, std::ostream& err)
 {
     const SessionContext context;
     Scheduler scheduler(context, appDir);
-    DataLoadReport report;
-    {
-        wxLogNull quiet;  // problems are reported below in plain words
-        report = LoadSchedulerData(scheduler, false);
-    }
-    // What the file held but could not be listed as written; the file itself
-    // is left as it is.
-    const wxString problems = report.Describe();
-    if (!problems.empty())
-        err << "warning: " << Utf8(problems) << "\n";
-    else if (report.source == DataLoadReport::Source::None && wxFileExists(scheduler.Paths().working))
-        err << "warning: " << Utf8(scheduler.Paths().working) << " could not be read (" << Utf8(report.workingProblem)
-            << ") and there is no usable fallback copy\n";
+    LoadForReport(scheduler, err);
 
     out << "Jobs: " << scheduler.Jobs().size() << "\n";
     // The last result of each job, when there is a history to read.

@@ -17,7 +17,7 @@ public:
     // A job that could not do its work: a message box naming the job and the
     // time (JobFailureText). At most one per job is on screen; further
     // failures of that job meanwhile are only logged. Any thread.
-    virtual void ShowJobFailure(std::uint32_t jobId, const wxString& text) { ShowMessage(text, "Cadrelle"); }
+    virtual void ShowJobFailure(std::uint32_t /*jobId*/, const wxString& text) { ShowMessage(text, "Cadrelle"); }
     // A notice from a job about its own outcome (a backup that ended, a saved
     // screenshot): shown without stopping anything and going away by itself.
     // Any thread.

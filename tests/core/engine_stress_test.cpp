@@ -33,14 +33,14 @@ TEST(EngineStress, EditsWhileCheckersAndJobsRun)
     std::int64_t nextTid = 0;
     // A job with an every-second trigger of its own; short chains that end:
     // jobs 0..8 lead to 9, 10..18 to 19, ...
-    auto addJob = [&](std::int32_t jid, std::uint32_t kind, bool notify) {
+    auto addJob = [&](std::int32_t jid, std::uint32_t kind) {
         const std::int64_t tid = nextTid++;
         scheduler.AddTrigger(EverySecondTrigger(*context, tid));
         scheduler.AddJob(TestJob(jid, kind, {tid}, jid % 10 != 9 ? IdList{jid + 1} : IdList{}, 0, true, "",
                                  {"first", "second"}));
     };
     for (std::int32_t jid = 0; jid < 150; ++jid)
-        addJob(jid, static_cast<std::uint32_t>(jid % NJobTypeCount), false);
+        addJob(jid, static_cast<std::uint32_t>(jid % NJobTypeCount));
 
     struct : EngineHost {
         void WakeMainThread() override {}
@@ -89,7 +89,7 @@ TEST(EngineStress, EditsWhileCheckersAndJobsRun)
             // Replace a job and its trigger: delete, then add anew.
             const std::int32_t jid = job->GetId();
             scheduler.DeleteJob(job);
-            addJob(jid, NJobTypeSendUdpMsg, true);
+            addJob(jid, NJobTypeSendUdpMsg);
         } break;
         case 4: {
             // A hot key or `--run`: looked up exactly, started at once.

@@ -162,8 +162,9 @@ TEST(SchedulerEdits, AJobDialogResultIsStoredAsOneEdit)
             EXPECT_EQ(s.GetTriggerOwner(t.tid), job) << "TID " << t.tid;
         const Trigger* second = s.GetTriggerById(2);
         EXPECT_EQ(second ? second->GetCondition() : wxString(), wxString(c.condition2));
-        if (c.editedJid >= 0 && c.sameJobObject && s.GetTriggerById(3))
+        if (c.editedJid >= 0 && c.sameJobObject && s.GetTriggerById(3)) {
             EXPECT_EQ(s.GetTriggerById(3), untouched);
+        }
         EXPECT_TRUE(s.Changes().IsDataChanged());
     }
 }

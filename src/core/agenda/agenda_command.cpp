@@ -53,17 +53,7 @@ int RunAgendaCommand(const wxString& appDir, int days, std::int64_t nowMs, std::
 {
     const SessionContext context;
     Scheduler scheduler(context, appDir);
-    DataLoadReport report;
-    {
-        wxLogNull quiet;  // problems are reported below in plain words
-        report = LoadSchedulerData(scheduler, false);
-    }
-    const wxString problems = report.Describe();
-    if (!problems.empty())
-        err << "warning: " << Utf8(problems) << "\n";
-    else if (report.source == DataLoadReport::Source::None && wxFileExists(scheduler.Paths().working))
-        err << "warning: " << Utf8(scheduler.Paths().working) << " could not be read (" << Utf8(report.workingProblem)
-            << ") and there is no usable fallback copy\n";
+    LoadForReport(scheduler, err);
 
     AgendaOptions options = AgendaWindow(nowMs, days);
     // This process is not the scheduler: With Start runs depend on when the

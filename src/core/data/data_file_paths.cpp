@@ -13,3 +13,12 @@ DataFilePaths MakeDataFilePaths(const wxString& appDir)
     paths.fallback = wxFileName(paths.dataDir, "data2.xml").GetFullPath();
     return paths;
 }
+
+wxString KeptCopyName(const wxString& path, const wxDateTime& now)
+{
+    const wxString stamp = now.Format("%Y%m%d-%H%M%S");
+    wxString kept = path + ".bad-" + stamp;
+    for (int n = 2; wxFileName::Exists(kept); ++n)
+        kept = wxString::Format("%s.bad-%s-%d", path, stamp, n);
+    return kept;
+}

@@ -6,6 +6,9 @@
 
 #include <wx/filename.h>
 #include <wx/log.h>
+#include <wx/filefn.h>
+#include "core/text_number.h"
+#include <ostream>
 
 #include "core/core_log.h"
 #include "core/data/atomic_file.h"
@@ -17,21 +20,10 @@
 
 namespace {
 
-// Where the original of a file we could not fully use is kept before any
-// save can overwrite it: data1.xml -> data1.xml.bad-20261122-143000.
-wxString BadCopyName(const wxString& path, const Clock& clock)
-{
-    const wxString stamp = clock.Now().Format("%Y%m%d-%H%M%S");
-    wxString kept = path + ".bad-" + stamp;
-    for (int n = 2; wxFileName::Exists(kept); ++n)
-        kept = wxString::Format("%s.bad-%s-%d", path, stamp, n);
-    return kept;
-}
-
 // Moves a file that could not be used at all out of the way.
 wxString MoveAside(const wxString& path, const Clock& clock)
 {
-    const wxString kept = BadCopyName(path, clock);
+    const wxString kept = KeptCopyName(path, clock.Now());
     if (!wxRenameFile(path, kept, false))
         return wxString();
     MakePrivate(kept);
@@ -43,7 +35,7 @@ wxString MoveAside(const wxString& path, const Clock& clock)
 // stays at hand.
 wxString CopyAside(const wxString& path, const Clock& clock)
 {
-    const wxString kept = BadCopyName(path, clock);
+    const wxString kept = KeptCopyName(path, clock.Now());
     wxString error;
     if (!CopyFilePrivately(path, kept, &error)) {
         wxLogMessage("%d ### the original of %s could not be kept: %s", LogMs(), path, error);
@@ -234,4 +226,21 @@ DataSaveResult SaveWhenDue(Scheduler& scheduler)
     if (changed.IsValid() && now - changed.GetValue().GetValue() <= kDelayedSaveMs)
         return DataSaveResult::NothingToSave;
     return SaveSchedulerData(scheduler, false);
+}
+
+void LoadForReport(Scheduler& scheduler, std::ostream& err)
+{
+    DataLoadReport report;
+    {
+        wxLogNull quiet;  // problems are reported below in plain words
+        report = LoadSchedulerData(scheduler, false);
+    }
+    // What the file held but could not be shown as written; the file itself
+    // is left as it is.
+    const wxString problems = report.Describe();
+    if (!problems.empty())
+        err << "warning: " << Utf8(problems) << "\n";
+    else if (report.source == DataLoadReport::Source::None && wxFileExists(scheduler.Paths().working))
+        err << "warning: " << Utf8(scheduler.Paths().working) << " could not be read (" << Utf8(report.workingProblem)
+            << ") and there is no usable fallback copy\n";
 }

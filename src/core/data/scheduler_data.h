@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include <iosfwd>
+
 #include <wx/arrstr.h>
 #include <wx/string.h>
 
@@ -40,6 +42,9 @@ enum class DataSaveResult {
 // With `keepUnreadableCopies`, a file that could not be used is moved to
 // <name>.bad-<timestamp> first, so no later save can overwrite it.
 DataLoadReport LoadSchedulerData(Scheduler& scheduler, bool keepUnreadableCopies = true);
+// Loads for a report (--list, --agenda): nothing is kept aside or written;
+// what could not be read is said on `err` in plain words.
+void LoadForReport(Scheduler& scheduler, std::ostream& err);
 // Writes data1 (and data2 unless `workingOnly`) when something changed. A
 // failure is shown to the user (once per distinct failure, always when
 // `workingOnly`, the save at exit) and leaves the data marked changed.

@@ -16,6 +16,7 @@
 #include "core/clock.h"
 #include "core/core_log.h"
 #include "core/data/atomic_file.h"
+#include "core/data/data_file_paths.h"
 #include "core/prefs/password_hash.h"
 #include "core/prefs/vtx_codec.h"
 
@@ -97,10 +98,7 @@ wxString FileProblem(const wxString& path)
 // Copies the file aside before anything can overwrite it; empty on failure.
 wxString KeepCopy(const wxString& path, const Clock& clock)
 {
-    const wxString stamp = clock.Now().Format("%Y%m%d-%H%M%S");
-    wxString kept = path + ".bad-" + stamp;
-    for (int n = 2; wxFileName::Exists(kept); ++n)
-        kept = wxString::Format("%s.bad-%s-%d", path, stamp, n);
+    const wxString kept = KeptCopyName(path, clock.Now());
     wxString error;
     if (!CopyFilePrivately(path, kept, &error)) {
         wxLogMessage("%d ### the preferences file %s could not be kept: %s", LogMs(), path, error);

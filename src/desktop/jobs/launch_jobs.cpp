@@ -70,7 +70,7 @@ void NoteNotMinimized(const Job& job, SessionContext& context, const LaunchOutco
         wxLogMessage("%d --- [JID_%d] %s cannot be asked to start minimised", LogMs(), job.GetId(), outcome.started);
 }
 
-bool RefuseEmpty(const Job& job, SessionContext& context, const wxString& target, const char* what)
+bool RefuseEmpty(const Job& job, SessionContext& /*context*/, const wxString& target, const char* what)
 {
     if (!target.empty())
         return false;

@@ -16,7 +16,7 @@
 namespace {
 
 // Parameters: 0 message, 1 format, 2 broadcast, 3 address list, 4 port.
-void SendUdpMessage(const Job& job, SessionContext& context)
+void SendUdpMessage(const Job& job, SessionContext&)
 {
     const int jid = job.GetId();
     const wxString portText = job.GetParamAt(4);
@@ -42,7 +42,7 @@ void SendUdpMessage(const Job& job, SessionContext& context)
 }
 
 // Parameters: 0 message, 1 format, 2 address, 3 port.
-void SendTcpMessage(const Job& job, SessionContext& context)
+void SendTcpMessage(const Job& job, SessionContext&)
 {
     const int jid = job.GetId();
     const ByteVector payload = MessagePayload(job.GetParamAt(0), job.GetParamAt(1));
