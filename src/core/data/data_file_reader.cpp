@@ -446,6 +446,7 @@ private:
     }
 
     DataFileContent& m_out;
+    const SessionContext& m_context;
     XML_Parser m_parser;
     int m_depth = 0;
     bool m_tooDeep = false;
@@ -462,7 +463,6 @@ private:
     std::size_t m_triggerCount = 0;
     std::unordered_set<long long> m_tids;
     std::unordered_set<long long> m_jids;
-    const SessionContext& m_context;
 };
 
 }  // namespace
