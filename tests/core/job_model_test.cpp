@@ -8,7 +8,6 @@
 #include "core/session/session_context.h"
 #include "harness.h"
 
-#include <set>
 
 TEST(JobParamLine, JoinsWithBlankDollarBlankAndSplitsLossily)
 {
@@ -50,21 +49,4 @@ TEST(JobActions, RunsTheRegisteredActionOfItsKindOnlyAndInItsOwnSession)
     one.Actions().Run(*CreateJob(NJobTypeSendTcpMsg), one);      // nothing registered: logged, not run
     other.Actions().Run(*CreateJob(NJobTypeSendUdpMsg), other);  // another session's table is its own
     EXPECT_EQ(ran, (std::vector<std::uint32_t>{NJobTypeSendUdpMsg}));
-}
-
-TEST(JobKinds, SilentModeAndTheAdvanceNoticeKeepTheirKinds)
-{
-    // Silent mode holds back what puts something in front of the user;
-    // Close App and the session and power kinds are announced.
-    const std::set<std::uint32_t> silenced = {NJobTypeReminder,       NJobTypeOpenUrl,       NJobTypeOpenFile,
-                                              NJobTypeExecDosCommand, NJobTypeExecScriptFile, NJobTypeSendKey,
-                                              NJobTypeKeyTyping,      NJobTypeMouseClick};
-    for (std::uint32_t kind = 0; kind < NJobTypeCount; ++kind) {
-        SCOPED_TRACE(kind);
-        ASSERT_NE(FindJobKind(kind), nullptr);
-        EXPECT_EQ(FindJobKind(kind)->heldInSilentMode, silenced.count(kind) == 1);
-        EXPECT_EQ(CreateJob(kind)->IsWarnBeforeRun(), kind == NJobTypeCloseApp || kind >= NJobTypeLockWorkstation);
-    }
-    EXPECT_EQ(FindJobKind(NJobTypeCount), nullptr);
-    EXPECT_EQ(CreateJob(NJobTypeCount), nullptr);
 }

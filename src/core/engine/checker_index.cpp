@@ -42,14 +42,15 @@ std::int64_t CheckerIndex::Pass(Scheduler& scheduler, TriggerCheckSink& sink)
         Rebuild(scheduler);
     m_lastNowMs = now;
 
-    std::vector<Trigger*> checking;
-    checking.swap(m_nextPass);
+    // Two lists swapped at each pass: no allocation at 20 passes a second.
+    m_checking.clear();
+    m_checking.swap(m_nextPass);
     while (!m_due.empty() && m_due.top().dueMs <= now) {
-        checking.push_back(m_due.top().trigger);
+        m_checking.push_back(m_due.top().trigger);
         m_due.pop();
     }
-    m_lastChecked = checking.size();
-    for (Trigger* trigger : checking) {
+    m_lastChecked = m_checking.size();
+    for (Trigger* trigger : m_checking) {
         if (!trigger->IsEnabled() || trigger->IsFinished())
             continue;
         // Open in a dialog: not checked, but looked at again at every pass,

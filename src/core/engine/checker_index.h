@@ -49,5 +49,6 @@ private:
     std::size_t m_lastChecked = 0;
     // Checked at the next pass, whenever it comes (the old cadence).
     std::vector<Trigger*> m_nextPass;
+    std::vector<Trigger*> m_checking;  // this pass's, kept for its capacity
     std::priority_queue<Entry, std::vector<Entry>, std::greater<Entry>> m_due;
 };
